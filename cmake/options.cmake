@@ -1,0 +1,29 @@
+# Settings that hold for all of our own code.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+# -O3 for the loops; assertions stay on, they are cheap where we use them.
+set(CMAKE_CXX_FLAGS_RELEASE "-O3")
+
+option(ORBEL_SANITIZE "Build with the address and undefined behaviour sanitizers" OFF)
+
+find_package(OpenMP REQUIRED COMPONENTS CXX)
+
+add_library(orbel_options INTERFACE)
+target_include_directories(orbel_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+target_compile_options(orbel_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wold-style-cast -Wundef -Werror
+  # The order of operations that the code gives defines every result: a * b + c is two roundings everywhere.
+  -ffp-contract=off
+  # errno after sqrt is nobody's business; with it no compiler vectorises one. Changes no value.
+  -fno-math-errno)
+if(ORBEL_SANITIZE)
+  target_compile_options(orbel_options INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  target_link_options(orbel_options INTERFACE -fsanitize=address,undefined)
+endif()

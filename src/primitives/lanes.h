@@ -1,0 +1,106 @@
+// Vector types of the row that a body file is compiled for, for body files only.
+//
+// Everything here has internal linkage: were an inline function shared between rows, the linker would keep one copy of
+// it, perhaps the one that older processors can't run.
+#pragma once
+
+#if !defined(ROW) || !defined(LANES)
+#error "a body file is compiled with ROW (the row's namespace) and LANES (the floats in its vector register)"
+#endif
+
+#include <cstddef>
+#include <cstdint>
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+namespace ROW {
+namespace {
+
+typedef float Floats __attribute__((vector_size(4 * LANES)));
+typedef std::int32_t Ints __attribute__((vector_size(4 * LANES)));
+typedef double Doubles __attribute__((vector_size(8 * LANES)));
+typedef std::int64_t LongInts __attribute__((vector_size(8 * LANES)));
+typedef std::uint8_t Bytes __attribute__((vector_size(LANES)));
+typedef std::uint16_t Words __attribute__((vector_size(2 * LANES)));
+
+// The four lanes that every row has.
+typedef float Floats4 __attribute__((vector_size(16)));
+typedef std::int32_t Ints4 __attribute__((vector_size(16)));
+
+// Loads and stores ask for no alignment, not even the samples' own.
+template <typename Vector, typename Sample>
+inline Vector load(const Sample* from) {
+  Vector v;
+  __builtin_memcpy(&v, from, sizeof v);
+  return v;
+}
+
+template <typename Vector, typename Sample>
+inline void store(Sample* to, Vector v) {
+  __builtin_memcpy(to, &v, sizeof v);
+}
+
+// The last count samples of a line, with padding behind them.
+template <typename Vector, typename Sample>
+inline Vector loadPart(const Sample* from, int count, Sample padding) {
+  Vector v = padding - Vector{};
+  __builtin_memcpy(&v, from, static_cast<std::size_t>(count) * sizeof(Sample));
+  return v;
+}
+
+template <typename Vector, typename Sample>
+inline void storePart(Sample* to, Vector v, int count) {
+  __builtin_memcpy(to, &v, static_cast<std::size_t>(count) * sizeof(Sample));
+}
+
+inline Floats toFloats(float value) { return value - Floats{}; }  // -0 and NaN keep their bits
+
+// Where the mask is all ones, yes, else no.
+inline Floats select(Ints mask, Floats yes, Floats no) { return mask ? yes : no; }
+
+inline Floats smaller(Floats a, Floats b) { return select(a < b, a, b); }  // b where either is NaN
+inline Floats larger(Floats a, Floats b) { return select(a > b, a, b); }   // b where either is NaN
+
+inline Ints bitsOf(Floats v) { return reinterpret_cast<Ints>(v); }
+inline Floats floatsOf(Ints v) { return reinterpret_cast<Floats>(v); }
+#if LANES != 4
+inline Ints4 bitsOf(Floats4 v) { return reinterpret_cast<Ints4>(v); }
+inline Floats4 floatsOf(Ints4 v) { return reinterpret_cast<Floats4>(v); }
+#endif
+
+inline bool anyOf(Ints mask) {
+  std::int32_t any = 0;
+  for (int i = 0; i < LANES; ++i) any |= mask[i];
+  return any != 0;
+}
+
+// To the nearest integer, ties to even, in the default rounding mode; what doesn't fit, and NaN, gives the most
+// negative integer. The compilers' vector types have no operation for it, nor for the square root.
+#if defined(__x86_64__)
+inline Ints4 toNearestInts(Floats4 v) { return reinterpret_cast<Ints4>(_mm_cvtps_epi32(v)); }
+#if LANES == 8
+inline Ints toNearestInts(Floats v) { return reinterpret_cast<Ints>(_mm256_cvtps_epi32(v)); }
+inline Floats squareRoots(Floats v) { return _mm256_sqrt_ps(v); }
+#elif LANES == 16
+inline Ints toNearestInts(Floats v) { return reinterpret_cast<Ints>(_mm512_cvtps_epi32(v)); }
+inline Floats squareRoots(Floats v) { return _mm512_sqrt_ps(v); }
+#else
+inline Floats squareRoots(Floats v) { return _mm_sqrt_ps(v); }
+#endif
+#else
+inline std::int32_t toNearestInt(float v) {
+  return v >= -2147483648.0F && v < 2147483648.0F ? static_cast<std::int32_t>(__builtin_rintf(v)) : INT32_MIN;
+}
+inline Ints4 toNearestInts(Floats4 v) {
+  return Ints4{toNearestInt(v[0]), toNearestInt(v[1]), toNearestInt(v[2]), toNearestInt(v[3])};
+}
+inline Floats squareRoots(Floats v) {
+  for (int i = 0; i < LANES; ++i) v[i] = __builtin_sqrtf(v[i]);
+  return v;
+}
+#endif
+
+}  // namespace
+}  // namespace ROW
