@@ -1,0 +1,46 @@
+// Luminance of three planes, and its change given back to them; rows in parallel.
+
+#include <cstddef>
+
+#include "equalizer/band_equalizer.h"
+#include "equalizer/equalizer_kernels.h"
+
+namespace {
+
+struct Weights {
+  float values[3];
+};
+
+Weights weightsOf(int selector) {
+  switch (selector) {
+    case 2:
+    case 4:
+      return {{0.299F, 0.587F, 0.114F}};
+    case 3:
+      return {{0.213F, 0.715F, 0.072F}};
+    default:
+      return {{0.25F, 0.5F, 0.25F}};
+  }
+}
+
+}  // namespace
+
+void ExtractYChannelKiv(float* y, float* c0, float* c1, float* c2, int height, int width, int step, int weights) {
+  const EqualizerKernels& kernels = equalizerKernels();
+  const Weights triple = weightsOf(weights);
+#pragma omp parallel for schedule(static)
+  for (int row = 0; row < height; ++row) {
+    const std::ptrdiff_t at = std::ptrdiff_t{row} * step;
+    kernels.weightedSumLine(y + at, c0 + at, c1 + at, c2 + at, triple.values, width);
+  }
+}
+
+void SetYChannelOutputKiv(float* c0, float* c1, float* c2, float* yBefore, float* yAfter, int height, int width,
+                          int step, float strength) {
+  const EqualizerKernels& kernels = equalizerKernels();
+#pragma omp parallel for schedule(static)
+  for (int row = 0; row < height; ++row) {
+    const std::ptrdiff_t at = std::ptrdiff_t{row} * step;
+    kernels.addChangeLine(c0 + at, c1 + at, c2 + at, yBefore + at, yAfter + at, strength, width);
+  }
+}

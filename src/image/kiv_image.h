@@ -1,0 +1,210 @@
+// KivImage: a planar picture of 32-bit floats, owner of its samples or view into another image's.
+//
+// Rules common to its operations:
+// - stride is in bytes; kernels take row steps in floats, stride / 4. size is in samples, the same for all planes.
+// - Target form, Op(const KivImage& src, ...): an empty image (channels 0) is first allocated with src's channels and
+//   size; a shaped one keeps its planes, isn't compared with src and is written over its own size. A view may be the
+//   target: its parent changes. In-place form, Op(...): works on this image.
+// - Nothing checks that images fit each other or that indices and rectangles stay inside: that is the caller's part.
+// - Statuses of primitives aren't looked at: a call that a primitive refuses leaves the target as it was.
+// - Memory that can't be had throws NO_MEMORY_ERROR.
+// - Row padding holds no defined value. New samples aren't cleared.
+// - No locks: threads may work on disjoint images or disjoint views of one image.
+#pragma once
+
+#include <cstdint>
+
+#include "primitives/primitives.h"
+
+class NO_MEMORY_ERROR {};
+
+// What an image releases in its destructor.
+enum KivStorage : std::int32_t {
+  KIV_STORAGE_OWNED = 0,    // its block of samples and its plane table
+  KIV_STORAGE_PLANE = 1,    // nothing: its table entry is its parent's
+  KIV_STORAGE_SECTION = 2,  // its plane table
+  KIV_STORAGE_ROI = 3,      // its plane table
+  KIV_STORAGE_WRAPPED = 4,  // its plane table; the samples are the caller's
+};
+
+struct KivRect {
+  std::int32_t x, y, width, height;
+};
+
+class KivImage;
+
+// A deferred operand: what an arithmetic operator is to do once its result is assigned. Holds plain pointers, so the
+// operands must live until then.
+struct KIV_Generic_Params {
+  using ConstantOp = IppStatus (*)(const float* src, int srcStep, float value, float* dst, int dstStep, IppiSize size);
+  using ImageOp = IppStatus (*)(const float* src1, int src1Step, const float* src2, int src2Step, float* dst,
+                                int dstStep, IppiSize size);
+
+  std::int32_t kind;  // 0: image with constant, 1: image with image
+  const KivImage* first;
+  const KivImage* second;  // first again for kind 0
+  float value;             // for kind 0
+  ConstantOp constantOp;   // for kind 0
+  ImageOp imageOp;         // for kind 1; called with the second operand first
+};
+
+class KivImage {
+ public:
+  std::int32_t channels;  // planes; 0 marks an empty image
+  float** planes;         // the first sample of each plane
+  std::int32_t stride;    // bytes from row to row, for all planes; a multiple of 64 for owners
+  IppiSize size;          // of every plane
+  KivStorage storage;
+
+  // ---- Construction
+  // ---------------------------------------------------------------------------------------------------
+
+  KivImage();  // empty
+  KivImage(int width, int height, int channels);
+  KivImage(IppiSize size, int channels);
+  // Wraps the caller's samples: plane after plane, rows without padding. data outlives the image.
+  KivImage(float* data, IppiSize size, int channels);
+  // A bit copy of *other, its claim on its memory included; empty when other is this object. The caller sees to it that
+  // only one of the two is ever destroyed.
+  explicit KivImage(KivImage* other);
+  // Moves: other is left empty.
+  KivImage(KivImage&& other) noexcept;
+  KivImage(const KivImage&) = delete;  // samples are copied by assignment only
+  virtual ~KivImage();
+
+  // Allocates planes for an empty image.
+  void Init(int width, int height, int channels);
+  void Init(IppiSize size, int channels);
+  void Init(const KivImage& other);  // other's shape, not its samples
+
+  // ---- Views: no sample is copied; the parent outlives the view
+  // ---------------------------------------------------------
+
+  KivImage Plane(int i) const;                 // one plane
+  KivImage Sub_Section(int mx, int my) const;  // without mx columns and my rows at each side
+  KivImage Sub_Section(int m) const;           // the same with m both ways
+  KivImage ROI(int x, int y, int width, int height) const;
+  KivImage ROI(const KivRect& r) const;
+  KivImage ROI_BOX(int x0, int x1, int y0, int y1);  // both bounds inclusive; x first
+
+  float* At(int plane, int x, int y) const;
+
+  // ---- Assignment
+  // -----------------------------------------------------------------------------------------------------
+
+  // Copies src's samples over this image's size (target form). A plane at the same address is skipped.
+  KivImage& operator=(const KivImage& src);
+  void Copy(const KivImage& src);
+  // Evaluates a deferred operand; an empty image takes the shape of the first operand. The target may be an operand.
+  KivImage& operator=(const KIV_Generic_Params& p);
+  // Releases what this image holds, as its storage says, and takes over *other, which is left as it was: the caller
+  // sees to it that only one of the two is ever destroyed. Does nothing when other is this object.
+  KivImage& operator=(KivImage* other);
+
+  // ---- Arithmetic: binary operators only note what is to be done
+  // --------------------------------------------------------
+
+  KIV_Generic_Params operator-() const;
+  KIV_Generic_Params operator+(float v) const;
+  KIV_Generic_Params operator-(float v) const;
+  KIV_Generic_Params operator*(float v) const;
+  KIV_Generic_Params operator/(float v) const;
+  KIV_Generic_Params operator+(const KivImage& b) const;
+  KIV_Generic_Params operator-(const KivImage& b) const;
+  KIV_Generic_Params operator*(const KivImage& b) const;
+  KIV_Generic_Params operator/(const KivImage& b) const;
+
+  // In place, on all planes.
+  KivImage& operator+=(float v);
+  KivImage& operator-=(float v);
+  KivImage& operator*=(float v);
+  KivImage& operator/=(float v);
+  // In place, plane i of b on plane i of this, for as many planes as b has.
+  KivImage& operator+=(const KivImage& b);
+  KivImage& operator-=(const KivImage& b);
+  KivImage& operator/=(const KivImage& b);
+  // The same, but a b of one plane multiplies every plane of this.
+  KivImage& operator*=(const KivImage& b);
+
+  void Sqrt(const KivImage& src);
+  void Sqrt();
+  void Exp();
+  void Log(const KivImage& src);  // natural
+  void Log();
+  void Abs(const KivImage& src);
+  void Abs();
+
+  // Smallest and largest sample of plane 0.
+  float Min() const;
+  float Max() const;
+  // Reserved names: they change nothing.
+  void Min(const KivImage& src, int plane);
+  void Max(const KivImage& src, int plane);
+
+  // ---- Geometry
+  // -------------------------------------------------------------------------------------------------------
+
+  // Linear resampling of src to the given size, into the top-left corner of this image, for src's planes. A source of
+  // one row or column is refused: the target stays as it was.
+  void Resize(const KivImage& src, int width, int height);
+  void Resize(const KivImage& src, IppiSize size);
+  // this(y, x) = src(x, y); an empty target is allocated with src's size turned.
+  void Transpose(const KivImage& src);
+  // Places src at (margin, margin) of this image, which is shaped already, and repeats its edges outwards.
+  void Pad(const KivImage& src, int margin);
+  // Refills the outer margin rows and columns from the edge of the region within.
+  void Pad(int margin);
+  // Makes this object a view of rows index * (size.height - overlap) and on of src; the last of count bands reaches
+  // src's last row. What this object held is released first; src is another object.
+  void Block(const KivImage& src, IppiSize size, int index, int count, int overlap);
+  // Adds planes until there are as many as src has. src must have more. The samples of the new planes are undefined.
+  void Expend(const KivImage& src);
+  // Circular shifts by half the size, rounded down (FftShift) or up; each undoes the other. For one plane.
+  void FftShift();
+  void IfftShift();
+
+  // ---- Neighbourhoods
+  // ---------------------------------------------------------------------------------------------------
+
+  // Gaussian of standard deviation sigma, reaching ceil(factor * sigma) samples each way, on src with its edge samples
+  // repeated; plane 0 only. Runs on four threads. this and src are different images. A sigma not above 0 leaves the
+  // target as it was.
+  void GaussBlurFast(const KivImage& src, float sigma, int factor);
+
+  // ---- Overlay
+  // ----------------------------------------------------------------------------------------------------------
+
+  // Darkens, in all planes, both diagonals and a stripe right of the centre to 0.8 of their value; thickness in
+  // samples. What falls outside the rows is clipped.
+  void CrossIt_I(int thickness);
+
+ private:
+  struct AddedBlock;
+
+  void release();
+  void takeFields(const KivImage& other);
+  bool ownsTable() const;
+  void allocateLike(const KivImage& src);  // does nothing to a shaped image
+  KivImage view(IppiSize viewSize, int x, int y, KivStorage viewStorage) const;
+  template <typename PlaneOp>
+  void eachPlane(int count, PlaneOp op);
+  void shift(int dx, int dy);
+
+  AddedBlock* added_;  // blocks of planes that Expend added
+};
+
+// ---- Allocation
+// ---------------------------------------------------------------------------------------------------------
+
+// One block for channels planes of the given size; writes stride and the table's entries.
+void ImageMalloc(float** planes, int& stride, int channels, IppiSize size);
+// The same for an image whose planes table, channels and size are set.
+void ImageMalloc(KivImage& image);
+
+// The primitives' image allocators under one naming; they return null where those do.
+unsigned char* IppiMalloc8(int width, int height, int* stride);
+unsigned short* IppiMalloc16(int width, int height, int* stride);
+float* IppiMalloc32(int width, int height, int* stride);
+
+// The view that src.Sub_Section(mx, my) returns.
+KivImage Sub_Section_Aux(const KivImage& src, int mx, int my);
