@@ -203,8 +203,8 @@ IppStatus ippiAbs_32f_C1IR(float* srcDst, int srcDstStep, IppiSize roiSize);
 IppStatus ippiSqrt_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, IppiSize roiSize);
 
 // e to the power of the sample, worked out in double precision and rounded once. Above 88.72283172607422 infinity and
-// status 12; below -87.33654022216797 a denormal or 0 and status 17. Returns the status of the LAST row; within a row
-// an overflow counts before an underflow.
+// status 12; from -87.33654022216797 down, where results turn denormal and then 0, status 17. Returns the status of the
+// LAST row; within a row an overflow counts before an underflow.
 IppStatus ippiExp_32f_C1IR(float* srcDst, int srcDstStep, IppiSize roiSize);
 
 // Natural logarithm, worked out in double precision and rounded once. 0 gives minus infinity and status 7; below 0
