@@ -26,8 +26,9 @@ function(orbel_add_bodies library)
     set(objects ${library}_${row}bodies)
     add_library(${objects} OBJECT ${ARGN})
     target_compile_definitions(${objects} PRIVATE ROW=${row} LANES=${${row}_LANES})
-    # Vectors wider than a register never cross a call, so their calling convention doesn't matter.
-    target_compile_options(${objects} PRIVATE ${${row}_OPTIONS} -Wno-psabi)
+    # Vectors wider than a register never cross a call, so their calling convention doesn't matter. Bodies raise no
+    # exception, and the tables for one would leave a weak symbol.
+    target_compile_options(${objects} PRIVATE ${${row}_OPTIONS} -Wno-psabi -fno-exceptions)
     target_link_libraries(${objects} PRIVATE orbel_options)
     target_sources(${library} PRIVATE $<TARGET_OBJECTS:${objects}>)
   endforeach()

@@ -87,7 +87,7 @@ class RoundingToNearest {
 
 // Not inlined: compilers move arithmetic across a change of the rounding mode.
 __attribute__((noinline)) void scaleToBytes(const float* src, int srcStep, unsigned char* dst, int dstStep,
-                                            IppiSize size, float vMin, float vMax) noexcept {
+                                            IppiSize size, float vMin, float vMax) {
   const float k = 255.0F / (vMax - vMin);
   const float offset = k * vMin;
   eachRow(src, srcStep, dst, dstStep, size, [&](const float* s, unsigned char* d) {
