@@ -1,0 +1,182 @@
+#include "equalizer/bilateral_filter.h"
+
+#include <cstring>
+#include <tuple>
+
+#include "support/images.h"
+
+namespace {
+
+enum { replicate = 1, mirror = 2 };
+enum { standard = 0, trapezoid = 2 };
+
+// Where a padded position reads, by the words of the contract rather than by its code.
+int columnOf(int x, int width, int padding) {
+  if (padding == replicate) return x < 0 ? 0 : (x >= width ? width - 1 : x);
+  const int period = 2 * width;
+  const int m = ((x % period) + period) % period;
+  return m < width ? m : period - 1 - m;
+}
+
+int rowOf(int y, int height, int padding) {
+  if (padding == replicate) return columnOf(y, height, replicate);
+  if (y < 0) return rowOf(-y, height, padding);
+  if (y >= height) return rowOf(2 * height - 1 - y, height, padding);
+  return y;
+}
+
+float floatOf(int bits) {
+  float value = 0;
+  std::memcpy(&value, &bits, sizeof value);
+  return value;
+}
+
+// The weight of a tap, one sample at a time. grouped: the rule of the columns that go four at a time.
+float gaussianWeight(float d, int dx, int dy, float ks, float kr, bool grouped) {
+  const float fx = static_cast<float>(dx);
+  const float fy = static_cast<float>(dy);
+  const float range = grouped ? (d * d) * kr : d * (kr * d);
+  const float spatial = grouped ? (fx * fx + fy * fy) * ks : static_cast<float>(dx * dx + dy * dy) * ks;
+  const float e = range + spatial;
+  if (e < -87.0F) return 0.0F;
+  const float scaled = e * 12102203.0F;
+  return floatOf(static_cast<int>(grouped ? std::nearbyint(scaled) : scaled) + 0x3F7893F5);
+}
+
+float trapezoidWeight(float d, float threshold) {
+  const float reach = threshold + threshold;
+  return std::max(0.0F, std::min(reach - std::abs(d), reach - 0.5F * threshold));
+}
+
+KivImage naive(const KivImage& src, int window, float sigma, float threshold, int variant, int padding) {
+  const int w = src.size.width;
+  const int h = src.size.height;
+  const float ks = -1.0F / ((sigma + sigma) * sigma);
+  const float kr = -1.0F / ((threshold + threshold) * threshold);
+  KivImage dst(src.size, 1);
+  for (int y = 0; y < h; ++y) {
+    for (int x = 0; x < w; ++x) {
+      const bool grouped = x < w - w % 4;
+      float sum = 0;
+      float norm = 0;
+      for (int dy = -window; dy <= window; ++dy) {
+        for (int dx = -window; dx <= window; ++dx) {
+          const float v = *src.At(0, columnOf(x + dx, w, padding), rowOf(y + dy, h, padding));
+          const float d = v - *src.At(0, x, y);
+          const float weight =
+              variant == standard ? gaussianWeight(d, dx, dy, ks, kr, grouped) : trapezoidWeight(d, threshold);
+          norm += weight;
+          sum += v * weight;
+        }
+      }
+      *dst.At(0, x, y) = sum / norm;
+    }
+  }
+  return dst;
+}
+
+// Packed rows, which both variants accept.
+KivImage filtered(const KivImage& src, int window, float sigma, float threshold, int variant, int padding) {
+  std::vector<float> packed;
+  for (int y = 0; y < src.size.height; ++y)
+    packed.insert(packed.end(), src.At(0, 0, y), src.At(0, 0, y) + src.size.width);
+  BilateralFilterKiv(packed.data(), packed.data(), static_cast<unsigned>(src.size.height),
+                     static_cast<unsigned>(src.size.width), static_cast<unsigned>(src.size.width),
+                     static_cast<unsigned short>(window), sigma, threshold, static_cast<unsigned char>(variant),
+                     static_cast<unsigned char>(padding));
+  const KivImage wrapped(packed.data(), src.size, 1);
+  KivImage result;
+  result = wrapped;
+  return result;
+}
+
+class Bilateral : public testing::TestWithParam<std::tuple<int, int, int>> {};
+
+TEST_P(Bilateral, EqualsTheNaiveSumBitForBit) {
+  const auto [variant, padding, window] = GetParam();
+  // Widths round every cut of a line: none to three single columns, groups of four, several vectors.
+  for (const int width : {1, 2, 3, 4, 5, 7, 8, 11, 16, 18, 35, 71, 133}) {
+    for (const int height : {1, 2, 9}) {
+      const KivImage src = randomImage(width, height, 1, static_cast<unsigned>(width * 10 + height));
+      for (const float threshold : {0.04F, 0.3F, -0.3F, 1.0F}) {
+        EXPECT_TRUE(sameBits(filtered(src, window, 1.7F, threshold, variant, padding),
+                             naive(src, window, 1.7F, threshold, variant, padding)))
+            << "height " << height << ", threshold " << threshold;
+      }
+    }
+  }
+}
+
+// Window 12 is wider than many of the images: reflections go to and fro.
+INSTANTIATE_TEST_SUITE_P(All, Bilateral,
+                         testing::Combine(testing::Values(standard, trapezoid), testing::Values(replicate, mirror),
+                                          testing::Values(0, 1, 4, 12)));
+
+TEST(BilateralPadding, MirrorsAsDrawn) {
+  // With a flat trapezoid every tap counts alike, so a window of 2 sums the padded row b a a b c d d c.
+  KivImage row(4, 1, 1);
+  const float samples[] = {1.0F, 2.0F, 4.0F, 8.0F};
+  for (int x = 0; x < 4; ++x) *row.At(0, x, 0) = samples[x];
+  const KivImage result = filtered(row, 2, 1.0F, 1e6F, trapezoid, mirror);
+  EXPECT_FLOAT_EQ(*result.At(0, 0, 0), (2 + 1 + 1 + 2 + 4) / 5.0F);
+  EXPECT_FLOAT_EQ(*result.At(0, 3, 0), (2 + 4 + 8 + 8 + 4) / 5.0F);
+  // Down a column: r2 r1 r0 r1 r2 r3 r3 r2.
+  KivImage column;
+  column.Transpose(row);
+  const KivImage down = filtered(column, 2, 1.0F, 1e6F, trapezoid, mirror);
+  EXPECT_FLOAT_EQ(*down.At(0, 0, 0), (4 + 2 + 1 + 2 + 4) / 5.0F);
+  EXPECT_FLOAT_EQ(*down.At(0, 0, 3), (2 + 4 + 8 + 8 + 4) / 5.0F);
+}
+
+TEST(BilateralStd, KeepsAnEdgeAndFlatFields) {
+  KivImage step(40, 12, 1);
+  for (int y = 0; y < 12; ++y) {
+    for (int x = 0; x < 40; ++x) *step.At(0, x, y) = x < 20 ? 0.0F : 1.0F;
+  }
+  EXPECT_TRUE(within(1e-6, filtered(step, 12, 3.0F, 0.0392F, standard, replicate), step));
+  EXPECT_TRUE(within(1e-6, filtered(step, 0, 3.0F, 0.5F, standard, replicate), step));
+}
+
+TEST(BilateralStd, WideRangeIsAGaussian) {
+  const KivImage src = randomImage(30, 30, 1, 4);
+  KivImage gaussian;
+  gaussian.GaussBlurFast(src, 2.0F, 4);
+  // The fast exponential is up to 6 % off a true one, in either direction.
+  EXPECT_TRUE(within(0.01, filtered(src, 8, 2.0F, 1e6F, standard, replicate), gaussian));
+}
+
+TEST(BilateralStd, HonoursTheRowStep) {
+  KivImage parent = randomImage(50, 20, 1, 1);
+  KivImage view = parent.ROI(7, 3, 21, 11);
+  const KivImage expected = naive(view, 3, 1.0F, 0.3F, standard, replicate);
+  BilateralFilterKiv(view.planes[0], view.planes[0], 11, 21, static_cast<unsigned>(view.stride / 4), 3, 1.0F, 0.3F, 0,
+                     1);
+  EXPECT_TRUE(sameBits(view, expected));
+  EXPECT_TRUE(sameBits(parent.ROI(28, 0, 22, 20), randomImage(50, 20, 1, 1).ROI(28, 0, 22, 20)));
+}
+
+TEST(Bilateral, NotANumberSpreadsOnlyAsFarAsTheWindow) {
+  KivImage src = randomImage(40, 9, 1, 1);
+  *src.At(0, 20, 4) = NAN;
+  *src.At(0, 39, 0) = INFINITY;
+  const KivImage clean = randomImage(40, 9, 1, 1);
+  for (const int variant : {standard, trapezoid}) {
+    const KivImage result = filtered(src, 2, 1.0F, 0.3F, variant, replicate);
+    const KivImage expected = filtered(clean, 2, 1.0F, 0.3F, variant, replicate);
+    EXPECT_TRUE(sameBits(result.ROI(0, 0, 18, 9), expected.ROI(0, 0, 18, 9)));
+    EXPECT_TRUE(sameBits(result.ROI(23, 3, 17, 6), expected.ROI(23, 3, 17, 6)));
+  }
+}
+
+TEST(Bilateral, RefusesWhatItCannotServe) {
+  std::vector<float> data(16, 1.0F);
+  const std::vector<float> before = data;
+  BilateralFilterKiv(data.data(), data.data(), 4, 4, 4, 2, 1.0F, 1.0F, 1, 1);  // no such variant
+  EXPECT_EQ(data, before);
+  EXPECT_THROW(BilateralFilterKiv(data.data(), data.data(), 4, 4, 4, 32766, 1.0F, 1.0F, 0, 1), NO_MEMORY_ERROR);
+  EXPECT_THROW(Bilateral_trp(data.data(), data.data(), 65536, 1, 0, 1.0F, 1.0F, 1), NO_MEMORY_ERROR);
+  EXPECT_EQ(data, before);
+  EXPECT_DEATH(BilateralFilterKiv(data.data(), data.data(), 4, 4, 4, 2, 1.0F, 1.0F, 0, 3), "");
+}
+
+}  // namespace

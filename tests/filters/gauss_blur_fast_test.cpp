@@ -1,0 +1,72 @@
+#include <cmath>
+#include <limits>
+
+#include "image/scratch.h"
+#include "support/images.h"
+
+namespace {
+
+// One filter call over the whole plane.
+KivImage wholeCall(const KivImage& src, float sigma, int factor) {
+  const int kernel = 2 * static_cast<int>(std::ceil(static_cast<float>(factor) * sigma)) + 1;
+  const IppiSize size = src.size;
+  std::int64_t specSize = 0;
+  std::int64_t initSize = 0;
+  std::int64_t bufferSize = 0;
+  ippiFilterGaussianGetSpecSize_L(kernel, ipp32f, 1, &specSize, &initSize);
+  ippiFilterGaussianGetBufferSize_L(size.width, size.height, kernel, ipp32f, ippBorderRepl, 1, &bufferSize);
+  const Scratch spec = makeScratch(specSize);
+  const Scratch init = makeScratch(initSize);
+  const Scratch buffer = makeScratch(bufferSize);
+  ippiFilterGaussianInit_L(size.width, size.height, kernel, ippBorderRepl, ipp32f, 1, spec.get(), init.get(), sigma);
+  KivImage dst(size, 1);
+  EXPECT_EQ(ippiFilterGaussian_32f_C1R_L(src.planes[0], src.stride, dst.planes[0], dst.stride, size.width, size.height,
+                                         ippBorderRepl, nullptr, spec.get(), buffer.get()),
+            ippStsNoErr);
+  return dst;
+}
+
+struct Case {
+  int width, height;
+  float sigma;
+  int factor;
+};
+
+class GaussBlurFast : public testing::TestWithParam<Case> {};
+
+TEST_P(GaussBlurFast, EqualsOneCallOverTheWholeImage) {
+  const Case& c = GetParam();
+  KivImage parent = randomImage(c.width + 5, c.height + 3, 1, 1);
+  const KivImage src = parent.ROI(2, 1, c.width, c.height);
+  KivImage blurred;
+  blurred.GaussBlurFast(src, c.sigma, c.factor);
+  EXPECT_TRUE(sameBits(blurred, wholeCall(src, c.sigma, c.factor)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Cuts, GaussBlurFast,
+                         testing::Values(Case{40, 1000, 3, 4},    // eight bands of 125
+                                         Case{33, 100, 7.5F, 4},  // bands of 30: the third runs to the bottom
+                                         Case{33, 101, 3, 4}, Case{20, 12, 3, 4}, Case{20, 13, 3, 4}, Case{1, 50, 1, 4},
+                                         Case{50, 1, 1, 4}, Case{1, 1, 2, 4}, Case{64, 96, 3, 4}, Case{31, 97, 0.1F, 4},
+                                         Case{31, 24, 5, 3}));
+
+TEST(GaussBlurFastRule, FiltersPlane0Alone) {
+  const KivImage src = randomImage(20, 20, 3, 1);
+  KivImage target = randomImage(20, 20, 3, 2);
+  target.GaussBlurFast(src, 1.0F, 4);
+  EXPECT_TRUE(sameBits(target.Plane(0), wholeCall(src, 1.0F, 4)));
+  EXPECT_TRUE(sameBits(target.Plane(1), randomImage(20, 20, 3, 2).Plane(1)));
+}
+
+TEST(GaussBlurFastRule, LeavesTheTargetWhereTheKernelIsRefused) {
+  for (const float sigma : {0.0F, -1.0F, std::numeric_limits<float>::quiet_NaN()}) {
+    KivImage target = randomImage(9, 9, 1, 2);
+    target.GaussBlurFast(randomImage(9, 9, 1, 1), sigma, 4);
+    EXPECT_TRUE(sameBits(target, randomImage(9, 9, 1, 2)));
+  }
+  KivImage target = randomImage(9, 9, 1, 2);
+  target.GaussBlurFast(randomImage(9, 9, 1, 1), -1.0F, -4);
+  EXPECT_TRUE(sameBits(target, randomImage(9, 9, 1, 2)));
+}
+
+}  // namespace

@@ -1,0 +1,147 @@
+#include "image/kiv_image.h"
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "support/images.h"
+
+namespace {
+
+TEST(KivImageMemory, OneBlockOfAlignedRowsHoldsAllPlanes) {
+  const KivImage image(100, 50, 3);
+  EXPECT_EQ(image.stride, 448);
+  EXPECT_EQ(image.planes[1] - image.planes[0], 112 * 50);
+  EXPECT_EQ(image.planes[2] - image.planes[1], 112 * 50);
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(image.planes[0]) % 64, 0U);
+  EXPECT_EQ(image.storage, KIV_STORAGE_OWNED);
+  EXPECT_EQ(KivImage(16, 1, 1).stride, 64);
+}
+
+struct Shape {
+  int width, height, channels;
+};
+
+class ImpossibleShape : public testing::TestWithParam<Shape> {};
+
+TEST_P(ImpossibleShape, ThrowsAndLeavesTheImageEmpty) {
+  const Shape s = GetParam();
+  EXPECT_THROW(KivImage(s.width, s.height, s.channels), NO_MEMORY_ERROR);
+  KivImage image;
+  EXPECT_THROW(image.Init(s.width, s.height, s.channels), NO_MEMORY_ERROR);
+  EXPECT_EQ(image.channels, 0);
+  EXPECT_EQ(image.planes, nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, ImpossibleShape,
+                         testing::Values(Shape{0, 1, 1}, Shape{1, 0, 1}, Shape{1, 1, 0}, Shape{-4, 4, 1},
+                                         Shape{4, 4, -1}, Shape{INT32_MAX, 1, 1}, Shape{30000, 30000, 1},
+                                         // rows in 32 bits would wrap round to 2 and to 0
+                                         Shape{4, 0x40000001, 4}, Shape{1, 0x40000000, 4}));
+
+TEST(KivImageMemory, WrappingLeavesTheCallersSamplesAlone) {
+  std::vector<float> data(10 * 10 * 3, 1.0F);
+  {
+    const KivImage image(data.data(), {10, 10}, 3);
+    EXPECT_EQ(image.stride, 40);
+    EXPECT_EQ(image.planes[2], data.data() + 200);
+    *image.At(1, 3, 2) = 5.0F;
+  }
+  EXPECT_EQ(data[100 + 2 * 10 + 3], 5.0F);
+}
+
+TEST(KivImageViews, ShowTheParentsSamples) {
+  KivImage parent = randomImage(10, 8, 3, 1);
+  const KivImage plane = parent.Plane(1);
+  EXPECT_EQ(plane.channels, 1);
+  EXPECT_EQ(plane.planes, parent.planes + 1);
+  EXPECT_EQ(plane.storage, KIV_STORAGE_PLANE);
+
+  const KivImage inner = parent.Sub_Section(2);
+  EXPECT_EQ(inner.size.width, 6);
+  EXPECT_EQ(inner.size.height, 4);
+  EXPECT_EQ(inner.At(2, 0, 0), parent.At(2, 2, 2));
+  EXPECT_EQ(Sub_Section_Aux(parent, 3, 1).At(1, 1, 1), parent.At(1, 4, 2));
+
+  const KivImage box = parent.ROI_BOX(1, 3, 2, 2);
+  EXPECT_TRUE(sameBits(box, parent.ROI(1, 2, 3, 1)));
+  EXPECT_TRUE(sameBits(box, parent.ROI(KivRect{1, 2, 3, 1})));
+  EXPECT_EQ(box.size.height, 1);
+
+  const KivImage viewOfView = inner.ROI(1, 1, 2, 2);
+  EXPECT_EQ(viewOfView.At(0, 0, 0), parent.At(0, 3, 3));
+  EXPECT_EQ(viewOfView.stride, parent.stride);
+  EXPECT_EQ(KivImage().Plane(0).channels, 0);
+}
+
+TEST(KivImageOwnership, MovesAndAdoptionReleaseOnce) {
+  KivImage a = randomImage(5, 4, 2, 1);
+  float* const samples = a.planes[0];
+  KivImage moved(std::move(a));
+  EXPECT_EQ(moved.planes[0], samples);
+  EXPECT_EQ(a.channels, 0);  // NOLINT(bugprone-use-after-move): moved-from images are empty
+
+  // Adoption: the old samples are released, the other object keeps its fields and is defused by hand.
+  KivImage target = randomImage(9, 9, 1, 2);
+  target = &moved;
+  EXPECT_EQ(target.planes[0], samples);
+  EXPECT_EQ(moved.planes[0], samples);
+  target = &target;
+  EXPECT_EQ(target.channels, 2);
+  KivImage copyOfFields(&moved);
+  EXPECT_EQ(copyOfFields.storage, KIV_STORAGE_OWNED);
+  for (KivImage* claimant : {&moved, &copyOfFields}) {
+    claimant->channels = 0;
+    claimant->planes = nullptr;
+  }
+}
+
+TEST(KivImageOwnership, AdoptingIntoAViewLeavesTheParentAlone) {
+  KivImage parent = randomImage(6, 6, 3, 1);
+  KivImage other = randomImage(3, 3, 1, 2);
+  {
+    KivImage plane = parent.Plane(1);
+    plane = &other;
+    KivImage section = parent.Sub_Section(1);
+    KivImage spare = randomImage(2, 2, 1, 3);
+    section = &spare;
+    spare.planes = nullptr;
+    spare.channels = 0;
+    EXPECT_EQ(section.size.width, 2);
+    other.planes = nullptr;
+    other.channels = 0;
+  }
+  EXPECT_TRUE(sameBits(parent, randomImage(6, 6, 3, 1)));
+}
+
+TEST(KivImageExpend, AddsPlanesInABlockThatGoesWithTheImage) {
+  KivImage image = randomImage(17, 5, 1, 1);
+  float* const first = image.planes[0];
+  image.Expend(KivImage(2, 2, 2));
+  image.Expend(KivImage(2, 2, 4));
+  ASSERT_EQ(image.channels, 4);
+  EXPECT_EQ(image.planes[0], first);
+  fillRandom(image, 7);
+  EXPECT_TRUE(sameBits(image, randomImage(17, 5, 4, 7)));
+  EXPECT_THROW(image.Expend(KivImage(2, 2, 4)), NO_MEMORY_ERROR);
+  KivImage moved(std::move(image));
+  EXPECT_TRUE(sameBits(moved, randomImage(17, 5, 4, 7)));
+}
+
+TEST(KivImageExpend, OfAViewKeepsTheParent) {
+  KivImage parent = randomImage(40, 5, 3, 1);
+  {
+    KivImage plane = parent.Plane(0);
+    plane.Expend(parent);
+    fill(plane, 2.0F);
+    KivImage roi = parent.ROI(3, 0, 4, 5);
+    roi.Expend(KivImage(1, 1, 5));
+    EXPECT_EQ(roi.stride, parent.stride);
+    fill(roi, 3.0F);
+  }
+  EXPECT_EQ(*parent.At(0, 0, 0), 2.0F);
+  EXPECT_EQ(*parent.At(2, 3, 4), 3.0F);
+  EXPECT_EQ(*parent.At(1, 0, 0), *randomImage(40, 5, 3, 1).At(1, 0, 0));
+}
+
+}  // namespace

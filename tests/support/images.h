@@ -1,0 +1,64 @@
+// Pictures for tests, and comparison bit for bit.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <random>
+
+#include "image/kiv_image.h"
+
+inline void fillRandom(KivImage& image, unsigned seed, float low = -0.25F, float high = 1.25F) {
+  std::mt19937 random(seed);
+  std::uniform_real_distribution<float> samples(low, high);
+  for (int plane = 0; plane < image.channels; ++plane) {
+    for (int y = 0; y < image.size.height; ++y) {
+      for (int x = 0; x < image.size.width; ++x) *image.At(plane, x, y) = samples(random);
+    }
+  }
+}
+
+inline void fill(KivImage& image, float value) { fillRandom(image, 0, value, value); }
+
+inline KivImage randomImage(int width, int height, int channels, unsigned seed) {
+  KivImage image(width, height, channels);
+  fillRandom(image, seed);
+  return image;
+}
+
+inline std::uint32_t bitsOf(float value) {
+  std::uint32_t bits = 0;
+  std::memcpy(&bits, &value, sizeof bits);
+  return bits;
+}
+
+// The first sample at which close(a, b) is false, or success.
+template <typename Close>
+testing::AssertionResult compare(const KivImage& a, const KivImage& b, Close close) {
+  if (a.channels != b.channels || a.size.width != b.size.width || a.size.height != b.size.height) {
+    return testing::AssertionFailure() << "shapes differ";
+  }
+  for (int plane = 0; plane < a.channels; ++plane) {
+    for (int y = 0; y < a.size.height; ++y) {
+      for (int x = 0; x < a.size.width; ++x) {
+        const float va = *a.At(plane, x, y);
+        const float vb = *b.At(plane, x, y);
+        if (!close(va, vb)) {
+          return testing::AssertionFailure() << a.size.width << " x " << a.size.height << ": plane " << plane << ", ("
+                                             << x << ", " << y << "): " << va << " and " << vb;
+        }
+      }
+    }
+  }
+  return testing::AssertionSuccess();
+}
+
+inline testing::AssertionResult sameBits(const KivImage& a, const KivImage& b) {
+  return compare(a, b, [](float x, float y) { return bitsOf(x) == bitsOf(y) || (std::isnan(x) && std::isnan(y)); });
+}
+
+inline testing::AssertionResult within(double tolerance, const KivImage& a, const KivImage& b) {
+  return compare(a, b, [tolerance](float x, float y) { return std::abs(double{x} - double{y}) <= tolerance; });
+}
