@@ -1,0 +1,115 @@
+// Gaussian filter with the border per call, for bands of one image. With taps t[0] ... t[r], t[r] the centre:
+//   acc = (a(-r) + a(r)) t[0]; acc = acc + (a(j - r) + a(r - j)) t[j] for j = 1 ... r - 1; acc = acc + a(0) t[r]
+// along the rows, then down the columns.
+
+#include "primitives/gaussian_ring.h"
+
+namespace ROW {
+namespace {
+
+// Behind it, on the next 64-byte boundary, the r + 1 taps.
+struct Head {
+  std::int32_t kernelSize;
+  std::int32_t tapAlignment;
+  std::int32_t dataType;
+  std::int32_t border;
+  std::int32_t shift;
+};
+constexpr std::uintptr_t alignment = 64;
+
+float* tapsOf(void* spec) {
+  return reinterpret_cast<float*>(alignUp(static_cast<char*>(spec) + sizeof(Head), alignment));
+}
+const float* tapsOf(const void* spec) {
+  return reinterpret_cast<const float*>(alignUp(static_cast<const char*>(spec) + sizeof(Head), alignment));
+}
+
+IppStatus checkSize(std::int64_t width, std::int64_t height) {
+  return width < 1 || height < 1 ? ippStsSizeErr : ippStsNoErr;
+}
+
+std::int64_t ringStride(std::int64_t width) { return (width * std::int64_t{sizeof(float)} + 63) & ~std::int64_t{63}; }
+
+// The ring of k rows, k pointers, and the extended row. The last takes up to 2 r floats more than a row of the ring; a
+// buffer's 12 k bytes hold these and the pointers.
+RingBuffer divide(void* buffer, std::int64_t width, std::int64_t k) {
+  const std::int64_t stride = ringStride(width);
+  char* const ring = alignUp(static_cast<char*>(buffer), alignment);
+  char* const rows = ring + k * stride;
+  char* const extended = rows + k * std::int64_t{sizeof(float*)};
+  return {reinterpret_cast<float*>(ring), stride / std::int64_t{sizeof(float)}, reinterpret_cast<const float**>(rows),
+          reinterpret_cast<float*>(extended)};
+}
+
+}  // namespace
+
+IppStatus ippiFilterGaussianGetSpecSize_L(int kernelSize, int dataType, int numChannels, std::int64_t* specSize,
+                                          std::int64_t* initBufferSize) {
+  if (isNull(specSize) || isNull(initBufferSize)) return ippStsNullPtrErr;
+  RETURN_UNLESS_OK(checkKernel(kernelSize, dataType, numChannels));
+  *specSize = (std::int64_t{kernelSize} + 1) / 2 * 4 + 128;
+  *initBufferSize = 64;
+  return ippStsNoErr;
+}
+
+IppStatus ippiFilterGaussianInit_L(std::int64_t width, std::int64_t height, int kernelSize, std::uint32_t borderType,
+                                   int dataType, int numChannels, void* spec, void* initBuffer, float sigma) {
+  if (isNull(spec) || isNull(initBuffer)) return ippStsNullPtrErr;
+  RETURN_UNLESS_OK(checkSize(width, height));
+  RETURN_UNLESS_OK(checkKernel(kernelSize, dataType, numChannels));
+  if (!(sigma > 0.0F)) return ippStsBadArgErr;
+  if (!isBorder(borderType)) return ippStsBorderErr;
+
+  store(spec, Head{kernelSize, alignment, dataType, static_cast<std::int32_t>(borderType), 0});
+  float* const taps = tapsOf(spec);
+  const int r = kernelSize / 2;
+  const float divisor = sigma * (sigma + sigma);
+  float sum = 0.0F;
+  for (int i = 0; i < r; ++i) {
+    taps[i] = gaussianWeight(static_cast<float>(r - i), divisor);
+    sum = sum + (taps[i] + taps[i]);
+  }
+  taps[r] = 1.0F;
+  const float reciprocal = 1.0F / (1.0F + sum);
+  for (int i = 0; i <= r; ++i) taps[i] = taps[i] * reciprocal;
+  return ippStsNoErr;
+}
+
+IppStatus ippiFilterGaussianGetBufferSize_L(std::int64_t width, std::int64_t height, int kernelSize, int dataType,
+                                            std::uint32_t borderType, int numChannels, std::int64_t* bufferSize) {
+  if (isNull(bufferSize)) return ippStsNullPtrErr;
+  RETURN_UNLESS_OK(checkSize(width, height));
+  RETURN_UNLESS_OK(checkKernel(kernelSize, dataType, numChannels));
+  if (!isBorder(borderType)) return ippStsBorderErr;
+
+  constexpr std::int64_t widest = INT64_MAX / 3 / std::int64_t{sizeof(float)} - 64;
+  if (width > widest) return ippStsSizeTooBigErr;
+  const std::int64_t k = kernelSize;
+  std::int64_t rows = 0;
+  std::int64_t size = 0;
+  if (__builtin_mul_overflow(k + 1, ringStride(width * numChannels), &rows)) return ippStsSizeTooBigErr;
+  if (__builtin_add_overflow(rows, 12 * k + 64, &size)) return ippStsSizeTooBigErr;
+  *bufferSize = size;
+  return ippStsNoErr;
+}
+
+IppStatus ippiFilterGaussian_32f_C1R_L(const float* src, std::int64_t srcStep, float* dst, std::int64_t dstStep,
+                                       std::int64_t width, std::int64_t height, std::uint32_t borderType,
+                                       const float* borderValue, const void* spec, void* buffer) {
+  if (isNull(src) || isNull(dst) || isNull(spec) || isNull(buffer)) return ippStsNullPtrErr;
+  if (srcStep >> 2 < width || dstStep >> 2 < width) return ippStsStepErr;  // step < 4 width, for every width
+  RETURN_UNLESS_OK(checkSize(width, height));
+  if (srcStep % 4 != 0 || dstStep % 4 != 0) return ippStsNotEvenStepErr;
+  if (borderType > 255) return ippStsBorderErr;
+  const bool isConstant = (borderType & 15) == ippBorderConst;
+  if (isConstant && isNull(borderValue)) return ippStsNullPtrErr;
+  if (!isBorder(borderType)) return ippStsBorderErr;
+  const std::int64_t k = load<Head>(spec).kernelSize;
+  if (!isKernel(k)) return ippStsBadArgErr;
+
+  const Band<float> band{src, srcStep, dst, dstStep, width, height, borderType, isConstant ? *borderValue : 0.0F};
+  filterColumns<PartnersFirst, PartnersFirst>(band, 0, width, tapsOf(spec), k, divide(buffer, width, k));
+  return ippStsNoErr;
+}
+
+}  // namespace ROW
