@@ -21,7 +21,9 @@ target_compile_options(orbel_options INTERFACE
   # The order of operations that the code gives defines every result: a * b + c is two roundings everywhere.
   -ffp-contract=off
   # errno after sqrt is nobody's business; with it no compiler vectorises one. Changes no value.
-  -fno-math-errno)
+  -fno-math-errno
+  # A unique symbol would pin the module in the host's process for good.
+  $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
 if(ORBEL_SANITIZE)
   target_compile_options(orbel_options INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -g)

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <iterator>
 
 #include "host/host_interface.h"
 
@@ -50,4 +51,4 @@ static_assert(scriptKeyCount == 24);
 // is not among them, though it is read when it comes.
 inline constexpr int expectedScriptKeys[] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11,
                                              12, 13, 14, 15, 16, 17, 18, 19, 22, 21, 20};
-inline constexpr int expectedScriptKeyCount = sizeof expectedScriptKeys / sizeof expectedScriptKeys[0];
+inline constexpr int expectedScriptKeyCount = std::size(expectedScriptKeys);

@@ -1,0 +1,116 @@
+// A small host for tests: handles, script descriptors, suites and plane buffers that obey the published interface, watch
+// what the filter does with them, and fail on demand. One host is active at a time, since host calls carry no context.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/host_interface.h"
+
+PluginMainProc linkedEntry();
+// The module's entry as dlopen finds it; loaded once and kept.
+PluginMainProc loadedEntry();
+
+enum class HostCall {
+  NewHandle,
+  Lock,
+  Acquire,
+  OpenReader,
+  GetKey,
+  GetValue,
+  CloseReader,
+  OpenWriter,
+  Put,
+  CloseWriter,
+  Advance
+};
+
+struct ScriptValue {
+  DescriptorKeyID key = 0;
+  DescriptorTypeID type = 0;
+  double number = 0;  // of any type
+};
+using Script = std::vector<ScriptValue>;
+
+// What one advance delivers otherwise than it should.
+enum class BufferFault { None, NullIn, NullOut, ShortIn, ShortOut, NegativeIn, NegativeOut, ZeroIn, ZeroOut };
+
+class TestHost {
+ public:
+  TestHost(int width, int height, int planes, int depth, PluginMainProc entry = linkedEntry());
+  ~TestHost();
+  TestHost(const TestHost&) = delete;
+  TestHost& operator=(const TestHost&) = delete;
+
+  std::int16_t call(std::int16_t selector);
+  // Prepare, Start, Continue while a rectangle isn't empty, Finish. Stops at the first code and gives it.
+  std::int16_t run();
+
+  // ---- The document: samples without padding, host types, planes apart.
+  std::vector<std::vector<unsigned char>> planes;
+  int width, height, depth;
+  int sampleBytes() const { return depth / 8; }
+  double sample(int plane, int x, int y) const;
+  void setSample(int plane, int x, int y, double value);
+  void fillWithPattern(unsigned seed);
+
+  // ---- The interface's records: tests bend them.
+  FilterRecord record = {};
+  BigDocumentStruct big = {};
+  HandleProcs handles = {};
+  PIDescriptorParameters scripting = {};
+  ReadDescriptorProcs reading = {};
+  WriteDescriptorProcs writing = {};
+  SPBasicSuite basic = {};
+  std::intptr_t data = 0;
+  std::int16_t result = 0;
+
+  // ---- Behaviour on demand.
+  int rowPadding = 0;                 // bytes
+  int addressOffset = 0;              // buffers start so many bytes off their alignment
+  int failAt = -1;                    // the failing call, counted from 0 over all calls that can fail
+  OSErr failCode = userCanceledErr;   // of the calls that give a code
+  bool endlessReader = false;         // repeats the script's first key
+  bool relocatesBlocks = false;       // moves unlocked blocks whenever the filter calls a descriptor procedure
+  bool suiteRefusedWithAddress = false;
+  const char* missingSuite = nullptr;
+  BufferFault bufferFault = BufferFault::None;
+  int bufferFaultAt = -1;  // the advance that it strikes
+
+  void play(const Script& script);  // hands the filter a descriptor at the next Start
+  Script recorded() const;          // the descriptor that the filter left
+  Handle newHandle(std::int32_t size);
+  void disposeHandle(Handle handle);
+  unsigned char* block(Handle handle) { return reinterpret_cast<unsigned char*>(*handle); }
+  void replaceParameters();  // by another handle with the same bytes
+
+  // ---- What has been seen.
+  std::vector<HostCall> calls;          // all that can fail, in order
+  std::vector<DescriptorKeyID> puts;    // keys in the order of writing
+  std::vector<DescriptorKeyID> expectedKeys;  // as the reader was opened with
+  std::vector<std::array<int, 4>> advances;   // inLoPlane, inHiPlane, outLoPlane, outHiPlane
+  std::vector<std::string> violations;  // of the interface, by the filter
+  int liveHandles() const { return static_cast<int>(blocks_.size()); }
+  int keysHandedOut = 0;
+  int lockBalance = 0;
+  int readersOpen = 0;
+  int writersOpen = 0;
+  // Checks fences and padding of all buffers and blocks; adds what it finds to violations.
+  void checkFences();
+
+  // Internals of the callbacks.
+  bool fails(HostCall kind);
+  OSErr advance();
+  struct Buffer {
+    std::vector<unsigned char> bytes;
+    Rect16 *unused = nullptr;
+  };
+
+ private:
+  std::map<Handle, int> blocks_;
+};
