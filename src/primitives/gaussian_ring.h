@@ -220,11 +220,12 @@ inline void filterBlocks(Line line, const float* taps, std::int64_t k, Target* t
 }
 
 // Enough sums at once to hide the latency of an addition, and few enough for the registers.
-constexpr int blockVectors = 8;
+constexpr int blockVectors = 4;
+constexpr int blockWidth = LANES * blockVectors;
 
 template <typename Order, typename Line, typename Target, typename Rounding>
 inline void filterLine(Line line, const float* taps, std::int64_t k, Target* to, std::int64_t width, Rounding finish) {
-  if (width >= LANES * blockVectors) {
+  if (width >= blockWidth) {
     filterBlocks<Floats, blockVectors, Order>(line, taps, k, to, width, finish);
   } else if (width >= LANES) {
     filterBlocks<Floats, 1, Order>(line, taps, k, to, width, finish);
@@ -233,8 +234,6 @@ inline void filterLine(Line line, const float* taps, std::int64_t k, Target* to,
   }
 }
 
-// Columns first - r up to first + count + r of a row of the extended image: in the source itself where it has them all
-// as floats, else in the buffer.
 template <typename Sample>
 inline void convertSamples(const Sample* from, std::int64_t count, float* to) {
   for (std::int64_t i = 0; i < count; ++i) to[i] = static_cast<float>(load<Sample>(from + i));
@@ -245,12 +244,13 @@ inline const float* inPlace(const Sample*) {
   return nullptr;
 }
 
+// Columns -r up to width + r of a row of the extended image: in the source itself where it has them all as floats, else
+// in the buffer.
 template <typename Sample>
-inline const float* extendRow(const Sample* row, const Band<Sample>& band, std::int64_t first, std::int64_t count,
-                              std::int64_t r, float* extended) {
+inline const float* extendRow(const Sample* row, const Band<Sample>& band, std::int64_t r, float* extended) {
   const Axis columns = columnsAxis(band.width, band.border);
-  const std::int64_t begin = first - r;
-  const std::int64_t end = first + count + r;
+  const std::int64_t begin = -r;
+  const std::int64_t end = band.width + r;
   const std::int64_t beginReal = begin > columns.firstReal() ? begin : columns.firstReal();
   const std::int64_t endReal = end < columns.endOfReal() ? end : columns.endOfReal();
   if (begin == beginReal && end == endReal && inPlace(row) != nullptr) return inPlace(row) + begin;
@@ -265,10 +265,8 @@ inline const float* extendRow(const Sample* row, const Band<Sample>& band, std::
   return extended;
 }
 
-// Filters columns first up to first + count of the band.
 template <typename RowOrder, typename ColumnOrder, typename Sample>
-inline void filterColumns(const Band<Sample>& band, std::int64_t first, std::int64_t count, const float* taps,
-                          std::int64_t k, const RingBuffer& buffer) {
+inline void filterBand(const Band<Sample>& band, const float* taps, std::int64_t k, const RingBuffer& buffer) {
   const std::int64_t r = k / 2;
   const Axis lines = rowsAxis(band.height, band.border);
   const auto inRing = [](auto v) { return Finish<Sample>::inRing(v); };
@@ -279,10 +277,10 @@ inline void filterColumns(const Band<Sample>& band, std::int64_t first, std::int
     float* const own = place(n);
     if (lines.isReal(n)) {
       const Sample* const row = advance(band.src, n * band.srcStep);
-      const AlongRow samples{extendRow(row, band, first, count, r, buffer.extended)};
-      filterLine<RowOrder>(samples, taps, k, own, count, inRing);
+      const AlongRow samples{extendRow(row, band, r, buffer.extended)};
+      filterLine<RowOrder>(samples, taps, k, own, band.width, inRing);
     } else if (lines.kind == ippBorderConst) {
-      for (std::int64_t x = 0; x < count; ++x) own[x] = static_cast<float>(band.value);
+      for (std::int64_t x = 0; x < band.width; ++x) own[x] = static_cast<float>(band.value);
     } else {
       return place(lines.standIn(n));
     }
@@ -293,8 +291,7 @@ inline void filterColumns(const Band<Sample>& band, std::int64_t first, std::int
   for (std::int64_t y = 0; y < band.height; ++y) {
     __builtin_memmove(buffer.rows, buffer.rows + 1, static_cast<std::size_t>(k - 1) * sizeof *buffer.rows);
     buffer.rows[k - 1] = ringRow(y + r);
-    filterLine<ColumnOrder>(DownRing{buffer.rows}, taps, k, advance(band.dst, y * band.dstStep) + first, count,
-                            inTarget);
+    filterLine<ColumnOrder>(DownRing{buffer.rows}, taps, k, advance(band.dst, y * band.dstStep), band.width, inTarget);
   }
 }
 

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cfenv>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -71,8 +70,6 @@ struct SpecAndBuffer {
 };
 
 // ---- Border per call
-
-constexpr int typesOfImage[] = {ipp32f, 1};
 
 SpecAndBuffer makeBandSpec(int width, int height, int k, float sigma) {
   std::int64_t specSize = 0;
@@ -164,33 +161,277 @@ TEST(GaussianBand, EqualsTheFormulaOnEveryRowOfBodies) {
 }
 
 TEST(GaussianBand, BandsEqualTheWhole) {
+  constexpr int k = 9;
+  constexpr int r = k / 2;
+  constexpr int width = 150;
+  constexpr int height = 41;
+  const Plane<float> src(width, height, 0, 3);
+  const SpecAndBuffer made = makeBandSpec(width, height, k, 2.0F);
   for (const unsigned kind : {1U, 3U, 6U}) {
-    for (const int bandHeight : {1, 3, 8, 20}) {
-      const Plane<float> src(150, 41, 0, 3);
-      const SpecAndBuffer made = makeBandSpec(150, 41, 9, 2.0F);
-      Plane<float> whole(150, 41, 2, 4);
-      Plane<float> pieces = whole;
-      ASSERT_EQ(filterBand(src, whole, 0, 41, kind, 0.5F, made), ippStsNoErr);
-      for (int y = 0; y < 41;) {
-        int height = bandHeight;
-        unsigned border = kind + (y > 0 ? 16 : 0);
-        if (41 - y - height < 4) {
-          height = 41 - y;
+    Plane<float> whole(width, height, 2, 4);
+    ASSERT_EQ(filterBand(src, whole, 0, height, kind, 0.5F, made), ippStsNoErr);
+    for (const int bandHeight : {r, r + 1, 13, 20, 37}) {  // 17, 33 and 49 with replication
+      Plane<float> pieces(width, height, 2, 4);
+      for (int y = 0; y < height; y += bandHeight) {
+        const bool last = height - y - bandHeight < r;
+        const unsigned border = kind + (y > 0 ? 16U : 0U) + (last ? 0U : 32U);
+        ASSERT_EQ(filterBand(src, pieces, y, last ? height - y : bandHeight, border, 0.5F, made), ippStsNoErr);
+        if (last) break;
+      }
+      EXPECT_TRUE(sameBits(pieces, whole)) << "border " << kind << ", bands of " << bandHeight;
+    }
+  }
+}
+
+TEST(GaussianBand, SpecialSamplesStayWithinTheKernel) {
+  const SpecAndBuffer made = makeBandSpec(20, 20, 5, 1.0F);
+  Plane<float> src(20, 20, 0, 6);
+  src.at(10, 10) = std::numeric_limits<float>::quiet_NaN();
+  Plane<float> dst = src;
+  ASSERT_EQ(filterBand(src, dst, 0, 20, 1, 0.0F, made), ippStsNoErr);
+  for (int y = 0; y < 20; ++y) {
+    for (int x = 0; x < 20; ++x) {
+      EXPECT_EQ(std::isnan(dst.at(x, y)), std::abs(x - 10) <= 2 && std::abs(y - 10) <= 2) << x << ' ' << y;
+    }
+  }
+}
+
+TEST(GaussianBand, ChecksInOrder) {
+  std::int64_t a = 0;
+  std::int64_t b = 0;
+  EXPECT_EQ(ippiFilterGaussianGetSpecSize_L(2, 9, 2, nullptr, &b), ippStsNullPtrErr);
+  EXPECT_EQ(ippiFilterGaussianGetSpecSize_L(2, 9, 2, &a, &b), ippStsBadArgErr);
+  EXPECT_EQ(ippiFilterGaussianGetSpecSize_L(1, 13, 1, &a, &b), ippStsBadArgErr);
+  EXPECT_EQ(ippiFilterGaussianGetSpecSize_L(3, 9, 2, &a, &b), ippStsDataTypeErr);
+  EXPECT_EQ(ippiFilterGaussianGetSpecSize_L(3, 7, 2, &a, &b), ippStsChannelErr);
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize_L(0, 0, 2, 9, 2, 2, nullptr), ippStsNullPtrErr);
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize_L(1, 0, 2, 9, 2, 2, &a), ippStsSizeErr);
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize_L(1, 1, 2, 9, 2, 2, &a), ippStsBadArgErr);
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize_L(1, 1, 3, 9, 2, 2, &a), ippStsDataTypeErr);
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize_L(1, 1, 3, 1, 2, 2, &a), ippStsChannelErr);
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize_L(1, 1, 3, 1, 2, 1, &a), ippStsBorderErr);
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize_L(1, 1, 3, 1, 257, 1, &a), ippStsBorderErr);
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize_L(1, 1, 3, 1, 240, 1, &a), ippStsNoErr);
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize_L(INT64_MAX, 1, 3, 13, 1, 3, &a), ippStsSizeTooBigErr);
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize_L(std::int64_t{1} << 57, 1, 25, 13, 1, 1, &a), ippStsSizeTooBigErr);
+
+  alignas(64) unsigned char spec[256];
+  const auto init = [&spec](std::int64_t width, int k, unsigned border, int type, int channels, float sigma) {
+    return ippiFilterGaussianInit_L(width, 4, k, border, type, channels, spec, spec, sigma);
+  };
+  EXPECT_EQ(ippiFilterGaussianInit_L(0, 0, 2, 2, 9, 2, spec, nullptr, 0.0F), ippStsNullPtrErr);
+  EXPECT_EQ(ippiFilterGaussianInit_L(0, 0, 2, 2, 9, 2, nullptr, spec, 0.0F), ippStsNullPtrErr);
+  EXPECT_EQ(init(0, 2, 2, 9, 2, 0.0F), ippStsSizeErr);
+  EXPECT_EQ(init(4, 2, 2, 9, 2, 0.0F), ippStsBadArgErr);
+  EXPECT_EQ(init(4, 3, 2, 9, 2, 0.0F), ippStsDataTypeErr);
+  EXPECT_EQ(init(4, 3, 2, 13, 2, 0.0F), ippStsChannelErr);
+  EXPECT_EQ(init(4, 3, 2, 13, 1, 0.0F), ippStsBadArgErr);
+  EXPECT_EQ(init(4, 3, 2, 13, 1, std::numeric_limits<float>::quiet_NaN()), ippStsBadArgErr);
+  EXPECT_EQ(init(4, 3, 2, 13, 1, 1.0F), ippStsBorderErr);
+
+  const SpecAndBuffer made = makeBandSpec(4, 4, 3, 1.0F);
+  Plane<float> image(4, 4, 1, 1);
+  const auto run = [&](const float* src, std::int64_t step, std::int64_t width, unsigned border) {
+    return ippiFilterGaussian_32f_C1R_L(src, step, image.first(), 400, width, 0, border, nullptr, made.spec.get(),
+                                        made.buffer.get());
+  };
+  EXPECT_EQ(run(nullptr, 0, 4, 2), ippStsNullPtrErr);
+  EXPECT_EQ(run(image.first(), 15, 4, 2), ippStsStepErr);
+  EXPECT_EQ(run(image.first(), 400, INT64_MAX, 2), ippStsStepErr);
+  EXPECT_EQ(run(image.first(), 17, 4, 2), ippStsSizeErr);
+  const auto runHigh = [&](std::int64_t step, unsigned border, const float* value, const unsigned char* with) {
+    return ippiFilterGaussian_32f_C1R_L(image.first(), step, image.first(), image.step(), 4, 1, border, value, with,
+                                        made.buffer.get());
+  };
+  const float value = 1.0F;
+  std::memset(spec, 0, sizeof spec);
+  EXPECT_EQ(runHigh(17, 256 + 6, nullptr, spec), ippStsNotEvenStepErr);
+  EXPECT_EQ(runHigh(16, 256 + 6, nullptr, spec), ippStsBorderErr);
+  EXPECT_EQ(runHigh(16, 6, nullptr, spec), ippStsNullPtrErr);
+  EXPECT_EQ(runHigh(16, 2, nullptr, spec), ippStsBorderErr);
+  EXPECT_EQ(runHigh(16, 6, &value, spec), ippStsBadArgErr);
+}
+
+// ---- Border in the specification
+
+template <typename Sample>
+struct Family;
+template <>
+struct Family<float> {
+  static constexpr int type = ipp32f;
+  static constexpr auto filter = ippiFilterGaussianBorder_32f_C1R;
+};
+template <>
+struct Family<unsigned short> {
+  static constexpr int type = ipp16u;
+  static constexpr auto filter = ippiFilterGaussianBorder_16u_C1R;
+};
+template <>
+struct Family<unsigned char> {
+  static constexpr int type = ipp8u;
+  static constexpr auto filter = ippiFilterGaussianBorder_8u_C1R;
+};
+
+SpecAndBuffer makeBorderSpec(int width, int height, int k, unsigned border, int type, float sigma) {
+  int specSize = 0;
+  int bufferSize = 0;
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize({width, height}, static_cast<unsigned>(k), type, 1, &specSize, &bufferSize),
+            ippStsNoErr);
+  EXPECT_EQ(specSize, type == ipp32f ? 16 * k + 32 : 8 * k + 36);
+  SpecAndBuffer made{FencedMemory(specSize, 12), FencedMemory(bufferSize, 40)};
+  EXPECT_EQ(ippiFilterGaussianInit({width, height}, static_cast<unsigned>(k), border, type, 1, made.spec.get(),
+                                   made.buffer.get(), sigma),
+            ippStsNoErr);
+  return made;
+}
+
+float limitAndRound(float v, float low, float high) { return std::nearbyint(std::min(std::max(v, low), high)); }
+
+// The result by the rules of each sample type, sums of integers in integers.
+Plane<float> expectedBorder(const Plane<float>& src, const Plane<float>& dst, int k, unsigned border, float value,
+                            const unsigned char* spec) {
+  const std::vector<float> taps = tapsAt<float>(spec, 16, 16, k);
+  const auto down = [&taps](const std::vector<float>& a) { return ascending(a, taps); };
+  const auto across = [&taps, k](const std::vector<float>& a) {
+    return k == 7 ? partnersFirst(a, taps) : ascending(a, taps);
+  };
+  return naive<float, float>(src, dst, k, border, value, across, down);
+}
+Plane<unsigned short> expectedBorder(const Plane<unsigned short>& src, const Plane<unsigned short>& dst, int k,
+                                     unsigned border, unsigned short value, const unsigned char* spec) {
+  const std::vector<unsigned short> integers = tapsAt<unsigned short>(spec, 16, 2, k);
+  const std::vector<float> taps(integers.begin(), integers.end());
+  const auto pass = [&taps](const std::vector<float>& a) {
+    return limitAndRound(ascending(a, taps) * (1.0F / 32768.0F), 0.0F, 65535.0F);
+  };
+  return naive<unsigned short, float>(src, dst, k, border, value, pass, pass);
+}
+Plane<unsigned char> expectedBorder(const Plane<unsigned char>& src, const Plane<unsigned char>& dst, int k,
+                                    unsigned border, unsigned char value, const unsigned char* spec) {
+  const std::vector<unsigned short> integers = tapsAt<unsigned short>(spec, 16, 2, k);
+  std::vector<float> taps(integers.begin(), integers.end());
+  for (float& tap : taps) tap = tap * (1.0F / 4096.0F);
+  const auto across = [&integers](const std::vector<float>& a) {
+    int sum = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) sum += static_cast<int>(a[i]) * integers[i];
+    return limitAndRound(static_cast<float>(sum) * (1.0F / 4096.0F), -32768.0F, 32767.0F);
+  };
+  const auto down = [&taps](const std::vector<float>& a) {
+    return std::min(std::max(limitAndRound(ascending(a, taps), -32768.0F, 32767.0F), 0.0F), 255.0F);
+  };
+  return naive<unsigned char, float>(src, dst, k, border, value, across, down);
+}
+
+template <typename Sample>
+class GaussianBorder : public testing::Test {};
+using SampleTypes = testing::Types<float, unsigned short, unsigned char>;
+TYPED_TEST_SUITE(GaussianBorder, SampleTypes);
+
+TYPED_TEST(GaussianBorder, EqualsTheFormulaOnEveryRowOfBodiesAndInPlace) {
+  using Sample = TypeParam;
+  forManyShapes([](int width, int height, int k, unsigned border) {
+    const SpecAndBuffer made =
+        makeBorderSpec(width, height, k, border, Family<Sample>::type, 0.15F * static_cast<float>(k));
+    const Plane<Sample> src(width, height, k / 2, static_cast<unsigned>(width));
+    const auto value = static_cast<Sample>(77);
+    const Plane<Sample> expected = expectedBorder(src, src, k, border, value, made.spec.get());
+    onEachRow([&] {
+      Plane<Sample> dst = src;
+      for (int y = 0; y < height; ++y) std::fill_n(&dst.at(0, y), width, static_cast<Sample>(1));
+      EXPECT_EQ(Family<Sample>::filter(src.first(), src.step(), dst.first(), dst.step(), src.size(), value,
+                                       made.spec.get(), made.buffer.get()),
+                ippStsNoErr);
+      EXPECT_TRUE(sameBits(dst, expected)) << "k " << k;
+      Plane<Sample> both = src;
+      EXPECT_EQ(Family<Sample>::filter(both.first(), both.step(), both.first(), both.step(), both.size(), value,
+                                       made.spec.get(), made.buffer.get()),
+                ippStsNoErr);
+      EXPECT_TRUE(sameBits(both, expected)) << "in place, k " << k;
+    });
+  });
+}
+
+TYPED_TEST(GaussianBorder, TapsAreThoseOfTheFormula) {
+  constexpr int type = Family<TypeParam>::type;
+  for (const float sigma : {1e-30F, 0.1F, 0.8F, 3.0F, 1000.0F, 3e38F}) {
+    for (const int k : {3, 7, 25}) {
+      const SpecAndBuffer made = makeBorderSpec(10, 10, k, 1, type, sigma);
+      const auto weight = [sigma](int x) { return std::exp(-x * x / (2.0 * double{sigma} * double{sigma})); };
+      double sum = 0.0;
+      for (int x = -(k / 2); x <= k / 2; ++x) sum += weight(x);
+      for (int i = 0; i < k; ++i) {
+        const double exact = weight(i - k / 2) / sum;
+        const auto at = static_cast<std::size_t>(i);
+        if (type == ipp32f) {
+          for (std::size_t copy = 0; copy < 4; ++copy) {
+            EXPECT_NEAR(double{tapsAt<float>(made.spec.get(), 16, 4, 4 * k)[4 * at + copy]}, exact, 3e-7);
+          }
         } else {
-          border += 32;
+          const double scaled = exact * (type == ipp8u ? 4096.0 : 32768.0);
+          EXPECT_NEAR(tapsAt<unsigned short>(made.spec.get(), 16, 2, k)[at], scaled, 0.51);
         }
-        // A low band has fewer than r real rows above it as long as it is near the top: only wholes of r rows split.
-        if (y > 0 && y < 4) border -= 16, height = 4;
-        if ((border & 16) == 0 && y > 0) {
-          y = 4;
-          continue;
-        }
-        ASSERT_EQ(filterBand(src, pieces, y, height, border, 0.5F, made), ippStsNoErr);
-        y += height;
       }
-      if (bandHeight >= 4) {
-        EXPECT_TRUE(sameBits(pieces, whole)) << kind << ' ' << bandHeight;
-      }
+      std::int32_t head[5];
+      std::memcpy(head, made.spec.get(), sizeof head);
+      EXPECT_EQ(head[0], k);
+      EXPECT_EQ(head[1], 20);
+      EXPECT_EQ(head[2], type);
+      EXPECT_EQ(head[3], 1);
+      EXPECT_EQ(head[4], type == ipp32f ? 0 : type == ipp8u ? 12 : 15);
+    }
+  }
+}
+
+TYPED_TEST(GaussianBorder, ChecksInOrder) {
+  using Sample = TypeParam;
+  int a = 0;
+  int b = 0;
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize({0, 0}, 2, 9, 2, &a, nullptr), ippStsNullPtrErr);
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize({0, 1}, 2, 9, 2, &a, &b), ippStsSizeErr);
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize({1, 1}, 2, 9, 2, &a, &b), ippStsBadArgErr);
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize({1, 1}, 3, 9, 2, &a, &b), ippStsDataTypeErr);
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize({1, 1}, 3, 7, 2, &a, &b), ippStsChannelErr);
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize({INT32_MAX, INT32_MAX}, 0xFFFFFFFF, 1, 3, &a, &b), ippStsSizeTooBigErr);
+  EXPECT_EQ(ippiFilterGaussianGetBufferSize({30000000, 30}, 25, 13, 1, &a, &b), ippStsSizeTooBigErr);
+
+  alignas(64) unsigned char memory[512];
+  const auto init = [&memory](int height, unsigned k, unsigned border, int type, int channels, float sigma) {
+    return ippiFilterGaussianInit({4, height}, k, border, type, channels, memory, memory + 256, sigma);
+  };
+  EXPECT_EQ(ippiFilterGaussianInit({0, 0}, 2, 2, 9, 2, memory, nullptr, 0.0F), ippStsNullPtrErr);
+  EXPECT_EQ(init(0, 2, 2, 9, 2, 0.0F), ippStsSizeErr);
+  EXPECT_EQ(init(4, 2, 2, 9, 2, 0.0F), ippStsBadArgErr);
+  EXPECT_EQ(init(4, 3, 2, 9, 2, 0.0F), ippStsDataTypeErr);
+  EXPECT_EQ(init(4, 3, 2, 13, 2, 0.0F), ippStsChannelErr);
+  EXPECT_EQ(init(4, 3, 2, 13, 1, -1.0F), ippStsBadArgErr);
+  EXPECT_EQ(init(4, 3, 2, 13, 1, 1.0F), ippStsBorderErr);
+
+  const SpecAndBuffer made = makeBorderSpec(4, 4, 3, 1, Family<Sample>::type, 1.0F);
+  Plane<Sample> image(4, 4, 1, 1);
+  const auto run = [&](int step, int height, const unsigned char* spec) {
+    return Family<Sample>::filter(image.first(), step, image.first(), image.step(), {4, height}, 0, spec,
+                                  made.buffer.get());
+  };
+  const int rowBytes = 4 * static_cast<int>(sizeof(Sample));
+  EXPECT_EQ(run(0, 0, nullptr), ippStsNullPtrErr);
+  EXPECT_EQ(run(rowBytes - 1, 0, made.spec.get()), ippStsStepErr);
+  EXPECT_EQ(run(rowBytes + 1, 0, made.spec.get()), ippStsSizeErr);
+  EXPECT_EQ(run(rowBytes + 1, 1, made.spec.get()), sizeof(Sample) == 4 ? ippStsNotEvenStepErr : ippStsNoErr);
+  made.spec.get()[12] = 2;
+  EXPECT_EQ(run(rowBytes, 1, made.spec.get()), ippStsBorderErr);
+}
+
+TEST(GaussianBorder8u, ConstantShiftsOnlyByTheSumOfTheTaps) {
+  for (const unsigned border : {1U, 3U}) {
+    const SpecAndBuffer made = makeBorderSpec(20, 5, 25, border, ipp8u, 3.0F);
+    Plane<unsigned char> image(20, 5, 0, 1);
+    for (int y = 0; y < 5; ++y) std::fill_n(&image.at(0, y), 20, static_cast<unsigned char>(200));
+    ASSERT_EQ(ippiFilterGaussianBorder_8u_C1R(image.first(), image.step(), image.first(), image.step(), image.size(), 0,
+                                              made.spec.get(), made.buffer.get()),
+              ippStsNoErr);
+    for (int x = 0; x < 20; ++x) {
+      EXPECT_NEAR(image.at(x, 2), 200, 1);
+      EXPECT_EQ(image.at(x, 2), image.at(0, 0));
     }
   }
 }

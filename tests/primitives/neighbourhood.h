@@ -51,9 +51,9 @@ class Plane {
         const Sample vb = b.at(x, y);
         if (va != va && vb != vb) continue;  // NaN: payloads may differ
         if (std::memcmp(&va, &vb, sizeof va) == 0) continue;
-        return testing::AssertionFailure() << a.width_ << " x " << a.height_ << ", row of bodies "
-                                           << ippJumpIndexForMergedLibs << ": (" << x << ", " << y << ") is " << +va
-                                           << ", expected " << +vb;
+        return testing::AssertionFailure()
+               << a.width_ << " x " << a.height_ << ", row of bodies " << ippJumpIndexForMergedLibs << ": (" << x
+               << ", " << y << ") is " << +va << ", expected " << +vb;
       }
     }
     return testing::AssertionSuccess();
@@ -83,9 +83,9 @@ class FencedMemory {
     std::memset(start_ - fence, canary, fence);
     std::memset(start_ + size_, canary, fence);
   }
-  FencedMemory(const FencedMemory&) = delete;
-  FencedMemory& operator=(const FencedMemory&) = delete;
+  FencedMemory(FencedMemory&&) = default;
   ~FencedMemory() {
+    if (block_ == nullptr) return;  // moved from
     for (std::size_t i = 0; i < fence; ++i) {
       EXPECT_EQ(*(start_ - 1 - i), canary) << "written before the buffer";
       EXPECT_EQ(start_[size_ + i], canary) << "written behind the buffer";

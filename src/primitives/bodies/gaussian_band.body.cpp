@@ -108,7 +108,7 @@ IppStatus ippiFilterGaussian_32f_C1R_L(const float* src, std::int64_t srcStep, f
   if (!isKernel(k)) return ippStsBadArgErr;
 
   const Band<float> band{src, srcStep, dst, dstStep, width, height, borderType, isConstant ? *borderValue : 0.0F};
-  filterColumns<PartnersFirst, PartnersFirst>(band, 0, width, tapsOf(spec), k, divide(buffer, width, k));
+  filterBand<PartnersFirst, PartnersFirst>(band, tapsOf(spec), k, divide(buffer, width, k));
   return ippStsNoErr;
 }
 

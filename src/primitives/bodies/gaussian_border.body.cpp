@@ -65,9 +65,9 @@ IppStatus filter(const Sample* src, int srcStep, Sample* dst, int dstStep, IppiS
 
   const Band<Sample> band{src, srcStep, dst, dstStep, size.width, size.height, border, borderValue};
   if (sizeof(Sample) == 4 && isSymmetricSeven(kernel, head.kernelSize)) {
-    filterColumns<PartnersFirst, Ascending>(band, 0, size.width, kernel, k, parts);
+    filterBand<PartnersFirst, Ascending>(band, kernel, k, parts);
   } else {
-    filterColumns<Ascending, Ascending>(band, 0, size.width, kernel, k, parts);
+    filterBand<Ascending, Ascending>(band, kernel, k, parts);
   }
   return ippStsNoErr;
 }
