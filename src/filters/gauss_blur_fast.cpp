@@ -51,6 +51,8 @@ void KivImage::GaussBlurFast(const KivImage& src, float sigma, int factor) {
                                         &bufferSize) != ippStsNoErr) {
     return;
   }
+  // Before the taps are worked out: of a kernel that no thread can have the rows for there may be a billion.
+  if (bufferSize > INT32_MAX) throw NO_MEMORY_ERROR();
   const Scratch spec = makeScratch(specSize);
   const Scratch initBuffer = makeScratch(initBufferSize);
   if (ippiFilterGaussianInit_L(width, cut.imageHeight, kernelSize, ippBorderRepl, ipp32f, oneChannel, spec.get(),
