@@ -1,0 +1,100 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+#include "primitives/primitives.h"
+#include "support/forced_row.h"
+
+namespace {
+
+class Memory : public EachRow {};
+
+bool isAligned(const void* block) { return reinterpret_cast<std::uintptr_t>(block) % 64 == 0; }
+
+TEST_P(Memory, BlocksAreAlignedAndWhole) {
+  const ForcedRow forced(GetParam());
+  std::vector<unsigned char*> blocks;
+  for (int length = 1; length < 300; length += 7) {
+    auto* block = static_cast<unsigned char*>(ippMalloc(length));
+    ASSERT_NE(block, nullptr);
+    EXPECT_TRUE(isAligned(block));
+    std::memset(block, length & 0xFF, static_cast<std::size_t>(length));
+    blocks.push_back(block);
+  }
+  int length = 1;
+  for (unsigned char* block : blocks) {  // no block reaches into another one
+    EXPECT_EQ(block[0], length & 0xFF);
+    EXPECT_EQ(block[length - 1], length & 0xFF);
+    ippFree(block);
+    length += 7;
+  }
+  unsigned char* block = ippsMalloc_8u(100);
+  EXPECT_TRUE(isAligned(block));
+  ippsFree(block);
+}
+
+TEST_P(Memory, LengthsBeyondTheLimitsGiveNull) {
+  const ForcedRow forced(GetParam());
+  for (const std::int32_t length : {0, -1, INT32_MIN, INT32_MAX, INT32_MAX - 71}) {
+    EXPECT_EQ(ippMalloc(length), nullptr) << length;
+    EXPECT_EQ(ippsMalloc_8u(length), nullptr) << length;
+  }
+  void* largest = ippMalloc(INT32_MAX - 72);
+  EXPECT_NE(largest, nullptr) << "untouched pages cost nothing";
+  ippFree(largest);
+  ippFree(nullptr);
+  ippsFree(nullptr);
+  ippiFree(nullptr);
+}
+
+template <typename Sample>
+void expectStep(Sample* (*allocate)(std::int32_t, std::int32_t, std::int32_t*), int width, int expected) {
+  std::int32_t step = -1;
+  Sample* image = allocate(width, 3, &step);
+  ASSERT_NE(image, nullptr);
+  EXPECT_TRUE(isAligned(image));
+  EXPECT_EQ(step, expected) << width;
+  std::memset(image, 1, static_cast<std::size_t>(step) * 3);
+  ippiFree(image);
+}
+
+TEST_P(Memory, StepsAreMultiplesOf64) {
+  const ForcedRow forced(GetParam());
+  expectStep(ippiMalloc_32f_C1, 1, 64);
+  expectStep(ippiMalloc_32f_C1, 16, 64);
+  expectStep(ippiMalloc_32f_C1, 17, 128);
+  expectStep(ippiMalloc_32f_C3, 6, 128);
+  expectStep(ippiMalloc_32f_C3, 16, 192);
+  expectStep(ippiMalloc_8u_C1, 64, 64);
+  expectStep(ippiMalloc_8u_C1, 65, 128);
+  expectStep(ippiMalloc_16u_C1, 32, 64);
+  expectStep(ippiMalloc_16u_C1, 33, 128);
+}
+
+TEST_P(Memory, ImagesThatCannotBe) {
+  const ForcedRow forced(GetParam());
+  struct Impossible {
+    int width, height, step;
+  };
+  const Impossible images[] = {{0, 5, 0},
+                               {5, 0, 0},
+                               {-1, 5, 0},
+                               {INT32_MAX / 4 + 1, 1, 0},  // a row of 2^31 bytes
+                               {INT32_MAX, INT32_MAX, 0},
+                               {16, INT32_MAX / 64 + 1, 64},  // the row is possible, the image isn't
+                               {16, INT32_MAX / 64, 64}};     // nor beside the allocator's own bytes
+  for (const Impossible& image : images) {
+    std::int32_t step = -1;
+    EXPECT_EQ(ippiMalloc_32f_C1(image.width, image.height, &step), nullptr);
+    EXPECT_EQ(step, image.step) << image.width << " x " << image.height;
+  }
+  EXPECT_EQ(ippiMalloc_8u_C1(1, 1, nullptr), nullptr);
+  EXPECT_EQ(ippiMalloc_16u_C1(1, 1, nullptr), nullptr);
+  EXPECT_EQ(ippiMalloc_32f_C1(1, 1, nullptr), nullptr);
+  EXPECT_EQ(ippiMalloc_32f_C3(1, 1, nullptr), nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(, Memory, allRows(), rowName);
+
+}  // namespace
