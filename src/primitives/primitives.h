@@ -307,8 +307,8 @@ IppStatus ippiAlphaCompC_32f_C1R(const float* src1, int src1Step, const float* s
 // ---- Gaussian filter, border in the specification
 // --------------------------------------------------------------------- kernelSize k is odd and at least 3, r = k / 2.
 // Tap i is exp(-(i - r)^2 / (2 sigma^2)) over the sum of all, normalised by one division each. Rows first, then
-// columns, taps in ascending order; for k = 7 rows add symmetric samples first. Integer samples round after each pass,
-// to nearest, ties to even; an 8u row holds whole levels between the passes.
+// columns, taps in ascending order; for k = 7 rows of floats add symmetric samples first. Integer samples round after
+// each pass, to nearest, ties to even; an 8u row holds whole levels between the passes.
 
 // Sizes in bytes of specification and scratch buffer. Checks: null -8, size -6, kernel -5, data type -59, channels -47;
 // a buffer beyond 32 bits -232.
@@ -318,7 +318,8 @@ IppStatus ippiFilterGaussianGetBufferSize(IppiSize roiSize, std::uint32_t kernel
 IppStatus ippiFilterGaussianInit(IppiSize roiSize, std::uint32_t kernelSize, std::uint32_t borderType, int dataType,
                                  int numChannels, void* spec, void* buffer, float sigma);
 // src and dst may be the same image. Checks: null -8, a step shorter than the row -16, size -6, a 32f step that isn't a
-// multiple of 4 -108, a border code in spec that is invalid -225.
+// multiple of 4 -108, a border code in spec that is invalid -225; last, a kernel in spec that is invalid -5, a
+// specification for another sample type -13.
 IppStatus ippiFilterGaussianBorder_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, IppiSize roiSize,
                                            float borderValue, const void* spec, void* buffer);
 IppStatus ippiFilterGaussianBorder_16u_C1R(const unsigned short* src, int srcStep, unsigned short* dst, int dstStep,
