@@ -65,8 +65,8 @@ Ptr lockHandle(Handle handle, Boolean) { return find(handle) == nullptr ? nullpt
 void unlockHandle(Handle) {}
 void recoverSpace(std::int32_t) {}
 
-HandleProcs table = {1,          8,            newHandle,    disposeHandle, handleSize, setHandleSize,
-                     lockHandle, unlockHandle, recoverSpace, disposeHandle};
+HandleProcs table = {
+    1, 8, newHandle, disposeHandle, handleSize, setHandleSize, lockHandle, unlockHandle, recoverSpace, disposeHandle};
 
 }  // namespace
 

@@ -84,14 +84,30 @@ OSErr refuse(Arguments...) {
   return paramErr;
 }
 
-ReadDescriptorProcs readTable = {
-    0,      18,     openRead, closeRead, getKey, get<std::int32_t, typeInteger>, get<double, typeFloat>,
-    refuse, get<Boolean, typeBoolean>,   refuse, refuse,                         refuse,
-    refuse, refuse, refuse,   refuse,    refuse, refuse,                         refuse,
-    refuse};
+ReadDescriptorProcs readTable = {0,
+                                 18,
+                                 openRead,
+                                 closeRead,
+                                 getKey,
+                                 get<std::int32_t, typeInteger>,
+                                 get<double, typeFloat>,
+                                 refuse,
+                                 get<Boolean, typeBoolean>,
+                                 refuse,
+                                 refuse,
+                                 refuse,
+                                 refuse,
+                                 refuse,
+                                 refuse,
+                                 refuse,
+                                 refuse,
+                                 refuse,
+                                 refuse,
+                                 refuse};
 
-WriteDescriptorProcs writeTable = {0,      16,     openWrite, closeWrite, putInteger, putFloat, refuse, putBoolean, refuse,
-                                   refuse, refuse, refuse,    refuse,     refuse,     refuse,   refuse, refuse,     refuse};
+WriteDescriptorProcs writeTable = {0,      16,         openWrite, closeWrite, putInteger, putFloat,
+                                   refuse, putBoolean, refuse,    refuse,     refuse,     refuse,
+                                   refuse, refuse,     refuse,    refuse,     refuse,     refuse};
 
 }  // namespace
 

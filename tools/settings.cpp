@@ -1,27 +1,30 @@
 #include "settings.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <limits>
+#include <iterator>
+
+#include "host/script_keys.h"
 
 namespace {
 
-struct Key {
-  const char* name;
-  DescriptorTypeID type;
-};
-constexpr std::array<Key, 24> keys = {
-    {{"CON1", typeFloat},   {"CON2", typeFloat},   {"CON3", typeFloat},   {"CON4", typeFloat},   {"CON5", typeFloat},
-     {"RAD1", typeFloat},   {"RAD2", typeFloat},   {"RAD3", typeFloat},   {"RAD4", typeFloat},   {"RAD5", typeFloat},
-     {"THR1", typeFloat},   {"THR2", typeFloat},   {"THR3", typeFloat},   {"THR4", typeFloat},   {"THR5", typeFloat},
-     {"EDG1", typeBoolean}, {"EDG2", typeBoolean}, {"EDG3", typeBoolean}, {"EDG4", typeBoolean}, {"EDG5", typeBoolean},
-     {"FCTR", typeFloat},   {"HALF", typeBoolean}, {"LUMI", typeBoolean}, {"WDTH", typeInteger}}};
+DescriptorTypeID typeOf(ScriptKind kind) {
+  switch (kind) {
+    case ScriptKind::Float:
+      return typeFloat;
+    case ScriptKind::Flag:
+      return typeBoolean;
+    default:
+      return typeInteger;
+  }
+}
 
-DescriptorKeyID codeOf(const char* name) {
-  return fourCharacters({name[0], name[1], name[2], name[3], '\0'});
+std::string nameOf(DescriptorKeyID code) {
+  std::string name;
+  for (int shift = 24; shift >= 0; shift -= 8) name += static_cast<char>(code >> shift & 0xFF);
+  return name;
 }
 
 std::string quoted(const std::string& text) { return "'" + text + "'"; }
@@ -73,14 +76,24 @@ std::vector<std::string> split(const std::string& list) {
 
 }  // namespace
 
-Settings::Settings() : values_(keys.size()) { values_.back() = 0.0; }
+Settings::Settings() : values_(std::size(scriptKeys)) { set("", "WDTH", "0"); }
 
 void Settings::set(const std::string& option, const std::string& key, const std::string& value) {
-  const auto* const found = std::find_if(keys.begin(), keys.end(), [&](const Key& k) { return key == k.name; });
-  if (found == keys.end()) throw SettingsError(option + ": there is no key " + quoted(key));
-  values_[static_cast<std::size_t>(found - keys.begin())] = found->type == typeFloat     ? number(option, value)
-                                                            : found->type == typeBoolean ? truth(option, value)
-                                                                                         : integer(option, value);
+  const ScriptKey* const found = std::find_if(std::begin(scriptKeys), std::end(scriptKeys),
+                                              [&](const ScriptKey& k) { return key == nameOf(k.code); });
+  if (found == std::end(scriptKeys)) throw SettingsError(option + ": there is no key " + quoted(key));
+  std::optional<double>& target = values_[static_cast<std::size_t>(found - std::begin(scriptKeys))];
+  switch (found->kind) {
+    case ScriptKind::Float:
+      target = number(option, value);
+      break;
+    case ScriptKind::Flag:
+      target = truth(option, value);
+      break;
+    case ScriptKind::Integer:
+      target = integer(option, value);
+      break;
+  }
 }
 
 void Settings::setPair(const std::string& option, const std::string& pair) {
@@ -98,8 +111,8 @@ void Settings::setBands(const std::string& option, const std::string& family, co
 
 std::vector<ScriptValue> Settings::script() const {
   std::vector<ScriptValue> script;
-  for (std::size_t i = 0; i < keys.size(); ++i) {
-    if (values_[i]) script.push_back({codeOf(keys[i].name), keys[i].type, *values_[i]});
+  for (std::size_t i = 0; i < values_.size(); ++i) {
+    if (values_[i]) script.push_back({scriptKeys[i].code, typeOf(scriptKeys[i].kind), *values_[i]});
   }
   return script;
 }
