@@ -4,6 +4,7 @@
 #include <csignal>
 #include <iostream>
 #include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,12 +23,12 @@ enum ExitCode { exitGood = 0, exitFileFailed = 1, exitUsage = 2 };
 struct Arguments {
   std::string input;
   std::string output;
-  std::string contrast;
-  std::string radius;
-  std::string threshold;
-  std::string edge;
-  std::string factor;
-  std::string cross;
+  std::optional<std::string> contrast;
+  std::optional<std::string> radius;
+  std::optional<std::string> threshold;
+  std::optional<std::string> edge;
+  std::optional<std::string> factor;
+  std::optional<std::string> cross;
   std::vector<std::string> pairs;
   bool half = false;
   bool luminance = false;
@@ -57,7 +58,7 @@ void describeOptions(CLI::App& app, Arguments& a) {
   app.add_option("IN", a.input, "Picture to read")->required();
   app.add_option("OUT", a.output, "Picture to write; may be IN itself")->required();
   const char* bands = "Bands";
-  const auto list = [&](const char* name, std::string& target, const char* text) {
+  const auto list = [&](const char* name, std::optional<std::string>& target, const char* text) {
     app.add_option(name, target, text)->group(bands)->type_name("LIST");
   };
   list("--contrast", a.contrast, "Gain of each band in percent; 100 leaves a band as it is (default 100)");
@@ -87,12 +88,12 @@ void describeOptions(CLI::App& app, Arguments& a) {
 
 Settings settingsOf(const Arguments& a) {
   Settings settings;
-  if (!a.contrast.empty()) settings.setBands("--contrast", "CON", a.contrast);
-  if (!a.radius.empty()) settings.setBands("--radius", "RAD", a.radius);
-  if (!a.threshold.empty()) settings.setBands("--threshold", "THR", a.threshold);
-  if (!a.edge.empty()) settings.setBands("--edge", "EDG", a.edge);
-  if (!a.factor.empty()) settings.set("--factor", "FCTR", a.factor);
-  if (!a.cross.empty()) settings.set("--cross", "WDTH", a.cross);
+  if (a.contrast) settings.setBands("--contrast", "CON", *a.contrast);
+  if (a.radius) settings.setBands("--radius", "RAD", *a.radius);
+  if (a.threshold) settings.setBands("--threshold", "THR", *a.threshold);
+  if (a.edge) settings.setBands("--edge", "EDG", *a.edge);
+  if (a.factor) settings.set("--factor", "FCTR", *a.factor);
+  if (a.cross) settings.set("--cross", "WDTH", *a.cross);
   if (a.half) settings.set("--half", "HALF", "on");
   if (a.luminance) settings.set("--luminance", "LUMI", "on");
   if (a.planes) settings.set("--planes", "LUMI", "off");

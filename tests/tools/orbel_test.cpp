@@ -1,0 +1,337 @@
+// Runs the built program on files, as people do, and looks at what it leaves behind.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+#include <vips/vips8>
+
+extern char** environ;
+
+namespace {
+
+namespace fs = std::filesystem;
+using vips::VImage;
+
+struct Outcome {
+  int status = 0;  // as of waitpid
+  std::string errors;
+  int code() const { return WIFEXITED(status) ? WEXITSTATUS(status) : -1; }
+};
+
+std::string contentOf(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+class Orbel : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    VIPS_INIT("orbel_test");
+    vips_cache_set_max(0);
+  }
+  void SetUp() override {
+    std::string pattern = (fs::temp_directory_path() / "orbel-test-XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+  }
+  void TearDown() override { fs::remove_all(folder_); }
+
+  std::string path(const std::string& name) const { return (folder_ / name).string(); }
+
+  pid_t start(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), ORBEL_PROGRAM);
+    std::vector<char*> raw;
+    for (std::string& argument : arguments) raw.push_back(argument.data());
+    raw.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 2, path("errors").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    pid_t process = -1;
+    EXPECT_EQ(posix_spawn(&process, ORBEL_PROGRAM, &actions, nullptr, raw.data(), environ), 0);
+    posix_spawn_file_actions_destroy(&actions);
+    return process;
+  }
+  Outcome finish(pid_t process) const {
+    Outcome outcome;
+    waitpid(process, &outcome.status, 0);
+    outcome.errors = contentOf(path("errors"));
+    return outcome;
+  }
+  Outcome run(const std::vector<std::string>& arguments) const { return finish(start(arguments)); }
+
+  bool temporaryIsThere() const {
+    return std::any_of(fs::directory_iterator(folder_), {}, [](const fs::directory_entry& entry) {
+      return entry.path().filename().string().rfind(".orbel-", 0) == 0;
+    });
+  }
+
+  fs::path folder_;
+};
+
+// 256 x 256 samples that take every value of 16 bits, each band in another order; the same scaled for other formats.
+VImage testPicture(int bands, VipsBandFormat format) {
+  std::vector<VImage> planes;
+  const VImage xy = VImage::xyz(256, 256);
+  for (int band = 0; band < bands; ++band) {
+    const VImage value = band % 2 == 0 ? xy[0] * 256 + xy[1] : (65535 - xy[0] * 256) - xy[1];
+    planes.push_back(format == VIPS_FORMAT_USHORT  ? value
+                     : format == VIPS_FORMAT_UCHAR ? (value / 256).floor()
+                                                   : value / 65535 * 1.25 - 0.125);
+  }
+  const bool grey = bands < 3;
+  const VipsInterpretation model =
+      format == VIPS_FORMAT_UCHAR    ? (grey ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB)
+      : format == VIPS_FORMAT_USHORT ? (grey ? VIPS_INTERPRETATION_GREY16 : VIPS_INTERPRETATION_RGB16)
+                                     : (grey ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_scRGB);
+  return VImage::bandjoin(planes).cast(format).copy(VImage::option()->set("interpretation", model));
+}
+
+VImage load(const std::string& name) { return VImage::new_from_file(name.c_str()); }
+
+double difference(const VImage& a, const VImage& b) { return (a - b).abs().max(); }
+
+struct Kind {
+  const char* extension;
+  int bands;
+  VipsBandFormat format;
+  double tolerance;  // 16-bit samples pass through half as many levels
+};
+std::ostream& operator<<(std::ostream& out, const Kind& kind) {
+  return out << kind.extension << ' ' << kind.bands << " bands, format " << kind.format;
+}
+class Kinds : public Orbel, public testing::WithParamInterface<Kind> {};
+
+TEST_P(Kinds, ComeBackAsTheyWereAtUnitGains) {
+  const auto [extension, bands, format, tolerance] = GetParam();
+  const std::string in = path(std::string("in.") + extension);
+  const std::string out = path(std::string("out.") + extension);
+  testPicture(bands, format).write_to_file(in.c_str());
+  const Outcome outcome = run({in, out});
+  ASSERT_EQ(outcome.code(), 0) << outcome.errors;
+  const VImage before = load(in);
+  const VImage after = load(out);
+  EXPECT_EQ(after.bands(), before.bands());
+  EXPECT_EQ(after.format(), before.format());
+  EXPECT_EQ(after.interpretation(), before.interpretation());
+  EXPECT_LE(difference(before, after), tolerance);
+}
+
+// Gains of 0, no residual, and a half on top leave one flat value: white / 2 on the scale of each format.
+TEST_P(Kinds, ShowTheirWhiteAndKeepTheirAlpha) {
+  const auto [extension, bands, format, tolerance] = GetParam();
+  const std::string file = path(std::string("a file [x=1] ü.") + extension);
+  testPicture(bands, format).write_to_file(path(std::string("plain.") + extension).c_str());
+  fs::rename(path(std::string("plain.") + extension), file);
+  const VImage before = vips::VImage::new_from_source(vips::VSource::new_from_file(file.c_str()), "").copy_memory();
+  const Outcome outcome =
+      run({file, file, "--set", "CON1=0", "--contrast", "1,0,0,0,0", "--factor", "0", "--half", "--planes"});
+  ASSERT_EQ(outcome.code(), 0) << outcome.errors;
+  const VImage after = vips::VImage::new_from_source(vips::VSource::new_from_file(file.c_str()), "").copy_memory();
+  const double middle = format == VIPS_FORMAT_UCHAR ? 128 : format == VIPS_FORMAT_USHORT ? 32768 : 0.5;
+  const int colours = bands < 3 ? 1 : 3;
+  for (int band = 0; band < colours; ++band) {
+    EXPECT_EQ(after[band].min(), middle);
+    EXPECT_EQ(after[band].max(), middle);
+  }
+  if (bands != colours) {
+    EXPECT_EQ(difference(before[bands - 1], after[bands - 1]), 0);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, Kinds,
+                         testing::Values(Kind{"png", 3, VIPS_FORMAT_UCHAR, 0}, Kind{"png", 1, VIPS_FORMAT_UCHAR, 0},
+                                         Kind{"png", 4, VIPS_FORMAT_UCHAR, 0}, Kind{"tif", 2, VIPS_FORMAT_UCHAR, 0},
+                                         Kind{"ppm", 3, VIPS_FORMAT_UCHAR, 0}, Kind{"pgm", 1, VIPS_FORMAT_USHORT, 1},
+                                         Kind{"png", 4, VIPS_FORMAT_USHORT, 1}, Kind{"png", 1, VIPS_FORMAT_USHORT, 1},
+                                         Kind{"tif", 3, VIPS_FORMAT_USHORT, 1}, Kind{"tif", 3, VIPS_FORMAT_FLOAT, 1e-6},
+                                         Kind{"tif", 4, VIPS_FORMAT_FLOAT, 1e-6},
+                                         Kind{"pfm", 1, VIPS_FORMAT_FLOAT, 1e-6}));
+
+class Metadata : public Orbel, public testing::WithParamInterface<const char*> {};
+
+TEST_P(Metadata, GoesThroughUntouched) {
+  const std::string in = path(std::string("in.") + GetParam());
+  const std::string out = path(std::string("out.") + GetParam());
+  VImage picture = testPicture(3, VIPS_FORMAT_UCHAR);
+  VipsBlob* profile = nullptr;
+  ASSERT_EQ(vips_profile_load("p3", &profile, nullptr), 0);
+  std::size_t size = 0;
+  const void* bytes = vips_blob_get(profile, &size);
+  vips_image_set_blob_copy(picture.get_image(), VIPS_META_ICC_NAME, bytes, size);
+  vips_area_unref(VIPS_AREA(profile));
+  const std::string xmp = "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rating>5</rating></x:xmpmeta>";
+  vips_image_set_blob_copy(picture.get_image(), VIPS_META_XMP_NAME, xmp.data(), xmp.size());
+  picture.set("exif-ifd0-Artist", "Ada (Ada, ASCII, 4 components, 4 bytes)");
+  picture.set(VIPS_META_ORIENTATION, 6);
+  picture.copy(VImage::option()->set("xres", 11.811)->set("yres", 11.811)).write_to_file(in.c_str());
+
+  const Outcome outcome = run({in, out, "--contrast", "150"});
+  ASSERT_EQ(outcome.code(), 0) << outcome.errors;
+  const VImage before = load(in);
+  const VImage after = load(out);
+  ASSERT_NE(before.get_typeof(VIPS_META_ICC_NAME), 0UL);
+  ASSERT_NE(before.get_typeof(VIPS_META_XMP_NAME), 0UL);
+  int compared = 0;
+  for (const char* name : {VIPS_META_ICC_NAME, VIPS_META_XMP_NAME, VIPS_META_EXIF_NAME}) {
+    if (before.get_typeof(name) == 0) continue;
+    ASSERT_NE(after.get_typeof(name), 0UL) << name;
+    std::size_t sizes[2] = {};
+    const void* blobs[2] = {before.get_blob(name, &sizes[0]), after.get_blob(name, &sizes[1])};
+    EXPECT_EQ(std::string(static_cast<const char*>(blobs[0]), sizes[0]),
+              std::string(static_cast<const char*>(blobs[1]), sizes[1]))
+        << name;
+    ++compared;
+  }
+  EXPECT_GE(compared, 2);
+  EXPECT_EQ(before.get_int(VIPS_META_ORIENTATION), 6);
+  EXPECT_EQ(after.get_int(VIPS_META_ORIENTATION), 6);
+  EXPECT_EQ(after.xres(), before.xres());
+  EXPECT_GT(difference(before, after), 0);
+}
+INSTANTIATE_TEST_SUITE_P(Files, Metadata, testing::Values("jpg", "png", "tif", "webp"));
+
+// What can't be done ends with one line about the right file, and leaves the target and its folder as they were.
+struct Trouble {
+  const char* name;
+  void (*prepare)(const std::string& in);
+  const char* target;
+  const char* says;
+  rlim_t fileLimit = RLIM_INFINITY;
+};
+void good(const std::string& in) { testPicture(3, VIPS_FORMAT_UCHAR).write_to_file(in.c_str(), VImage::option()); }
+void absent(const std::string&) {}
+void folder(const std::string& in) { fs::create_directory(in); }
+void empty(const std::string& in) { std::ofstream stream(in); }
+void text(const std::string& in) { std::ofstream(in) << "no picture at all\n"; }
+void shortened(const std::string& in) {
+  good(in);
+  fs::resize_file(in, fs::file_size(in) * 2 / 3);
+}
+void shortenedJpeg(const std::string& in) {
+  const std::string jpeg = in + ".jpg";
+  shortened(jpeg);
+  fs::rename(jpeg, in);
+}
+void inked(const std::string& in) {
+  testPicture(4, VIPS_FORMAT_UCHAR)
+      .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_CMYK))
+      .tiffsave((in).c_str());
+}
+void manyChannels(const std::string& in) { testPicture(6, VIPS_FORMAT_UCHAR).tiffsave(in.c_str()); }
+void paged(const std::string& in) {
+  const VImage picture = testPicture(3, VIPS_FORMAT_UCHAR).copy();
+  vips_image_set_int(picture.get_image(), VIPS_META_PAGE_HEIGHT, 128);
+  picture.tiffsave(in.c_str());
+}
+void doubles(const std::string& in) { testPicture(3, VIPS_FORMAT_DOUBLE).tiffsave(in.c_str()); }
+void withAlpha(const std::string& in) { testPicture(4, VIPS_FORMAT_UCHAR).write_to_file(in.c_str()); }
+void deep(const std::string& in) { testPicture(3, VIPS_FORMAT_USHORT).write_to_file(in.c_str()); }
+void real(const std::string& in) { testPicture(3, VIPS_FORMAT_FLOAT).tiffsave(in.c_str()); }
+
+class Troubles : public Orbel, public testing::WithParamInterface<Trouble> {};
+
+TEST_P(Troubles, LeaveTheTargetAsItWas) {
+  const Trouble& trouble = GetParam();
+  const std::string in = path("in.png");
+  const std::string out = path(trouble.target);
+  trouble.prepare(in);
+  std::ofstream(out) << "precious";
+  rlimit old{};
+  getrlimit(RLIMIT_FSIZE, &old);
+  const rlimit limit{std::min(trouble.fileLimit, old.rlim_max), old.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &limit);
+  const pid_t process = start({in, out});
+  setrlimit(RLIMIT_FSIZE, &old);
+  const Outcome outcome = finish(process);
+  EXPECT_EQ(outcome.code(), 1);
+  EXPECT_EQ(outcome.errors.rfind("orbel: " + folder_.string(), 0), 0U) << outcome.errors;
+  EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1) << outcome.errors;
+  EXPECT_NE(outcome.errors.find(trouble.says), std::string::npos) << outcome.errors;
+  EXPECT_EQ(contentOf(out), "precious");
+  EXPECT_FALSE(temporaryIsThere());
+}
+INSTANTIATE_TEST_SUITE_P(Files, Troubles,
+                         testing::Values(Trouble{"Missing", absent, "out.png", "in.png: No such file"},
+                                         Trouble{"Folder", folder, "out.png", "in.png: Is a directory"},
+                                         Trouble{"Empty", empty, "out.png", "in.png: the file is empty"},
+                                         Trouble{"Text", text, "out.png", "in.png: "},
+                                         Trouble{"Cut", shortened, "out.png", "in.png: "},
+                                         Trouble{"CutJpeg", shortenedJpeg, "out.png", "in.png: "},
+                                         Trouble{"Inked", inked, "out.tif", "colour model (cmyk)"},
+                                         Trouble{"Channels", manyChannels, "out.tif", "6 channels"},
+                                         Trouble{"Paged", paged, "out.tif", "several pages"},
+                                         Trouble{"Doubles", doubles, "out.tif", "sample type (double)"},
+                                         Trouble{"Extension", good, "out.xyz", "out.xyz: 'xyz' doesn't tell"},
+                                         Trouble{"AlphaToJpeg", withAlpha, "out.jpg", "JPEG files hold no alpha"},
+                                         Trouble{"DeepToJpeg", deep, "out.jpg", "JPEG files hold no 16-bit"},
+                                         Trouble{"FloatToPng", real, "out.png", "PNG files hold no float"},
+                                         Trouble{"FullPng", good, "out.png", "out.png: ", 1000},
+                                         Trouble{"FullTiff", good, "out.tif", "out.tif: ", 1000},
+                                         Trouble{"FullJpeg", good, "out.jpg", "out.jpg: ", 1000}),
+                         [](const auto& trouble) { return std::string(trouble.param.name); });
+
+TEST_F(Orbel, NamesTheTargetThatCannotBeWritten) {
+  good(path("in.png"));
+  fs::create_directory(path("folder.png"));
+  for (const char* target : {"folder.png", "nowhere/out.png"}) {
+    const Outcome outcome = run({path("in.png"), path(target)});
+    EXPECT_EQ(outcome.code(), 1);
+    EXPECT_EQ(outcome.errors.rfind("orbel: " + path(target) + ": ", 0), 0U) << outcome.errors;
+  }
+  EXPECT_FALSE(temporaryIsThere());
+}
+
+TEST_F(Orbel, KeepsPermissionsAndFollowsLinks) {
+  good(path("real.png"));
+  fs::create_symlink("real.png", path("link.png"));
+  chmod(path("real.png").c_str(), 0604);
+  const std::string before = contentOf(path("real.png"));
+  const Outcome outcome = run({path("link.png"), path("link.png"), "--contrast", "300"});
+  ASSERT_EQ(outcome.code(), 0) << outcome.errors;
+  EXPECT_TRUE(fs::is_symlink(path("link.png")));
+  EXPECT_NE(contentOf(path("real.png")), before);
+  struct stat file {};
+  ASSERT_EQ(stat(path("real.png").c_str(), &file), 0);
+  EXPECT_EQ(file.st_mode & 07777, 0604U);
+}
+
+TEST_F(Orbel, LeavesNothingBehindWhenItIsStopped) {
+  testPicture(3, VIPS_FORMAT_UCHAR).replicate(16, 8).write_to_file(path("in.png").c_str());
+  const pid_t process = start({path("in.png"), path("out.png")});
+  for (int i = 0; i < 6000 && !temporaryIsThere(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  ASSERT_TRUE(temporaryIsThere());
+  kill(process, SIGTERM);
+  const Outcome outcome = finish(process);
+  EXPECT_TRUE(WIFSIGNALED(outcome.status) && WTERMSIG(outcome.status) == SIGTERM);
+  EXPECT_FALSE(temporaryIsThere());
+  EXPECT_FALSE(fs::exists(path("out.png")));
+}
+
+TEST_F(Orbel, NamesTheOptionAndTheValueThatItDoesNotUnderstand) {
+  const std::vector<std::vector<std::string>> wrong = {
+      {"--contrast", "1,2"}, {"--radius", "1,2,3,4,x"}, {"--threshold", ""}, {"--edge", "maybe"},
+      {"--factor", "inf"},   {"--cross", "1.5"},        {"--set", "CON6=1"}, {"--set", "CON1"},
+      {"--set", "HALF=2"},   {"--set", "WDTH=3e9"}};
+  for (const auto& option : wrong) {
+    const Outcome outcome = run({"in.png", "out.png", option[0], option[1]});
+    EXPECT_EQ(outcome.code(), 2) << option[0];
+    EXPECT_EQ(outcome.errors.rfind("orbel: " + option[0], 0), 0U) << outcome.errors;
+    EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1) << outcome.errors;
+  }
+}
+
+}  // namespace
