@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <system_error>
 
@@ -98,6 +99,20 @@ std::string objection(const VImage& picture) {
   return {};
 }
 
+// The library's WebP loader leaves the resolution in the EXIF block, and its saver writes the picture's own there.
+void takeResolutionFromExif(VImage& picture) {
+  const auto field = [&](const char* name) {
+    double number = 0;
+    double over = 1;
+    if (picture.get_typeof(name) != 0) std::sscanf(picture.get_string(name), "%lf/%lf", &number, &over);
+    return number / over;
+  };
+  const double millimetres = field("exif-ifd0-ResolutionUnit") == 3 ? 10 : 25.4;  // centimetres or inches
+  const double x = field("exif-ifd0-XResolution") / millimetres;
+  const double y = field("exif-ifd0-YResolution") / millimetres;
+  if (x > 0 && y > 0) picture = picture.copy(VImage::option()->set("xres", x)->set("yres", y));
+}
+
 // Between a 16-bit file's white of 65535 and the document's, rounding to nearest. 65535 is odd and the document's white
 // a power of two: no value lies half way, either way.
 std::uint16_t toDocument(std::uint16_t sample) {
@@ -156,10 +171,11 @@ VImage loadPicture(const std::string& name) {
   if (S_ISREG(file.st_mode) && file.st_size == 0) throw Failure(name, "the file is empty");
   try {
     // From a source, because a file name would be searched for options in square brackets.
-    const VImage opened = VImage::new_from_source(
+    VImage opened = VImage::new_from_source(
         vips::VSource::new_from_file(name.c_str()), "",
         VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_ERROR));
     if (const std::string reason = objection(opened); !reason.empty()) throw Failure(name, reason);
+    if (std::strncmp(opened.get_string(VIPS_META_LOADER), "webp", 4) == 0) takeResolutionFromExif(opened);
     VImage picture = VImage::new_memory();
     opened.write(picture);
     return picture;

@@ -197,8 +197,11 @@ TEST_P(Metadata, GoesThroughUntouched) {
     ++compared;
   }
   EXPECT_GE(compared, 2);
-  EXPECT_EQ(before.get_int(VIPS_META_ORIENTATION), 6);
-  EXPECT_EQ(after.get_int(VIPS_META_ORIENTATION), 6);
+  // The library's PNG files hold no orientation.
+  if (GetParam() != std::string("png")) {
+    EXPECT_EQ(before.get_int(VIPS_META_ORIENTATION), 6);
+    EXPECT_EQ(after.get_int(VIPS_META_ORIENTATION), 6);
+  }
   EXPECT_EQ(after.xres(), before.xres());
   EXPECT_GT(difference(before, after), 0);
 }
@@ -237,7 +240,7 @@ void paged(const std::string& in) {
   vips_image_set_int(picture.get_image(), VIPS_META_PAGE_HEIGHT, 128);
   picture.tiffsave(in.c_str());
 }
-void doubles(const std::string& in) { testPicture(3, VIPS_FORMAT_DOUBLE).tiffsave(in.c_str()); }
+void integers(const std::string& in) { testPicture(3, VIPS_FORMAT_INT).tiffsave(in.c_str()); }
 void withAlpha(const std::string& in) { testPicture(4, VIPS_FORMAT_UCHAR).write_to_file(in.c_str()); }
 void deep(const std::string& in) { testPicture(3, VIPS_FORMAT_USHORT).write_to_file(in.c_str()); }
 void real(const std::string& in) { testPicture(3, VIPS_FORMAT_FLOAT).tiffsave(in.c_str()); }
@@ -274,7 +277,7 @@ INSTANTIATE_TEST_SUITE_P(Files, Troubles,
                                          Trouble{"Inked", inked, "out.tif", "colour model (cmyk)"},
                                          Trouble{"Channels", manyChannels, "out.tif", "6 channels"},
                                          Trouble{"Paged", paged, "out.tif", "several pages"},
-                                         Trouble{"Doubles", doubles, "out.tif", "sample type (double)"},
+                                         Trouble{"Integers", integers, "out.tif", "sample type (int)"},
                                          Trouble{"Extension", good, "out.xyz", "out.xyz: 'xyz' doesn't tell"},
                                          Trouble{"AlphaToJpeg", withAlpha, "out.jpg", "JPEG files hold no alpha"},
                                          Trouble{"DeepToJpeg", deep, "out.jpg", "JPEG files hold no 16-bit"},

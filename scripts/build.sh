@@ -1,0 +1,58 @@
+# What ./equalize and ./check share: finding packages, configuring and building. To be sourced; sets `root`.
+set -eu
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+build_packages="g++ cmake ninja-build pkg-config libvips-dev libcli11-dev libgtest-dev libgmock-dev libbenchmark-dev"
+check_packages="clang clang-format clang-tidy"
+
+say() { printf '%s: %s\n' "$(basename "$0")" "$*" >&2; }
+
+# Installs those of the packages that are missing, or says how to.
+require_packages() {
+  local missing="" package
+  for package in "$@"; do
+    dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q '^install ok' || missing="$missing $package"
+  done
+  [ -n "$missing" ] || return 0
+
+  local as_root=""
+  if [ "$(id -u)" -ne 0 ]; then
+    as_root="sudo -n"
+    if ! sudo -n true 2>/dev/null; then
+      say "some packages are missing. Please run: sudo apt-get update && sudo apt-get install$missing"
+      exit 1
+    fi
+  fi
+  say "installing$missing"
+  run_logged packages $as_root sh -c \
+    'apt-get update && DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$@"' sh $missing
+}
+
+# run_logged NAME COMMAND...: the output goes to build/NAME.log, and is shown when the command fails.
+run_logged() {
+  local log="$root/build/$1.log"
+  mkdir -p "$root/build"
+  shift
+  "$@" >"$log" 2>&1 </dev/null && return 0
+  tail -n 60 "$log" >&2
+  say "failed: $*; all of the output is in $log"
+  exit 1
+}
+
+# build FOLDER TARGET CMAKE_ARGUMENTS...: configures build/FOLDER once and builds the target in it. One at a time: two
+# builds in one folder would spoil it.
+build() {
+  local folder="$root/build/$1" target=$2
+  mkdir -p "$folder"
+  exec 9>"$folder/.lock"
+  flock 9
+  if [ ! -e "$folder/configured" ]; then
+    require_packages $build_packages
+    say "building $target for the first time, about 3 minutes"
+    run_logged "$1-configure" cmake -S "$root" -B "$folder" "${@:3}"
+    touch "$folder/configured"
+  fi
+  run_logged "$1-build" ninja -C "$folder" "$target"
+  exec 9>&-
+}
