@@ -1,10 +1,10 @@
-// A small host for tests: handles, script descriptors, suites and plane buffers that obey the published interface, watch
-// what the filter does with them, and fail on demand. One host is active at a time, since host calls carry no context.
+// A small host for tests: handles, script descriptors, suites and plane buffers that obey the published interface,
+// watch what the filter does with them, and fail on demand. One host is active at a time, since host calls carry no
+// context.
 #pragma once
 
 #include <array>
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -71,12 +71,12 @@ class TestHost {
   std::int16_t result = 0;
 
   // ---- Behaviour on demand.
-  int rowPadding = 0;                 // bytes
-  int addressOffset = 0;              // buffers start so many bytes off their alignment
-  int failAt = -1;                    // the failing call, counted from 0 over all calls that can fail
-  OSErr failCode = userCanceledErr;   // of the calls that give a code
-  bool endlessReader = false;         // repeats the script's first key
-  bool relocatesBlocks = false;       // moves unlocked blocks whenever the filter calls a descriptor procedure
+  int rowPadding = 0;                // bytes
+  int addressOffset = 0;             // buffers start so many bytes off their alignment
+  int failAt = -1;                   // the failing call, counted from 0 over all calls that can fail
+  OSErr failCode = userCanceledErr;  // of the calls that give a code
+  bool endlessReader = false;        // repeats the script's first key
+  bool relocatesBlocks = false;      // moves unlocked blocks whenever the filter calls a descriptor procedure
   bool suiteRefusedWithAddress = false;
   const char* missingSuite = nullptr;
   BufferFault bufferFault = BufferFault::None;
@@ -90,27 +90,53 @@ class TestHost {
   void replaceParameters();  // by another handle with the same bytes
 
   // ---- What has been seen.
-  std::vector<HostCall> calls;          // all that can fail, in order
-  std::vector<DescriptorKeyID> puts;    // keys in the order of writing
+  std::vector<HostCall> calls;                // all that can fail, in order
+  std::vector<DescriptorKeyID> puts;          // keys in the order of writing
   std::vector<DescriptorKeyID> expectedKeys;  // as the reader was opened with
   std::vector<std::array<int, 4>> advances;   // inLoPlane, inHiPlane, outLoPlane, outHiPlane
-  std::vector<std::string> violations;  // of the interface, by the filter
+  std::vector<std::string> violations;        // of the interface, by the filter
   int liveHandles() const { return static_cast<int>(blocks_.size()); }
   int keysHandedOut = 0;
   int lockBalance = 0;
   int readersOpen = 0;
   int writersOpen = 0;
-  // Checks fences and padding of all buffers and blocks; adds what it finds to violations.
+  // Checks the fences of buffers and blocks and the padding of rows; adds what it finds to violations.
   void checkFences();
 
-  // Internals of the callbacks.
+  // ---- What the host's procedures call.
   bool fails(HostCall kind);
   OSErr advance();
-  struct Buffer {
-    std::vector<unsigned char> bytes;
-    Rect16 *unused = nullptr;
-  };
+  Ptr lock(Handle handle);
+  void unlock(Handle handle);
+  void relocateUnlockedBlocks();
+  Script* scriptOf(Handle descriptor);
+  PIDescriptorHandle newDescriptor(const Script& script);
 
  private:
-  std::map<Handle, int> blocks_;
+  struct Block {
+    Ptr master = nullptr;  // a handle is this member's address
+    std::vector<unsigned char> bytes;
+    int locks = 0;
+  };
+  struct Buffer {
+    std::vector<unsigned char> bytes, delivered;
+    VRect rect = {};
+    int lo = 0, hi = -1, step = 0;
+    std::size_t start = 0;
+  };
+
+  bool wide() const;
+  VRect inRect() const;
+  VRect outRect() const;
+  bool fits(VRect rect, int lo, int hi) const;
+  Buffer deliver(VRect rect, int lo, int hi);
+  void takeOver();
+  void bend(BufferFault fault);
+  void checkBuffer(const Buffer& buffer, bool mayBeWritten);
+
+  PluginMainProc entry_;
+  std::map<Handle, std::unique_ptr<Block>> blocks_;
+  std::map<Handle, Script> scripts_;
+  Buffer in_, out_;
+  bool outIsBent_ = false;
 };
