@@ -113,10 +113,9 @@ void transpose(Rows<const float> src, Rows<float> dst, IppiSize size) {
   });
 }
 
-// Samples above the diagonal change places with those below it, block by block.
+// Samples above the diagonal change places with those below it, block by block. Tiles below it are left out by x alone.
 void transposeInPlace(Rows<float> image, int side) {
   eachTile({side, side}, [&](int x0, int y0, int x1, int y1) {
-    if (x0 < y0) return;
     int y = y0;
     for (; y <= y1 - block; y += block) {
       int x = x0 > y ? x0 : y;
