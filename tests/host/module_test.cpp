@@ -65,7 +65,8 @@ class RandomHost {
     if (below(4) == 0) {
       host_->run();
     } else {
-      host_->call(static_cast<std::int16_t>(below(9) - 1));
+      const std::int16_t selectors[] = {-1, 1, 2, 3, 3, 4, 5, 6};  // About takes another record
+      host_->call(any(selectors));
     }
     host_->checkFences();
     ASSERT_EQ(host_->violations, std::vector<std::string>());
