@@ -46,10 +46,16 @@ const std::vector<FileFormat>& formats() {
   return all;
 }
 
-// What libvips has to say about its last failure, in one line.
+// What libvips has to say about its last failure, in one line: the system's own reason, where there is one, without
+// all that followed from it.
 std::string lastError() {
   std::string text = vips_error_buffer();
   vips_error_clear();
+  const std::string system = "unix error: ";
+  if (const std::size_t at = text.find(system); at != std::string::npos) {
+    text = text.substr(at + system.size());
+    return text.substr(0, text.find('\n'));
+  }
   while (!text.empty() && text.back() == '\n') text.pop_back();
   for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos;) text.replace(at, 1, "; ");
   return text.empty() ? "the image library gave no reason" : text;

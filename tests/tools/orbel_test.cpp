@@ -282,9 +282,9 @@ INSTANTIATE_TEST_SUITE_P(Files, Troubles,
                                          Trouble{"AlphaToJpeg", withAlpha, "out.jpg", "JPEG files hold no alpha"},
                                          Trouble{"DeepToJpeg", deep, "out.jpg", "JPEG files hold no 16-bit"},
                                          Trouble{"FloatToPng", real, "out.png", "PNG files hold no float"},
-                                         Trouble{"FullPng", good, "out.png", "out.png: ", 1000},
-                                         Trouble{"FullTiff", good, "out.tif", "out.tif: ", 1000},
-                                         Trouble{"FullJpeg", good, "out.jpg", "out.jpg: ", 1000}),
+                                         Trouble{"FullPng", good, "out.png", "out.png: File too large\n", 1000},
+                                         Trouble{"FullTiff", good, "out.tif", "out.tif: File too large\n", 1000},
+                                         Trouble{"FullJpeg", good, "out.jpg", "out.jpg: File too large\n", 1000}),
                          [](const auto& trouble) { return std::string(trouble.param.name); });
 
 TEST_F(Orbel, NamesTheTargetThatCannotBeWritten) {
