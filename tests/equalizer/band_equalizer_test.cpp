@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "equalizer/band_decomposition.h"
+#include "host/ps_database.h"
+#include "support/forced_row.h"
 #include "support/images.h"
-
-struct PS_Database {};
 
 namespace {
 
@@ -20,7 +20,7 @@ OrbelBandEqualizerGuiParams strong() {
 }
 
 void run(OrbelBandEqualizerGuiParams params, KivImage& image) {
-  PS_Database unused;
+  PS_Database unused = {};
   OrbelBandEqualizer(unused, params, image);
 }
 
@@ -134,6 +134,34 @@ TEST(BandEqualizer, ViewsAndWrappedImagesGiveTheBitsOfAnOwner) {
     EXPECT_EQ(samples.back(), 42.0F);
   }
 }
+
+class WholeRun : public EachRow {};
+
+TEST_P(WholeRun, GivesTheBaselinesBitsOnAnyNumberOfThreads) {
+  for (const int lumi : {0, 1}) {
+    OrbelBandEqualizerGuiParams p = strong();
+    p.lumi = static_cast<unsigned char>(lumi);
+    p.half = 1;
+    p.width = 3;
+    KivImage expected = randomImage(131, 87, 3, 1);
+    {
+      const ForcedRow baseline(0);
+      omp_set_num_threads(1);
+      run(p, expected);
+    }
+    const ForcedRow forced(GetParam());
+    for (const int threads : {1, 2, 4, 7}) {
+      omp_set_num_threads(threads);
+      KivImage image = randomImage(131, 87, 3, 1);
+      run(p, image);
+      ASSERT_EQ(ippJumpIndexForMergedLibs, GetParam());
+      EXPECT_TRUE(sameBits(image, expected)) << threads << " threads";
+    }
+  }
+  omp_set_num_threads(omp_get_num_procs());
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, WholeRun, allRows(), rowName);
 
 struct Selector {
   int selector;
