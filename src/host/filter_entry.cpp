@@ -85,7 +85,7 @@ void PluginMain(std::int16_t selector, void* filterRecord, std::intptr_t* data, 
 Globals* AllocateGlobals(std::int16_t* result, FilterRecord* record, HandleProcs* handleProcs, std::int32_t size,
                          std::intptr_t* data, void (*initProc)(Globals*)) {
   const bool isNew = *data == 0;
-  const Handle handle = isNew ? HostNewHandle(handleProcs, size) : reinterpret_cast<Handle>(*data);
+  Handle handle = isNew ? HostNewHandle(handleProcs, size) : reinterpret_cast<Handle>(*data);
   if (handle == nullptr) return nullptr;
   auto* globals = reinterpret_cast<Globals*>(HostLockHandle(handleProcs, handle, 1));
   if (globals == nullptr) {

@@ -380,6 +380,7 @@ using PluginMainProc = void (*)(std::int16_t selector, void* paramBlock, std::in
 
 // ---- The layout ---------------------------------------------------------------------------------------------------
 
+// NOLINTBEGIN(bugprone-sizeof-expression): the size of a pointer is what is meant.
 #define LAID_OUT(record, field, offset, size)                              \
   static_assert(offsetof(record, field) == (offset), #record "::" #field); \
   static_assert(sizeof(record::field) == (size), "size of " #record "::" #field)
@@ -611,3 +612,4 @@ LAID_OUT(FilterRecord, reserved, 512, 512);
 static_assert(sizeof(FilterRecord) == 1024 && alignof(FilterRecord) == 4);
 
 #undef LAID_OUT
+// NOLINTEND(bugprone-sizeof-expression)

@@ -95,7 +95,7 @@ OSErr readDescriptor(Globals* globals, PIDescriptorParameters* params) {
 }  // namespace
 
 ParameterRecord* CurrentParameters(const Globals* globals) {
-  const Handle handle = globals->filterRecord->parameters;
+  Handle handle = globals->filterRecord->parameters;
   return handle == nullptr ? nullptr : reinterpret_cast<ParameterRecord*>(*handle);
 }
 
