@@ -56,8 +56,7 @@ class KivImage {
   IppiSize size;          // of every plane
   KivStorage storage;
 
-  // ---- Construction
-  // ---------------------------------------------------------------------------------------------------
+  // ---- Construction ----
 
   KivImage();  // empty
   KivImage(int width, int height, int channels);
@@ -77,8 +76,7 @@ class KivImage {
   void Init(IppiSize size, int channels);
   void Init(const KivImage& other);  // other's shape, not its samples
 
-  // ---- Views: no sample is copied; the parent outlives the view
-  // ---------------------------------------------------------
+  // ---- Views: no sample is copied; the parent outlives the view ----
 
   KivImage Plane(int i) const;                 // one plane
   KivImage Sub_Section(int mx, int my) const;  // without mx columns and my rows at each side
@@ -89,8 +87,7 @@ class KivImage {
 
   float* At(int plane, int x, int y) const;
 
-  // ---- Assignment
-  // -----------------------------------------------------------------------------------------------------
+  // ---- Assignment ----
 
   // Copies src's samples over this image's size (target form). A plane at the same address is skipped.
   KivImage& operator=(const KivImage& src);
@@ -101,8 +98,7 @@ class KivImage {
   // sees to it that only one of the two is ever destroyed. Does nothing when other is this object.
   KivImage& operator=(KivImage* other);
 
-  // ---- Arithmetic: binary operators only note what is to be done
-  // --------------------------------------------------------
+  // ---- Arithmetic: binary operators only note what is to be done ----
 
   KIV_Generic_Params operator-() const;
   KIV_Generic_Params operator+(float v) const;
@@ -141,8 +137,7 @@ class KivImage {
   void Min(const KivImage& src, int plane);
   void Max(const KivImage& src, int plane);
 
-  // ---- Geometry
-  // -------------------------------------------------------------------------------------------------------
+  // ---- Geometry ----
 
   // Linear resampling of src to the given size, into the top-left corner of this image, for src's planes. A source of
   // one row or column is refused: the target stays as it was.
@@ -163,16 +158,14 @@ class KivImage {
   void FftShift();
   void IfftShift();
 
-  // ---- Neighbourhoods
-  // ---------------------------------------------------------------------------------------------------
+  // ---- Neighbourhoods ----
 
   // Gaussian of standard deviation sigma, reaching ceil(factor * sigma) samples each way, on src with its edge samples
   // repeated; plane 0 only. Runs on four threads. this and src are different images. A sigma not above 0 leaves the
   // target as it was.
   void GaussBlurFast(const KivImage& src, float sigma, int factor);
 
-  // ---- Overlay
-  // ----------------------------------------------------------------------------------------------------------
+  // ---- Overlay ----
 
   // Darkens, in all planes, both diagonals and a stripe right of the centre to 0.8 of their value; thickness in
   // samples. What falls outside the rows is clipped.
@@ -193,8 +186,7 @@ class KivImage {
   AddedBlock* added_;  // blocks of planes that Expend added
 };
 
-// ---- Allocation
-// ---------------------------------------------------------------------------------------------------------
+// ---- Allocation ----
 
 // One block for channels planes of the given size; writes stride and the table's entries.
 void ImageMalloc(float** planes, int& stride, int channels, IppiSize size);

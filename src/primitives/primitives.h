@@ -108,8 +108,7 @@ struct IppFilterGaussianSpec {
 
 extern "C" {
 
-// ---- Choice of a body per processor
-// ----------------------------------------------------------------------------------
+// ---- Choice of a body per processor ----
 
 // The row of bodies in force: -1 before the first detection, then 0 n8_ (SSE2), 1 y8_ (SSE4.2), 2 e9_ (AVX),
 // 3 l9_ (AVX2), 4 k0_ (AVX-512). A build for another kind of processor has row 0 alone.
@@ -137,8 +136,7 @@ std::uint64_t ippGetEnabledCpuFeatures();
 // than "GenuineIntel"; 37 (size 0) when the processor tells no size.
 IppStatus ippGetMaxCacheSizeB(std::int32_t* size);
 
-// ---- Memory
-// ----------------------------------------------------------------------------------------------------------
+// ---- Memory ----
 
 // A 64-byte aligned block of length bytes, not cleared; null when length is below 1, above 2^31 - 73, or can't be had.
 void* ippMalloc(std::int32_t length);
@@ -191,8 +189,7 @@ IppStatus ippiDivC_32f_C1IR(float value, float* srcDst, int srcDstStep, IppiSize
 // srcDst = value / srcDst over len samples, divisors of 0 as in ippiDiv_32f_C1R.
 IppStatus ippsDivCRev_32f_I(float value, float* srcDst, int len);
 
-// ---- Functions. Steps checked
-// ----------------------------------------------------------------------------------------
+// ---- Functions. Steps checked ----
 
 // dst = |src|. Rows advance by the step with its two low bits cleared.
 IppStatus ippiAbs_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, IppiSize roiSize);
@@ -212,15 +209,13 @@ IppStatus ippiExp_32f_C1IR(float* srcDst, int srcDstStep, IppiSize roiSize);
 IppStatus ippiLn_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, IppiSize roiSize);
 IppStatus ippiLn_32f_C1IR(float* srcDst, int srcDstStep, IppiSize roiSize);
 
-// ---- Statistics
-// ------------------------------------------------------------------------------------------------------
+// ---- Statistics ----
 
 // Smallest and largest sample, starting from +-3.4028235e38. NaN samples don't count; a result of 0 is +0.
 IppStatus ippiMin_32f_C1R(const float* src, int srcStep, IppiSize roiSize, float* min);
 IppStatus ippiMax_32f_C1R(const float* src, int srcStep, IppiSize roiSize, float* max);
 
-// ---- Thresholds. Steps checked; a sample equal to a threshold passes
-// --------------------------------------------------
+// ---- Thresholds. Steps checked; a sample equal to a threshold passes ----
 
 // dst = threshold where src is above it (GT) or below it (LT); a NaN becomes the threshold.
 IppStatus ippiThreshold_GT_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, IppiSize roiSize,
@@ -233,8 +228,7 @@ IppStatus ippiThreshold_LTValGTVal_32f_C1R(const float* src, int srcStep, float*
 IppStatus ippiThreshold_LTValGTVal_32f_C1IR(float* srcDst, int srcDstStep, IppiSize roiSize, float thresholdLT,
                                             float valueLT, float thresholdGT, float valueGT);
 
-// ---- Conversions
-// -----------------------------------------------------------------------------------------------------
+// ---- Conversions ----
 
 // dst = src, exact.
 IppStatus ippiConvert_8u32f_C1R(const unsigned char* src, int srcStep, float* dst, int dstStep, IppiSize roiSize);
@@ -255,8 +249,7 @@ IppStatus ippiScale_8u32f_C1R(const unsigned char* src, int srcStep, float* dst,
 IppStatus ippiScale_32f8u_C1R(const float* src, int srcStep, unsigned char* dst, int dstStep, IppiSize roiSize,
                               float vMin, float vMax);
 
-// ---- Copies
-// ----------------------------------------------------------------------------------------------------------
+// ---- Copies ----
 
 IppStatus ippiCopy_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, IppiSize roiSize);
 // Plane c of dst = channel c of src.
@@ -277,8 +270,8 @@ IppStatus ippsSet_8u(unsigned char value, unsigned char* dst, int len);
 // square, else -6.
 IppStatus ippiTranspose_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, IppiSize roiSize);
 
-// ---- Border padding
-// -------------------------------------------------------------------------------------------------- src is placed at
+// ---- Border padding ----
+// src is placed at
 // row top, column left of dst; all other samples of dst are made from its edges. Checks: null -8, a step below 1 -16,
 // then a size below 1, a negative border or a dst smaller than src and border -6.
 
@@ -295,8 +288,7 @@ IppStatus ippiCopyMirrorBorder_32f_C1R(const float* src, int srcStep, IppiSize s
 IppStatus ippiCopyConstBorder_32f_C1R(const float* src, int srcStep, IppiSize srcRoi, float* dst, int dstStep,
                                       IppiSize dstRoi, int top, int left, float value);
 
-// ---- Alpha composition
-// -----------------------------------------------------------------------------------------------
+// ---- Alpha composition ----
 
 // dst = double(src1 * alpha1) + double(src2 * alpha2) * (1 - double(alpha1)): the products with the alphas in single
 // precision, the rest in double precision, rounded once. Alphas are not limited.
@@ -304,8 +296,8 @@ IppStatus ippiCopyConstBorder_32f_C1R(const float* src, int srcStep, IppiSize sr
 IppStatus ippiAlphaCompC_32f_C1R(const float* src1, int src1Step, const float* src2, int src2Step, float* dst,
                                  int dstStep, IppiSize roiSize, float alpha1, float alpha2, int alphaType);
 
-// ---- Gaussian filter, border in the specification
-// --------------------------------------------------------------------- kernelSize k is odd and at least 3, r = k / 2.
+// ---- Gaussian filter, border in the specification ----
+// kernelSize k is odd and at least 3, r = k / 2.
 // Tap i is exp(-(i - r)^2 / (2 sigma^2)) over the sum of all, normalised by one division each. Rows first, then
 // columns, taps in ascending order; for k = 7 rows of floats add symmetric samples first. Integer samples round after
 // each pass, to nearest, ties to even; an 8u row holds whole levels between the passes.
@@ -328,10 +320,9 @@ IppStatus ippiFilterGaussianBorder_16u_C1R(const unsigned short* src, int srcSte
 IppStatus ippiFilterGaussianBorder_8u_C1R(const unsigned char* src, int srcStep, unsigned char* dst, int dstStep,
                                           IppiSize roiSize, unsigned char borderValue, const void* spec, void* buffer);
 
-// ---- Gaussian filter, border per call
-// ---------------------------------------------------------------------------------- One specification serves many
-// bands of one image. The taps are normalised by one reciprocal, and symmetric samples are added before their
-// multiplication, outermost pair first, centre last. Sizes in bytes.
+// ---- Gaussian filter, border per call ----
+// One specification serves many bands of one image. The taps are normalised by one reciprocal, and symmetric samples
+// are added before their multiplication, outermost pair first, centre last. Sizes in bytes.
 
 IppStatus ippiFilterGaussianGetSpecSize_L(int kernelSize, int dataType, int numChannels, std::int64_t* specSize,
                                           std::int64_t* initBufferSize);
@@ -349,9 +340,8 @@ IppStatus ippiFilterGaussian_32f_C1R_L(const float* src, std::int64_t srcStep, f
                                        std::int64_t width, std::int64_t height, std::uint32_t borderType,
                                        const float* borderValue, const void* spec, void* buffer);
 
-// ---- Linear resize
-// ----------------------------------------------------------------------------------------------------- Two taps along
-// each axis, pixel centres mapped onto pixel centres, no prefilter:
+// ---- Linear resize ----
+// Two taps along each axis, pixel centres mapped onto pixel centres, no prefilter:
 //   p = (i + 0.5) * r - 0.5 in double precision, index = floor(p), weight = p - index, r the reduced ratio of lengths;
 //   h(R) = a + (b - a) * t along the rows, then h0 + (h1 - h0) * u down the columns, in single precision.
 // Indices beyond an end are clamped to it. Equal sizes copy the samples bit for bit.
