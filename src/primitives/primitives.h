@@ -271,9 +271,8 @@ IppStatus ippsSet_8u(unsigned char value, unsigned char* dst, int len);
 IppStatus ippiTranspose_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, IppiSize roiSize);
 
 // ---- Border padding ----
-// src is placed at
-// row top, column left of dst; all other samples of dst are made from its edges. Checks: null -8, a step below 1 -16,
-// then a size below 1, a negative border or a dst smaller than src and border -6.
+// src is placed at row top, column left of dst; all other samples of dst are made from its edges. Checks: null -8, a
+// step below 1 -16, then a size below 1, a negative border or a dst smaller than src and border -6.
 
 // The nearest edge sample is repeated. src == dst means the in-place form.
 IppStatus ippiCopyReplicateBorder_32f_C1R(const float* src, int srcStep, IppiSize srcRoi, float* dst, int dstStep,
