@@ -33,7 +33,7 @@ Handle newHandle(std::int32_t size) {
   try {
     auto block = std::make_unique<Block>();
     block->resize(size);
-    const Handle handle = &block->address;
+    Handle handle = &block->address;
     blocks().emplace(handle, std::move(block));
     return handle;
   } catch (const std::bad_alloc&) {

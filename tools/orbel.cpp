@@ -109,11 +109,14 @@ std::string equalizeFile(const std::string& input, const std::string& output, co
   // Opened before the work, so that a target that can't be written doesn't cost the work first.
   TargetFile target(output);
 
-  Document document = documentOf(picture);
+  Document document;
   try {
+    document = documentOf(picture);
     runPlugin(PluginMain, settings.script(), document);
   } catch (const PluginRefusal& refusal) {
     throw Failure(input, refusal.what());
+  } catch (const std::bad_alloc&) {
+    throw Failure(input, "not enough memory for a picture of this size");
   }
   putDocument(document, picture);
 
@@ -123,7 +126,7 @@ std::string equalizeFile(const std::string& input, const std::string& output, co
          ", " + std::to_string(document.depth) + " bits)";
 }
 
-int run(int argc, char** argv) {
+void run(int argc, char** argv) {
   CLI::App app(description, "orbel");
   app.footer(notes);
   app.set_version_flag("--version", "orbel " ORBEL_VERSION);
@@ -132,32 +135,32 @@ int run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& request) {
-    return app.exit(request);  // prints the help or the version
+    app.exit(request);  // prints the help or the version
+    return;
   } catch (const CLI::ParseError& error) {
-    std::cerr << "orbel: " << error.what() << " (orbel --help tells more)\n";
-    return exitUsage;
+    throw SettingsError(error.what() + std::string(" (orbel --help tells more)"));
   }
+  const Settings settings = settingsOf(arguments);
 
-  try {
-    const Settings settings = settingsOf(arguments);
-    const ImageLibrary library(argv[0], arguments.verbose);
-    removeTemporaryOnSignals();
-    // Over the limit for file sizes, writing then fails like on a full disk.
-    std::signal(SIGXFSZ, SIG_IGN);
-    const std::string done = equalizeFile(arguments.input, arguments.output, settings);
-    if (!arguments.quiet) std::cout << done << '\n';
-    return exitGood;
-  } catch (const SettingsError& error) {
-    std::cerr << "orbel: " << error.what() << '\n';
-    return exitUsage;
-  } catch (const std::bad_alloc&) {
-    std::cerr << "orbel: " << arguments.input << ": not enough memory for a picture of this size\n";
-  } catch (const std::exception& error) {
-    std::cerr << "orbel: " << error.what() << '\n';
-  }
-  return exitFileFailed;
+  const ImageLibrary library(argv[0], arguments.verbose);
+  removeTemporaryOnSignals();
+  // Over the limit for file sizes, writing then fails like on a full disk.
+  std::signal(SIGXFSZ, SIG_IGN);
+  const std::string done = equalizeFile(arguments.input, arguments.output, settings);
+  if (!arguments.quiet) std::cout << done << '\n';
 }
 
 }  // namespace
 
-int main(int argc, char** argv) { return run(argc, argv); }
+int main(int argc, char** argv) {
+  try {
+    run(argc, argv);
+    return exitGood;
+  } catch (const SettingsError& error) {
+    std::cerr << "orbel: " << error.what() << '\n';
+    return exitUsage;
+  } catch (const std::exception& error) {
+    std::cerr << "orbel: " << error.what() << '\n';
+    return exitFileFailed;
+  }
+}

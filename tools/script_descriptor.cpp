@@ -113,7 +113,7 @@ WriteDescriptorProcs writeTable = {0,      16,         openWrite, closeWrite, pu
 
 PIDescriptorHandle makeDescriptor(const std::vector<ScriptValue>& values) {
   const std::size_t bytes = values.size() * sizeof(ScriptValue);
-  const Handle handle = handleProcedures().newProc(static_cast<std::int32_t>(bytes));
+  Handle handle = handleProcedures().newProc(static_cast<std::int32_t>(bytes));
   if (handle != nullptr && bytes != 0) std::memcpy(*handle, values.data(), bytes);
   return handle;
 }
