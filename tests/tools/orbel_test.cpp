@@ -215,6 +215,8 @@ struct Trouble {
   const char* says;
   rlim_t fileLimit = RLIM_INFINITY;
 };
+std::ostream& operator<<(std::ostream& out, const Trouble& trouble) { return out << trouble.name; }
+
 void good(const std::string& in) { testPicture(3, VIPS_FORMAT_UCHAR).write_to_file(in.c_str(), VImage::option()); }
 void absent(const std::string&) {}
 void folder(const std::string& in) { fs::create_directory(in); }
