@@ -126,6 +126,33 @@ TEST(GaussianBand, TapsAreThoseOfTheFormula) {
   EXPECT_FLOAT_EQ(taps[1], 1.0F / (1.0F + 2.0F * w));
 }
 
+// The weight of a tap in single precision, its exponential rounded once.
+float weightAt(int x, float sigma) {
+  const float distance = static_cast<float>(x);
+  const float exponent = -(distance * distance) / (sigma * (sigma + sigma));
+  return static_cast<float>(std::exp(static_cast<double>(exponent)));
+}
+
+constexpr float sigmas[] = {0.4F, 0.7F, 1.0F, 1.7F, 2.9F, 5.3F, 11.0F};
+
+// Bit for bit: normalising by a division instead would change last bits.
+TEST(GaussianBand, TapsAreNormalisedByOneReciprocal) {
+  for (const float sigma : sigmas) {
+    for (const int k : {3, 9, 25}) {
+      const int r = k / 2;
+      const SpecAndBuffer made = makeBandSpec(10, 10, k, sigma);
+      const std::vector<float> taps = bandTaps(made.spec, k);
+      float sum = 0.0F;
+      for (int x = r; x > 0; --x) sum = sum + (weightAt(x, sigma) + weightAt(x, sigma));
+      const float reciprocal = 1.0F / (1.0F + sum);
+      for (int x = r; x >= 0; --x) {
+        EXPECT_EQ(taps[static_cast<std::size_t>(r - x)], weightAt(x, sigma) * reciprocal)
+            << sigma << ' ' << k << ' ' << x;
+      }
+    }
+  }
+}
+
 constexpr unsigned borders[] = {1, 3, 6, 17, 33, 49, 65, 129, 193, 19, 35, 67, 131, 22, 38, 54, 70, 134, 115, 240};
 
 // Widths through all kinds of line ends, for every border.
@@ -378,6 +405,29 @@ TYPED_TEST(GaussianBorder, TapsAreThoseOfTheFormula) {
       EXPECT_EQ(head[2], type);
       EXPECT_EQ(head[3], 1);
       EXPECT_EQ(head[4], type == ipp32f ? 0 : type == ipp8u ? 12 : 15);
+    }
+  }
+}
+
+// Bit for bit: one division per tap, and integer taps from its result, which is rounded already.
+TYPED_TEST(GaussianBorder, TapsAreNormalisedByADivisionEach) {
+  constexpr int type = Family<TypeParam>::type;
+  for (const float sigma : sigmas) {
+    for (const int k : {3, 9, 25}) {
+      const SpecAndBuffer made = makeBorderSpec(10, 10, k, 1, type, sigma);
+      float sum = 0.0F;
+      for (int i = 0; i < k; ++i) sum = sum + weightAt(i - k / 2, sigma);
+      for (int i = 0; i < k; ++i) {
+        const auto at = static_cast<std::size_t>(i);
+        const float tap = weightAt(i - k / 2, sigma) / sum;
+        if (type == ipp32f) {
+          EXPECT_EQ(tapsAt<float>(made.spec.get(), 16, 16, k)[at], tap) << sigma << ' ' << k << ' ' << i;
+        } else {
+          const float scale = type == ipp8u ? 4096.0F : 32768.0F;
+          const auto whole = static_cast<unsigned short>(static_cast<double>(tap * scale) + 0.5);
+          EXPECT_EQ(tapsAt<unsigned short>(made.spec.get(), 16, 2, k)[at], whole) << sigma << ' ' << k << ' ' << i;
+        }
+      }
     }
   }
 }
