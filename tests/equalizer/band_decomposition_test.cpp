@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -172,6 +173,18 @@ TEST(EqualizeIT, GainsAndBaseGainWeighWhatTheySay) {
   equalize(residual, residualOnly);
   detail += residual;
   EXPECT_TRUE(within(2e-6, detail, randomImage(70, 50, 1, 1)));
+}
+
+TEST(EqualizeIT, KeepsEdgesOnlyWhereTheByteIsOne) {
+  BandSettings s = strongSettings();
+  s.edges[1] = false;
+  KivImage expected = randomImage(40, 30, 1, 1);
+  equalize(expected, s);
+  const unsigned char two = 2;
+  std::memcpy(&s.edges[1], &two, 1);
+  KivImage image = randomImage(40, 30, 1, 1);
+  EqualizeIT(image, image, s.gains, s.radii, s.thresholds, s.edges, levelCount, s.baseGain);
+  EXPECT_TRUE(sameBits(image, expected));
 }
 
 struct Setting {

@@ -16,7 +16,7 @@ OrbelBandEqualizerGuiParams defaults() {
 }
 
 OrbelBandEqualizerGuiParams strong() {
-  return {{150, 80, 120, 0, 130}, {2, 3, 1, 1, 2}, {255, 10, 30, 10, 10}, {0, 1, 0, 1, 1}, 90, 0, 1, 0};
+  return {{150, 80, 120, 0, 130}, {2, 3, 1, 1, 2}, {255, 13, 30, 7, 14}, {0, 1, 0, 1, 1}, 90, 0, 1, 0};
 }
 
 void run(OrbelBandEqualizerGuiParams params, KivImage& image) {
@@ -72,6 +72,22 @@ TEST(BandEqualizer, LuminancePathAddsTheChangeOfLuminance) {
     }
     EXPECT_TRUE(sameBits(image.Plane(i), expected));
   }
+}
+
+// A switch is on at 1 alone.
+TEST(BandEqualizer, SwitchesOfOtherValuesAreOff) {
+  OrbelBandEqualizerGuiParams off = strong();
+  off.lumi = 0;
+  off.edge[1] = 0;
+  OrbelBandEqualizerGuiParams odd = off;
+  odd.lumi = 2;
+  odd.half = 255;
+  odd.edge[1] = 3;
+  KivImage expected = randomImage(40, 30, 3, 1);
+  KivImage image = randomImage(40, 30, 3, 1);
+  run(off, expected);
+  run(odd, image);
+  EXPECT_TRUE(sameBits(image, expected));
 }
 
 TEST(BandEqualizer, DefaultsGiveThePictureBackOnEitherPath) {

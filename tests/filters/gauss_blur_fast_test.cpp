@@ -48,7 +48,9 @@ INSTANTIATE_TEST_SUITE_P(Cuts, GaussBlurFast,
                                          Case{33, 100, 7.5F, 4},  // bands of 30: the third runs to the bottom
                                          Case{33, 101, 3, 4}, Case{20, 12, 3, 4}, Case{20, 13, 3, 4}, Case{1, 50, 1, 4},
                                          Case{50, 1, 1, 4}, Case{1, 1, 2, 4}, Case{64, 96, 3, 4}, Case{31, 97, 0.1F, 4},
-                                         Case{31, 24, 5, 3}));
+                                         Case{31, 24, 5, 3},
+                                         // 3 sigma rounds to 1 in single precision, and lies above it before
+                                         Case{31, 24, 0.33333334F, 3}));
 
 TEST(GaussBlurFastRule, FiltersPlane0Alone) {
   const KivImage src = randomImage(20, 20, 3, 1);

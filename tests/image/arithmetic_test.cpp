@@ -135,6 +135,23 @@ TEST(Operators, OnlyMultiplicationBroadcastsAMask) {
   EXPECT_TRUE(sameBits(sum.Plane(2), expected.Plane(2)));
 }
 
+// Two planes are no mask: they pair with the first two planes of the target.
+TEST(Operators, PairAsManyPlanesAsTheOperandHas) {
+  const KivImage before = randomImage(6, 4, 3, 1);
+  const KivImage b = randomImage(6, 4, 2, 2);
+  const auto check = [&](const auto& apply, const Binary& sample) {
+    KivImage x;
+    x = before;
+    apply(x);
+    for (int i = 0; i < 2; ++i) EXPECT_TRUE(sameBits(x.Plane(i), naive(before.Plane(i), b.Plane(i), sample)));
+    EXPECT_TRUE(sameBits(x.Plane(2), before.Plane(2)));
+  };
+  check([&](KivImage& x) { x *= b; }, std::multiplies<float>());
+  check([&](KivImage& x) { x /= b; }, std::divides<float>());
+  check([&](KivImage& x) { x += b; }, std::plus<float>());
+  check([&](KivImage& x) { x -= b; }, std::minus<float>());
+}
+
 TEST(Operators, AMaskMayBePlane0OfItsTarget) {
   KivImage x = randomImage(6, 4, 3, 1);
   KivImage mask;

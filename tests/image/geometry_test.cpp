@@ -36,6 +36,18 @@ TEST(Resize, ServesAllPlanesAndKeepsTheTargetWhenASourceIsOneSampleWide) {
   }
 }
 
+TEST(Resize, WritesAsManyPlanesAsTheSourceHas) {
+  const KivImage parent = randomImage(10, 10, 3, 1);
+  KivImage target = randomImage(6, 6, 3, 2);
+  target.Resize(parent.Plane(0), 6, 6);
+  KivImage alone;
+  alone.Resize(parent.Plane(0), 6, 6);
+  EXPECT_EQ(alone.channels, 1);
+  EXPECT_TRUE(sameBits(target.Plane(0), alone));
+  EXPECT_TRUE(sameBits(target.Plane(1), randomImage(6, 6, 3, 2).Plane(1)));
+  EXPECT_TRUE(sameBits(target.Plane(2), randomImage(6, 6, 3, 2).Plane(2)));
+}
+
 TEST(Transpose, TurnsRowsIntoColumns) {
   const KivImage source = randomImage(37, 70, 2, 1);
   KivImage turned;

@@ -299,7 +299,7 @@ const std::vector<PrimitiveCase>& primitiveCases() {
   const auto same = [](auto s) { return s; };
   const auto nearestEven = [](double v) { return std::nearbyint(v); };
   constexpr int wholeSamples = 4;
-  constexpr auto financial = IppRoundMode{7};
+  constexpr auto otherMode = IppRoundMode{7};
 
   static const std::vector<PrimitiveCase> cases = {
       binary("Add", ippiAdd_32f_C1R, add),
@@ -368,13 +368,13 @@ const std::vector<PrimitiveCase>& primitiveCases() {
                          [](float s) { return std::trunc(limited(s, 255)); }),
       unary<float, Byte>("Convert32f8uNear", rounding<Byte>(ippiConvert_32f8u_C1R, ippRndNear),
                          [=](float s) { return nearestEven(limited(s, 255)); }),
-      unary<float, Byte>("Convert32f8uFinancial", rounding<Byte>(ippiConvert_32f8u_C1R, ippRndFinancial),
+      unary<float, Byte>("Convert32f8uTiesAway", rounding<Byte>(ippiConvert_32f8u_C1R, IppRoundMode{2}),
                          [](float s) { return tiesAway(limited(s, 255)); }),
       unary<float, Word>("Convert32f16uZero", rounding<Word>(ippiConvert_32f16u_C1R, ippRndZero),
                          [](float s) { return std::trunc(limited(s, 65535)); }),
       unary<float, Word>("Convert32f16uNear", rounding<Word>(ippiConvert_32f16u_C1R, ippRndNear),
                          [=](float s) { return nearestEven(limited(s, 65535)); }),
-      unary<float, Word>("Convert32f16uFinancial", rounding<Word>(ippiConvert_32f16u_C1R, financial),
+      unary<float, Word>("Convert32f16uTiesAway", rounding<Word>(ippiConvert_32f16u_C1R, otherMode),
                          [](float s) { return tiesAway(limited(s, 65535)); }),
       unary<Byte, float>(
           "Scale8u32f",
@@ -446,12 +446,12 @@ const std::vector<PrimitiveCase>& primitiveCases() {
       binary(
           "AlphaComp",
           [](auto s1, int step1, auto s2, int step2, float* d, int dStep, IppiSize size) {
-            return ippiAlphaCompC_32f_C1R(s1, step1, s2, step2, d, dStep, size, 0.3F, 1.2F, ippAlphaOver);
+            return ippiAlphaCompC_32f_C1R(s1, step1, s2, step2, d, dStep, size, 0.1F, 1.2F, ippAlphaOver);
           },
           [](float s1, float s2) {
-            const float over = s1 * 0.3F;
+            const float over = s1 * 0.1F;
             const float under = s2 * 1.2F;
-            return static_cast<float>(double{over} + double{under} * (1.0 - double{0.3F}));
+            return static_cast<float>(double{over} + double{under} * (1.0 - double{0.1F}));
           }),
   };
   return cases;
