@@ -16,9 +16,9 @@ constexpr int levelCount = 5;
 // what their target held. At gains of 1 the image comes back, up to rounding.
 //
 // radii[i] is the standard deviation of the low-pass in samples of level i. edges[i] a byte of exactly 1: bilateral
-// filter with range deviation thresholds[i] and a window of ceil(4 * radii[i]); else a Gaussian reaching as far.
-// A radius that isn't above 0, and with the bilateral filter a threshold of 0 or NaN or a coefficient that isn't
-// finite, make the low-pass the level image itself.
+// filter with range deviation thresholds[i], in units of the samples, and a window of ceil(4 * radii[i]); else a
+// Gaussian reaching as far. A radius that isn't above 0, and with the bilateral filter a threshold of 0 or NaN or a
+// coefficient that isn't finite, make the low-pass the level image itself.
 //
 // Throws NO_MEMORY_ERROR, before any work when a bilateral window exceeds 65535 or a padded level 65535 samples a side;
 // else the image may hold intermediate values. All five entries of each array are read. The result doesn't depend on

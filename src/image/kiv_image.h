@@ -140,12 +140,13 @@ class KivImage {
   // ---- Geometry ----
 
   // Linear resampling of src to the given size, into the top-left corner of this image, for src's planes. A source of
-  // one row or column is refused: the target stays as it was.
+  // one row or column is refused: the target stays as it was. src holds other samples than this.
   void Resize(const KivImage& src, int width, int height);
   void Resize(const KivImage& src, IppiSize size);
-  // this(y, x) = src(x, y); an empty target is allocated with src's size turned.
+  // this(y, x) = src(x, y); an empty target is allocated with src's size turned. src may be this where it is square.
   void Transpose(const KivImage& src);
-  // Places src at (margin, margin) of this image, which is shaped already, and repeats its edges outwards.
+  // Places src, which holds other samples, at (margin, margin) of this image, which is shaped already, and repeats its
+  // edges outwards.
   void Pad(const KivImage& src, int margin);
   // Refills the outer margin rows and columns from the edge of the region within.
   void Pad(int margin);

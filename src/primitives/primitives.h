@@ -4,10 +4,9 @@
 // - An image is a pointer to the first sample of a region, a step and a size. The step is the distance in BYTES from
 //   one row to the next; sizes are in pixels. Only the region is read or written, never the padding behind a row.
 // - Arguments: sources, target, size, parameters; each image pointer is followed by its step.
-// - Names end in sample types and layout: C1 one channel, C3 three interleaved channels, P3 three planes with one
-// common
-//   step; R a region; I in place, where the last image argument is source and target; _L sizes and steps of 64 bits.
-// - Source and target are the same image or don't overlap.
+// - Names end in sample types and layout: C1 one channel, C3 three interleaved channels, P3 three planes with one step
+//   for all; R a region; I in place, where the last image argument is source and target; _L sizes and steps of 64 bits.
+// - Source and target don't overlap, or are the same image: with one sample type, layout and step for both.
 // - A function checks its arguments before it touches a sample and returns at the first failed check. The order: a null
 //   pointer -8, a width or height below 1 -6, then, where "steps checked" is said, a step below 1 -16.
 // - A negative status is an error, nothing was done; a positive one is a warning, the result is complete.
@@ -75,16 +74,15 @@ enum : std::int32_t {
 };
 
 enum IppRoundMode : std::int32_t {
-  ippRndZero = 0,       // towards zero
-  ippRndNear = 1,       // to nearest, ties to even
-  ippRndFinancial = 2,  // to nearest, ties away from zero; any other code is taken as this one
+  ippRndZero = 0,  // towards zero
+  ippRndNear = 1,  // to nearest, ties to even; any other code: to nearest, ties away from zero
 };
 
 // Operation of the alpha composition. Only ippAlphaOver is served.
 enum : std::int32_t { ippAlphaOver = 0 };
 
 // Interpolation codes of the resize family. Only linear is served.
-enum : std::int32_t { ippNearest = 0, ippLinear = 2 };
+enum : std::int32_t { ippLinear = 2 };
 
 struct IppiSize {
   std::int32_t width;
@@ -119,8 +117,9 @@ extern std::int32_t ippJumpIndexForMergedLibs;
 // selection; without CPUID row 0 is selected and 36 returned.
 IppStatus ippInit();
 
-// Selects the row for the given features. With bit 63 set, the mask stored by ippSetCpuFeaturesMask counts as detected
-// from now on, and the rest of the mask is not checked against the processor: the caller answers for it.
+// Selects the row for the given features, also where it returns 49: the caller sees to it that the processor can run
+// that row. With bit 63 set, the mask stored by ippSetCpuFeaturesMask counts as detected from now on, and the rest of
+// the mask is not checked against the processor.
 // Returns 49, 50 or 51 as told at the codes, 36 when the mask fits no row.
 IppStatus ippSetCpuFeatures(std::uint64_t features);
 
@@ -155,8 +154,7 @@ void ippFree(void* block);
 void ippsFree(void* block);
 void ippiFree(void* block);
 
-// ---- Arithmetic: one single-precision operation, rounded to nearest
-// --------------------------------------------------
+// ---- Arithmetic: one single-precision operation, rounded to nearest ----
 
 // dst = src2 + src1, srcDst + src, src + value, srcDst + value.
 IppStatus ippiAdd_32f_C1R(const float* src1, int src1Step, const float* src2, int src2Step, float* dst, int dstStep,
@@ -323,12 +321,14 @@ IppStatus ippiFilterGaussianBorder_8u_C1R(const unsigned char* src, int srcStep,
 // One specification serves many bands of one image. The taps are normalised by one reciprocal, and symmetric samples
 // are added before their multiplication, outermost pair first, centre last. Sizes in bytes.
 
+// Checks: null -8, kernel -5, data type -59, channels -47.
 IppStatus ippiFilterGaussianGetSpecSize_L(int kernelSize, int dataType, int numChannels, std::int64_t* specSize,
                                           std::int64_t* initBufferSize);
 // Checks: spec or initBuffer null -8, size -6, kernel -5, data type -59, channels -47, sigma not above 0 -5, border
 // -225.
 IppStatus ippiFilterGaussianInit_L(std::int64_t width, std::int64_t height, int kernelSize, std::uint32_t borderType,
                                    int dataType, int numChannels, void* spec, void* initBuffer, float sigma);
+// Checks: null -8, size -6, kernel -5, data type -59, channels -47, border -225; a buffer beyond 64 bits -232.
 IppStatus ippiFilterGaussianGetBufferSize_L(std::int64_t width, std::int64_t height, int kernelSize, int dataType,
                                             std::uint32_t borderType, int numChannels, std::int64_t* bufferSize);
 // src and dst address the first row of the band; a side whose flag is set is read from memory beyond the band.
@@ -356,7 +356,7 @@ IppStatus ippiResizeLinearInit_32f(IppiSize srcSize, IppiSize dstSize, void* spe
 IppStatus ippiResizeGetBufferSize_8u(const void* spec, IppiSize dstSize, int numChannels, int* bufferSize);
 // Resizes into the part of the target that starts at dstOffset. src addresses the source position floor(dstOffset * r).
 // border is ippBorderRepl with flags, or ippBorderInMem; borderValue is not read. A dstSize beyond the specification is
-// clipped to it, and 48 returned.
+// clipped to it, and 48 returned. src and dst are different images.
 // Checks: border -225; null -8; a size of 0 gives 1; no specification of this family -13; size below 1 -6; a step that
 // isn't a multiple of 4 -16; an offset outside the target -11; antialiasing -14; another interpolation -13.
 IppStatus ippiResizeLinear_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, IppiPoint dstOffset,

@@ -161,7 +161,7 @@ IppStatus ippiResizeGetSize_32f(IppiSize srcSize, IppiSize dstSize, int interpol
   if (isNull(specSize) || isNull(initBufSize)) return ippStsNullPtrErr;
   if (hasZero(srcSize) || hasZero(dstSize)) return ippStsNoOperation;
   if (isEmpty(srcSize) || isEmpty(dstSize)) return ippStsSizeErr;
-  if (interpolation == ippNearest) return ippStsNotSupportedModeErr;
+  if (interpolation == 0) return ippStsNotSupportedModeErr;
   if (interpolation != 1 && interpolation != ippLinear && interpolation != 6 && interpolation != 8 &&
       interpolation != 16) {
     return ippStsInterpolationErr;
