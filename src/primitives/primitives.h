@@ -303,7 +303,7 @@ IppStatus ippiAlphaCompC_32f_C1R(const float* src1, int src1Step, const float* s
 // a buffer beyond 32 bits -232.
 IppStatus ippiFilterGaussianGetBufferSize(IppiSize roiSize, std::uint32_t kernelSize, int dataType, int numChannels,
                                           int* specSize, int* bufferSize);
-// Fills the specification. Checks as above, then sigma not above 0 -5, border -225.
+// Fills the specification. Checks as above, then sigma not above 0 -5, border -225, a kernel beyond 31 bits -232.
 IppStatus ippiFilterGaussianInit(IppiSize roiSize, std::uint32_t kernelSize, std::uint32_t borderType, int dataType,
                                  int numChannels, void* spec, void* buffer, float sigma);
 // src and dst may be the same image. Checks: null -8, a step shorter than the row -16, size -6, a 32f step that isn't a

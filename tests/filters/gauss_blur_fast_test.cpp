@@ -1,4 +1,7 @@
+#include <sys/resource.h>
+
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 
 #include "image/scratch.h"
@@ -70,5 +73,28 @@ TEST(GaussBlurFastRule, LeavesTheTargetWhereTheKernelIsRefused) {
   target.GaussBlurFast(randomImage(9, 9, 1, 1), -1.0F, -4);
   EXPECT_TRUE(sameBits(target, randomImage(9, 9, 1, 2)));
 }
+
+#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__)
+// In a process of its own, which has room for the specification and for no thread's buffer.
+void blurWithoutMemory() {
+  constexpr float sigma = 3e6F;  // 24 million taps: a buffer of 1.8 GB
+  rlimit limit{};
+  getrlimit(RLIMIT_AS, &limit);
+  limit.rlim_cur = rlim_t{1} << 30;
+  setrlimit(RLIMIT_AS, &limit);
+  KivImage target = randomImage(1, 1, 1, 2);
+  try {
+    target.GaussBlurFast(randomImage(1, 1, 1, 1), sigma, 4);
+  } catch (const NO_MEMORY_ERROR&) {
+    std::exit(sameBits(target, randomImage(1, 1, 1, 2)) ? 0 : 2);
+  }
+  std::exit(1);
+}
+
+TEST(GaussBlurFastRule, CarriesAThreadsLackOfMemoryOutOfTheRegion) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");  // the child starts threads
+  EXPECT_EXIT(blurWithoutMemory(), testing::ExitedWithCode(0), "");
+}
+#endif
 
 }  // namespace

@@ -455,6 +455,7 @@ TYPED_TEST(GaussianBorder, ChecksInOrder) {
   EXPECT_EQ(init(4, 3, 2, 13, 2, 0.0F), ippStsChannelErr);
   EXPECT_EQ(init(4, 3, 2, 13, 1, -1.0F), ippStsBadArgErr);
   EXPECT_EQ(init(4, 3, 2, 13, 1, 1.0F), ippStsBorderErr);
+  EXPECT_EQ(init(4, 0x80000001, 1, 13, 1, 1.0F), ippStsSizeTooBigErr);
 
   const SpecAndBuffer made = makeBorderSpec(4, 4, 3, 1, Family<Sample>::type, 1.0F);
   Plane<Sample> image(4, 4, 1, 1);

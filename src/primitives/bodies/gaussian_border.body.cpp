@@ -100,6 +100,7 @@ IppStatus ippiFilterGaussianInit(IppiSize roiSize, std::uint32_t kernelSize, std
   RETURN_UNLESS_OK(checkKernel(kernelSize, dataType, numChannels));
   if (!(sigma > 0.0F)) return ippStsBadArgErr;
   if (!isBorder(borderType)) return ippStsBorderErr;
+  if (kernelSize > INT32_MAX) return ippStsSizeTooBigErr;  // no query gives a size for it, and no head could hold it
 
   const int k = static_cast<int>(kernelSize);
   const int shift = shiftOf(dataType);
