@@ -293,6 +293,25 @@ IppStatus ippiCopyConstBorder_32f_C1R(const float* src, int srcStep, IppiSize sr
 IppStatus ippiAlphaCompC_32f_C1R(const float* src1, int src1Step, const float* src2, int src2Step, float* dst,
                                  int dstStep, IppiSize roiSize, float alpha1, float alpha2, int alphaType);
 
+// ---- Box filter ----
+// The mean over a window of mask.width by mask.height samples, whose cost doesn't grow with the mask. Of an even mask
+// one sample more lies to the right and below: the window of (x, y) starts at column x - (mask.width - 1) / 2, row
+// y - (mask.height - 1) / 2. It is the sum times 1 / (float(mask.width) * float(mask.height)).
+//
+// Sums are running ones, in single precision, and nothing sums anew: the rounding residue of a large sample stays in
+// the rows below it, and in every fourth column behind it. bodies/box_filter.body.cpp and box_sums.h give the order of
+// all additions. A mask of one sample copies bit for bit.
+
+// The size in bytes of the buffer for one call, for every border, in place or not. Checks: null -8, size -6, mask -33,
+// data type -59, channels other than 1, 3, 4 -53; a buffer beyond 32 bits -232.
+IppStatus ippiFilterBoxBorderGetBufferSize(IppiSize roiSize, IppiSize maskSize, int dataType, int numChannels,
+                                           int* bufferSize);
+// src and dst may be the same image. border is ippBorderInMem, or a kind with flags; borderValue is read by
+// ippBorderConst alone, else it may be null. Checks: null src, dst or buffer -8; a step below 1 -16; size -6; mask -33;
+// border -225; ippBorderConst with a null borderValue -8.
+IppStatus ippiFilterBoxBorder_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, IppiSize roiSize,
+                                      IppiSize maskSize, std::uint32_t border, const float* borderValue, void* buffer);
+
 // ---- Gaussian filter, border in the specification ----
 // kernelSize k is odd and at least 3, r = k / 2.
 // Tap i is exp(-(i - r)^2 / (2 sigma^2)) over the sum of all, normalised by one division each. Rows first, then

@@ -1,0 +1,295 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <vector>
+
+#include "primitives/neighbourhood.h"
+
+namespace {
+
+using Source = std::function<float(int x, int y)>;
+
+struct Box {
+  IppiSize mask;
+  unsigned border;
+  float value;
+
+  int left() const { return (mask.width - 1) / 2; }
+  int top() const { return (mask.height - 1) / 2; }
+  int right() const { return mask.width - 1 - left(); }
+  int bottom() const { return mask.height - 1 - top(); }
+};
+
+// The region continued by the border rule: samples in memory count as far as windows reach.
+Source extended(const Plane<float>& src, const Box& box) {
+  return [&src, box](int x, int y) {
+    const auto isReal = [](int n, int low, int high) { return n >= low && n <= high; };
+    const int x0 = (box.border & 64) != 0 ? -box.left() : 0;
+    const int y0 = (box.border & 16) != 0 ? -box.top() : 0;
+    const int x1 = src.width() - 1 + ((box.border & 128) != 0 ? box.right() : 0);
+    const int y1 = src.height() - 1 + ((box.border & 32) != 0 ? box.bottom() : 0);
+    if ((box.border & 15) == ippBorderConst && !(isReal(x, x0, x1) && isReal(y, y0, y1))) return box.value;
+    const auto continued = [&](int n, int low, int high) {
+      while (!isReal(n, low, high)) {
+        const int edge = n < low ? low : high;
+        n = (box.border & 15) == ippBorderRepl || low == high ? edge : 2 * edge - n;
+      }
+      return n;
+    };
+    return src.at(continued(x, x0, x1), continued(y, y0, y1));
+  };
+}
+
+// The sums of one row, in the order that defines them.
+std::vector<float> rowSums(const std::vector<float>& s, int width, int mask) {
+  const auto at = [&](int x) { return s[static_cast<std::size_t>(x)]; };
+  const auto pair = [&](int x) { return at(x) + at(x + 1); };
+  const auto four = [&](int x) { return pair(x) + pair(x + 2); };
+  std::vector<float> h;
+  for (int x = 0; x < width; ++x) {
+    float sum = 0.0F;
+    if (mask == 1) {
+      sum = at(x);
+    } else if (mask == 3) {
+      sum = pair(x) + at(x + 2);
+    } else if (mask == 5) {
+      sum = ((pair(x) + at(x + 2)) + at(x + 3)) + at(x + 4);
+    } else if (mask == 7) {
+      sum = ((((pair(x) + at(x + 2)) + at(x + 3)) + at(x + 4)) + at(x + 5)) + at(x + 6);
+    } else if (x >= 4) {
+      sum = (h[static_cast<std::size_t>(x - 4)] - four(x - 4)) + four(x - 4 + mask);
+    } else if (mask % 4 == 2) {
+      sum = pair(x);
+      for (int i = 2; i < mask; i += 2) sum = sum + pair(x + i);
+    } else {
+      sum = four(x);
+      const int whole = mask / 4 * 4;
+      for (int i = 4; i < whole; i += 4) sum = sum + four(x + i);
+      if (mask % 4 == 1) sum = sum + at(x + whole);
+      if (mask % 4 == 3) sum = sum + (pair(x + whole) + at(x + whole + 2));
+    }
+    h.push_back(sum);
+  }
+  return h;
+}
+
+// One part of the region: sums start anew.
+void filterPart(const Source& source, Plane<float>& dst, const Box& box, int x0, int y0, int width, int height) {
+  if (width < 1 || height < 1) return;
+  const int m = box.mask.height;
+  const float inverse = 1.0F / (static_cast<float>(box.mask.width) * static_cast<float>(m));
+  std::vector<std::vector<float>> h;
+  for (int y = y0 - box.top(); y < y0 + height + box.bottom(); ++y) {
+    std::vector<float> row;
+    for (int x = x0 - box.left(); x < x0 + width + box.right(); ++x) row.push_back(source(x, y));
+    h.push_back(rowSums(row, width, box.mask.width));
+  }
+  for (int x = 0; x < width; ++x) {
+    const auto sum = [&](int r) { return h[static_cast<std::size_t>(r)][static_cast<std::size_t>(x)]; };
+    float accumulator = sum(0);
+    for (int r = 1; r < m - 1; ++r) accumulator = accumulator + sum(r);
+    for (int y = 0; y < height; ++y) {
+      const float total = m == 1 ? sum(y) : accumulator + sum(y + m - 1);
+      dst.at(x0 + x, y0 + y) = total * inverse;
+      accumulator = total - sum(y);
+    }
+  }
+}
+
+Plane<float> expected(const Plane<float>& src, Plane<float> dst, const Box& box) {
+  const int w = src.width();
+  const int h = src.height();
+  const Source source = extended(src, box);
+  if (box.mask.width == 1 && box.mask.height == 1) {
+    for (int y = 0; y < h; ++y) {
+      for (int x = 0; x < w; ++x) dst.at(x, y) = src.at(x, y);
+    }
+  } else if (box.border == ippBorderInMem || w <= box.mask.width || h <= box.mask.height) {
+    filterPart(source, dst, box, 0, 0, w, h);
+  } else {
+    const int left = (box.border & 64) != 0 ? 0 : box.left();
+    const int right = (box.border & 128) != 0 ? 0 : box.right();
+    const int top = (box.border & 16) != 0 ? 0 : box.top();
+    const int bottom = (box.border & 32) != 0 ? 0 : box.bottom();
+    filterPart(source, dst, box, left, top, w - left - right, h - top - bottom);
+    filterPart(source, dst, box, 0, 0, w, top);
+    filterPart(source, dst, box, 0, h - bottom, w, bottom);
+    filterPart(source, dst, box, 0, top, left, h - top - bottom);
+    filterPart(source, dst, box, w - right, top, right, h - top - bottom);
+  }
+  return dst;
+}
+
+FencedMemory bufferFor(const Plane<float>& src, const Box& box, std::size_t offset = 4) {
+  int size = 0;
+  EXPECT_EQ(ippiFilterBoxBorderGetBufferSize(src.size(), box.mask, ipp32f, 1, &size), ippStsNoErr);
+  return FencedMemory(size, offset);
+}
+
+IppStatus filter(const float* src, int srcStep, Plane<float>& dst, const Box& box, const FencedMemory& buffer) {
+  return ippiFilterBoxBorder_32f_C1R(src, srcStep, dst.first(), dst.step(), dst.size(), box.mask, box.border,
+                                     &box.value, buffer.get());
+}
+
+// Separate and in place, on every row of bodies.
+void expectTheFormula(const Plane<float>& src, const Box& box) {
+  const Plane<float> target(src.width(), src.height(), src.margin(), 2);
+  const Plane<float> separate = expected(src, target, box);
+  const Plane<float> inPlace = expected(src, src, box);
+  onEachRow([&] {
+    const FencedMemory buffer = bufferFor(src, box);
+    Plane<float> dst = target;
+    EXPECT_EQ(filter(src.first(), src.step(), dst, box, buffer), ippStsNoErr);
+    EXPECT_TRUE(sameBits(dst, separate));
+    Plane<float> both = src;
+    EXPECT_EQ(filter(both.first(), both.step(), both, box, buffer), ippStsNoErr);
+    EXPECT_TRUE(sameBits(both, inPlace)) << "in place";
+  });
+}
+
+constexpr unsigned borders[] = {1, 3, 6, 17, 33, 49, 65, 129, 193, 19, 35, 67, 131, 22, 38, 54, 70, 134, 115, 240, 243};
+
+TEST(BoxFilter, HasTheBitsOfTheGivenSumsOnEveryRowOfBodies) {
+  std::mt19937 random(5);
+  for (int width = 1; width <= 40; ++width) {
+    for (int mask = 1; mask <= 13; ++mask) {
+      const int height = static_cast<int>(random() % 40) + 1;
+      const int maskHeight = static_cast<int>(random() % 13) + 1;
+      const Box box = {{mask, maskHeight}, borders[random() % std::size(borders)], 0.75F};
+      expectTheFormula(Plane<float>(width, height, 13, static_cast<unsigned>(random())), box);
+      if (HasFailure()) FAIL() << width << " x " << height << ", " << mask << " x " << maskHeight << ", " << box.border;
+    }
+  }
+}
+
+TEST(BoxFilter, HasTheBitsOfTheGivenSumsForEachBorder) {
+  std::mt19937 random(6);
+  constexpr IppiSize masks[] = {{2, 2}, {4, 4}, {3, 3}, {1, 5}, {6, 1}, {12, 9}, {25, 30}, {41, 2}, {2, 41}};
+  for (const unsigned border : borders) {
+    for (const IppiSize mask : masks) {
+      for (const IppiSize size :
+           {IppiSize{67, 35}, IppiSize{26, 31}, IppiSize{3, 3}, IppiSize{1, 50}, IppiSize{50, 1}}) {
+        expectTheFormula(Plane<float>(size.width, size.height, 41, static_cast<unsigned>(random())),
+                         {mask, border, -0.5F});
+        if (HasFailure()) FAIL() << size.width << " x " << size.height << ", " << mask.width << ", " << border;
+      }
+    }
+  }
+}
+
+TEST(BoxFilter, CarriesResiduesAndSpecialValuesAsTheSumsDo) {
+  for (const float special : {1e8F, -0.0F, 1e-42F, std::numeric_limits<float>::infinity(), std::nanf("")}) {
+    Plane<float> src(45, 40, 13, 3);
+    src.at(11, 9) = special;
+    expectTheFormula(src, {{9, 9}, ippBorderRepl, 0.0F});
+  }
+  // The sum of ones below and right of a large sample that has left the window.
+  Plane<float> ones(30, 30, 4, 1);
+  for (int y = -4; y < 34; ++y) {
+    for (int x = -4; x < 34; ++x) ones.at(x, y) = 1.0F;
+  }
+  ones.at(10, 10) = 1e8F;
+  const Box box = {{4, 4}, ippBorderInMem, 0.0F};
+  ASSERT_EQ(filter(ones.first(), ones.step(), ones, box, bufferFor(ones, box)), ippStsNoErr);
+  EXPECT_EQ(ones.at(2, 2), 1.0F);
+  EXPECT_NE(ones.at(10, 20), 1.0F);
+}
+
+TEST(BoxFilter, IsTheMeanOverTheWindow) {
+  for (const IppiSize mask : {IppiSize{3, 3}, IppiSize{4, 4}, IppiSize{25, 25}, IppiSize{10, 61}, IppiSize{1, 7}}) {
+    for (const unsigned border : borders) {
+      const Plane<float> src(90, 70, 61, 8);
+      const Box box = {mask, border, 0.25F};
+      const Source source = extended(src, box);
+      Plane<float> dst = src;
+      ASSERT_EQ(filter(src.first(), src.step(), dst, box, bufferFor(src, box)), ippStsNoErr);
+      for (const IppiPoint p :
+           {IppiPoint{0, 0}, IppiPoint{89, 69}, IppiPoint{40, 35}, IppiPoint{0, 69}, IppiPoint{88, 1}}) {
+        double sum = 0.0;
+        for (int y = p.y - box.top(); y <= p.y + box.bottom(); ++y) {
+          for (int x = p.x - box.left(); x <= p.x + box.right(); ++x) sum += double{source(x, y)};
+        }
+        EXPECT_NEAR(double{dst.at(p.x, p.y)}, sum / mask.width / mask.height, 2e-5) << mask.width << ' ' << border;
+      }
+    }
+  }
+}
+
+TEST(BoxFilter, PutsTheLargerHalfOfAnEvenMaskToTheRightAndBelow) {
+  Plane<float> src(5, 5, 4, 1);
+  for (int y = 0; y < 5; ++y) {
+    for (int x = 0; x < 5; ++x) src.at(x, y) = static_cast<float>(x + 10 * y);
+  }
+  Plane<float> dst = src;
+  const Box box = {{4, 4}, ippBorderRepl, 0.0F};
+  ASSERT_EQ(filter(src.first(), src.step(), dst, box, bufferFor(src, box)), ippStsNoErr);
+  EXPECT_EQ(dst.at(0, 0), 8.25F);   // rows and columns 0, 0, 1, 2
+  EXPECT_EQ(dst.at(4, 4), 41.25F);  // rows and columns 3, 4, 4, 4
+}
+
+// Pointers and steps on 64-byte boundaries, or beside them.
+TEST(BoxFilter, DoesNotDependOnAlignment) {
+  const Plane<float> src(75, 40, 6, 4);
+  for (const int mask : {2, 5, 8, 11, 13}) {
+    const Box box = {{mask, mask}, ippBorderMirror, 0.0F};
+    const Plane<float> want = expected(src, src, box);
+    onEachRow([&] {
+      std::int32_t step = 0;
+      float* const aligned = ippiMalloc_32f_C1(75, 40, &step);
+      Plane<float> dst = src;
+      ippiCopy_32f_C1R(src.first(), src.step(), aligned, step, src.size());
+      EXPECT_EQ(filter(aligned, step, dst, box, bufferFor(src, box, 0)), ippStsNoErr);
+      EXPECT_TRUE(sameBits(dst, want));
+      const FencedMemory buffer = bufferFor(src, box, 1);
+      EXPECT_EQ(ippiFilterBoxBorder_32f_C1R(aligned, step, aligned, step, src.size(), box.mask, box.border, nullptr,
+                                            buffer.get()),
+                ippStsNoErr);
+      ippiCopy_32f_C1R(aligned, step, dst.first(), dst.step(), src.size());
+      EXPECT_TRUE(sameBits(dst, want)) << "in place";
+      ippiFree(aligned);
+    });
+  }
+}
+
+TEST(BoxFilter, RefusesInTheGivenOrder) {
+  constexpr int most = std::numeric_limits<int>::max();
+  int size = 77;
+  const auto query = ippiFilterBoxBorderGetBufferSize;
+  EXPECT_EQ(query({0, 1}, {0, 0}, 2, 2, nullptr), -8);
+  EXPECT_EQ(query({0, 1}, {0, 0}, 2, 2, &size), -6);
+  EXPECT_EQ(query({1, -1}, {0, 0}, 2, 2, &size), -6);
+  EXPECT_EQ(query({1, 1}, {0, 1}, 2, 2, &size), -33);
+  EXPECT_EQ(query({1, 1}, {1, 0}, 2, 2, &size), -33);
+  EXPECT_EQ(query({1, 1}, {1, 1}, 2, 2, &size), -59);
+  EXPECT_EQ(query({most, most}, {1, 1}, 13, 2, &size), -53);
+  for (const int side : {1, 5, 100000, most}) {
+    EXPECT_EQ(query({most, most}, {side, side}, 13, 1, &size), -232);
+    EXPECT_EQ(query({side, 1}, {most, most}, 13, 4, &size), -232);
+  }
+  EXPECT_EQ(query({20000, 20000}, {15000, 15000}, 13, 1, &size), -232);
+  EXPECT_EQ(size, 77);
+  for (const int type : {1, 5, 7, 13}) {
+    for (const int channels : {1, 3, 4}) EXPECT_EQ(query({9, 9}, {3, 3}, type, channels, &size), 0);
+  }
+
+  const float one = 1.0F;
+  float dst = 77.0F;
+  unsigned char buffer[1];
+  const auto run = ippiFilterBoxBorder_32f_C1R;
+  EXPECT_EQ(run(nullptr, 0, &dst, 0, {0, 0}, {0, 0}, 0, nullptr, buffer), -8);
+  EXPECT_EQ(run(&one, 0, nullptr, 0, {0, 0}, {0, 0}, 0, nullptr, buffer), -8);
+  EXPECT_EQ(run(&one, 0, &dst, 0, {0, 0}, {0, 0}, 0, nullptr, nullptr), -8);
+  EXPECT_EQ(run(&one, 0, &dst, 4, {0, 0}, {0, 0}, 0, nullptr, buffer), -16);
+  EXPECT_EQ(run(&one, 4, &dst, 0, {0, 0}, {0, 0}, 0, nullptr, buffer), -16);
+  EXPECT_EQ(run(&one, 4, &dst, 4, {1, 0}, {0, 0}, 0, nullptr, buffer), -6);
+  EXPECT_EQ(run(&one, 4, &dst, 4, {1, 1}, {1, 0}, 0, nullptr, buffer), -33);
+  for (const unsigned border : {0U, 2U, 7U, 242U, 256U, 257U, 0x80000001U}) {
+    EXPECT_EQ(run(&one, 4, &dst, 4, {1, 1}, {1, 1}, border, nullptr, buffer), -225) << border;
+  }
+  EXPECT_EQ(run(&one, 4, &dst, 4, {1, 1}, {1, 1}, 6, nullptr, buffer), -8);
+  EXPECT_EQ(dst, 77.0F);
+}
+
+}  // namespace
