@@ -128,6 +128,24 @@ void GaussianBorder(benchmark::State& state) {
   });
 }
 
+// The same time at every mask is the point.
+void BoxFilter(benchmark::State& state, bool inPlace) {
+  const IppiSize size = sizeOf(state.range(0));
+  const auto side = static_cast<int>(state.range(2));
+  Image src(size.width, size.height);
+  Image dst(size.width, size.height);
+  src.randomise();
+  dst.randomise();
+  int bufferSize = 0;
+  ippiFilterBoxBorderGetBufferSize(size, {side, side}, ipp32f, 1, &bufferSize);
+  std::vector<unsigned char> buffer(static_cast<std::size_t>(bufferSize));
+  const Image& from = inPlace ? dst : src;
+  run(state, src, dst, dst, [&] {
+    return ippiFilterBoxBorder_32f_C1R(from.samples, from.step, dst.samples, dst.step, size, {side, side},
+                                       ippBorderRepl, nullptr, buffer.data());
+  });
+}
+
 void eachSizeAndRow(benchmark::internal::Benchmark* bench) {
   bench->ArgNames({"megapixels", "row"})->ArgsProduct({{1, 6}, {0, 1, 2, 3, 4}})->Unit(benchmark::kMillisecond);
 }
@@ -135,5 +153,13 @@ BENCHMARK(ResizeHalving)->Apply(eachSizeAndRow);
 BENCHMARK(ResizeDoubling)->Apply(eachSizeAndRow);
 BENCHMARK(GaussianBand)->Apply(eachSizeAndRow);
 BENCHMARK(GaussianBorder)->Apply(eachSizeAndRow);
+
+void eachSizeRowAndMask(benchmark::internal::Benchmark* bench) {
+  bench->ArgNames({"megapixels", "row", "mask"})
+      ->ArgsProduct({{1, 6}, {0, 1, 2, 3, 4}, {3, 25, 201}})
+      ->Unit(benchmark::kMillisecond);
+}
+BENCHMARK_CAPTURE(BoxFilter, separate, false)->Apply(eachSizeRowAndMask);
+BENCHMARK_CAPTURE(BoxFilter, inPlace, true)->Apply(eachSizeRowAndMask);
 
 }  // namespace

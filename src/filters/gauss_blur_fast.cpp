@@ -1,81 +1,52 @@
-// KivImage::GaussBlurFast: one Gaussian specification, the image in horizontal bands, four threads.
+// KivImage: the Gaussians of plane 0 that run in bands.
 
 #include <algorithm>
-#include <atomic>
-#include <cmath>
+#include <functional>
 
-#include "image/kiv_image.h"
-#include "image/scratch.h"
+#include "filters/gaussian_bands.h"
 
 namespace {
 
-constexpr int threadCount = 4;
-constexpr int bandsPerImage = 8;
+// Whether plane 0 of both may share samples. True also where the rows of one lie between those of the other.
+bool mayOverlap(const KivImage& a, const KivImage& b) {
+  const std::less_equal<> notBehind;
+  return !notBehind(a.At(0, 0, a.size.height), b.planes[0]) && !notBehind(b.At(0, 0, b.size.height), a.planes[0]);
+}
 
-// The cut of an image into bands. Each reads its real neighbour rows across its edges, so the cut leaves no trace.
-struct BandCut {
-  int imageHeight;
-  int reach;  // rows that the kernel needs beyond a band
-
-  int bandHeight() const { return std::max((imageHeight + bandsPerImage - 1) / bandsPerImage, reach); }
-
-  // True when too few rows are left under the band for the kernel: it then runs to the last row.
-  bool isLast(int band) const { return imageHeight - std::int64_t{bandHeight()} * (band + std::int64_t{1}) < reach; }
-
-  int count() const {
-    int band = 0;
-    while (!isLast(band)) ++band;
-    return band + 1;
-  }
-};
+// As blurInBands, and for a dst on src's own samples too: bands read rows that others have written by then.
+void blurPlane0(const KivImage& src, KivImage& dst, float sigma, int multiplier) {
+  if (!mayOverlap(src, dst)) return blurInBands(src, dst, sigma, multiplier);
+  if (!(sigma > 0.0F) || gaussianReach(sigma, multiplier) < 1) return;
+  KivImage blurred(src.size, 1);
+  blurInBands(src, blurred, sigma, multiplier);
+  ippiCopy_32f_C1R(blurred.planes[0], blurred.stride, dst.planes[0], dst.stride, src.size);
+}
 
 }  // namespace
 
 void KivImage::GaussBlurFast(const KivImage& src, float sigma, int factor) {
   allocateLike(src);
-  const float reach = std::ceil(static_cast<float>(factor) * sigma);
-  if (!(sigma > 0.0F && reach >= 1.0F)) return;
-  constexpr float largestReach = 1073741823.0F;  // as a float 2^30, whose kernel of 2^31 + 1 taps has no size
-  if (reach >= largestReach) throw NO_MEMORY_ERROR();
+  blurInBands(src, *this, sigma, factor);
+}
 
-  const int width = src.size.width;
-  const BandCut cut{src.size.height, static_cast<int>(reach)};
-  const int kernelSize = 2 * cut.reach + 1;
-  constexpr int oneChannel = 1;
+void KivImage::GaussBlurDecimate(const KivImage& src, float sigma, int kernelMultiplier) {
+  allocateLike(src);
+  constexpr float smallSigma = 3.0F;
+  constexpr int smallSide = 400;
+  int decimation = 1;
+  for (int side = std::min(src.size.width, src.size.height); sigma > smallSigma && side > smallSide; side /= 2) {
+    sigma *= 0.5F;
+    decimation *= 2;
+  }
+  if (decimation == 1) return blurPlane0(src, *this, sigma, kernelMultiplier);
 
-  std::int64_t specSize = 0;
-  std::int64_t initBufferSize = 0;
-  std::int64_t bufferSize = 0;
-  if (ippiFilterGaussianGetSpecSize_L(kernelSize, ipp32f, oneChannel, &specSize, &initBufferSize) != ippStsNoErr ||
-      ippiFilterGaussianGetBufferSize_L(width, cut.bandHeight(), kernelSize, ipp32f, ippBorderRepl, oneChannel,
-                                        &bufferSize) != ippStsNoErr) {
-    return;
-  }
-  // Before the taps are worked out: of a kernel that no thread can have the rows for there may be a billion.
-  if (bufferSize > INT32_MAX) throw NO_MEMORY_ERROR();
-  const Scratch spec = makeScratch(specSize);
-  const Scratch initBuffer = makeScratch(initBufferSize);
-  if (ippiFilterGaussianInit_L(width, cut.imageHeight, kernelSize, ippBorderRepl, ipp32f, oneChannel, spec.get(),
-                               initBuffer.get(), sigma) != ippStsNoErr) {
-    return;
-  }
+  KivImage reduced;
+  reduced.Resize(src, src.size.width / decimation, src.size.height / decimation);
+  blurPlane0(reduced, reduced, sigma, kernelMultiplier);
+  Resize(reduced, src.size);
+}
 
-  const int bandCount = cut.count();
-  std::atomic<bool> outOfMemory{false};
-#pragma omp parallel num_threads(threadCount)
-  {
-    const Scratch buffer = tryScratch(bufferSize);
-    if (buffer == nullptr) outOfMemory = true;
-#pragma omp for schedule(static)
-    for (int band = 0; band < bandCount; ++band) {
-      if (buffer == nullptr) continue;
-      const int y = band * cut.bandHeight();
-      const bool last = cut.isLast(band);
-      const int height = last ? cut.imageHeight - y : cut.bandHeight();
-      const int border = ippBorderRepl | (y > 0 ? ippBorderInMemTop : 0) | (last ? 0 : ippBorderInMemBottom);
-      ippiFilterGaussian_32f_C1R_L(src.At(0, 0, y), src.stride, At(0, 0, y), stride, width, height,
-                                   static_cast<std::uint32_t>(border), nullptr, spec.get(), buffer.get());
-    }
-  }
-  if (outOfMemory) throw NO_MEMORY_ERROR();
+void KivImage::GaussBlurSSE(const KivImage& src, KivImage& scratch, float, int) {
+  allocateLike(src);
+  scratch.allocateLike(src);
 }

@@ -32,6 +32,7 @@ struct KivRect {
 };
 
 class KivImage;
+class Kernel;  // filters/kernel.h
 
 // A deferred operand: what an arithmetic operator is to do once its result is assigned. Holds plain pointers, so the
 // operands must live until then.
@@ -161,10 +162,58 @@ class KivImage {
 
   // ---- Neighbourhoods ----
 
-  // Gaussian of standard deviation sigma, reaching ceil(factor * sigma) samples each way, on src with its edge samples
-  // repeated; plane 0 only. Runs on four threads. this and src are different images. A sigma not above 0 leaves the
-  // target as it was.
+  // Whatever lies beyond src is its edge samples repeated, unless an operation says otherwise. Where it isn't said that
+  // this and src may be the same image, they are different ones.
+
+  // What lies beyond the image in ApplyBoxFilter.
+  enum KivBorderType : std::int32_t {
+    KIV_BORDER_CONST = 1,      // a given value
+    KIV_BORDER_IN_MEM = 2,     // samples in memory: src is a view with radius samples around it
+    KIV_BORDER_REPLICATE = 3,  // the edge sample, repeated
+    KIV_BORDER_MIRROR = 4,     // reflection about the edge sample, which isn't repeated
+  };
+
+  // The mean over squares of 2 radius + 1 samples a side, at the same cost for every radius: running sums, see
+  // ippiFilterBoxBorder_32f_C1R. src's planes, several of them on several threads; this may be src. A negative radius
+  // leaves the target as it was.
+  void Box_Blur(const KivImage& src, int radius);
+  // The same with the border of choice (another than the four leaves the target as it was). divideByArea divides the
+  // means in all planes of this by the number of samples once more.
+  void ApplyBoxFilter(const KivImage& src, int radius, KivBorderType border, float borderValue, bool divideByArea);
+
+  // The kernel's taps along the rows, then along the columns, sums in ascending order of the taps and in single
+  // precision. src is a view with kernel.radius samples around it, so nothing is repeated. passes is 0 for both, 1 for
+  // the rows alone, 2 for the columns alone; any other leaves the target as it was. Rows run in parallel.
+  void Filter(const KivImage& src, const Kernel& kernel, int passes);
+  // The same, both passes, for a src without such a margin; this may be src.
+  void Filter_With_Pad(const KivImage& src, const Kernel& kernel);
+
+  // ---- Gaussians of standard deviation sigma. All but the box and the recursive form reach ceil(multiplier * sigma)
+  // samples each way.
+
+  // Plane 0 only, on four threads. A sigma not above 0 leaves the target as it was.
   void GaussBlurFast(const KivImage& src, float sigma, int factor);
+  // As GaussBlurFast, and this may be src. A sigma above 3 on an image whose smaller side is above 400 works on a
+  // reduced image, halved until one of them no longer is; then plane 0 comes back blurred, the planes above it
+  // resampled from the reduced image.
+  void GaussBlurDecimate(const KivImage& src, float sigma, int kernelMultiplier);
+  // All planes; this may be src. With borderIsReplicate false, src is a view with as many samples around it as the
+  // kernel reaches. What the primitives refuse is thrown as an int holding their status: -5 for a sigma not above 0.
+  void Gauss_Blur(const KivImage& src, float sigma, int kernelMultiplier, bool borderIsReplicate);
+  // The same in 16 and 8 bits: samples in the range of these integers, not 0 to 1, are cut to whole levels, and so is
+  // the result.
+  void GaussBlur16(const KivImage& src, float sigma, int kernelMultiplier, bool borderIsReplicate);
+  void GaussBlur8(const KivImage& src, float sigma, int kernelMultiplier, bool borderIsReplicate);
+  // As many box means, of two neighbouring odd sides, whose variances add up to about sigma's, all planes. this may be
+  // src. passes below 1, or a sigma that is NaN, leave the target as it was.
+  void Gaussian_Box_Blur(const KivImage& src, float sigma, int passes);
+  // The recursive filter of third order of Young and van Vliet, "Recursive implementation of the Gaussian filter"
+  // (1995), forward and backward along rows and columns, all planes: at the same cost for every sigma, and within some
+  // percent of the Gaussian's peak (sigma 1: 10, 2: 6, 3 to 10: 4, 50: 2.5). Double precision along a line. this may be
+  // src. A sigma below about 0.306, where the filter's formula would sharpen, or NaN, copies src.
+  void Gaussian_IIR_Blur(const KivImage& src, double sigma);
+  // Allocates this and scratch like src where they are empty; changes no sample.
+  void GaussBlurSSE(const KivImage& src, KivImage& scratch, float sigma, int kernelMultiplier);
 
   // ---- Overlay ----
 

@@ -1,0 +1,86 @@
+// One Gaussian specification, the image in horizontal bands, four threads.
+
+#include "filters/gaussian_bands.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+
+#include "image/scratch.h"
+
+namespace {
+
+constexpr int threadCount = 4;
+constexpr int bandsPerImage = 8;
+
+// The cut of an image into bands. Each reads its real neighbour rows across its edges, so the cut leaves no trace.
+struct BandCut {
+  int imageHeight;
+  int reach;  // rows that the kernel needs beyond a band
+
+  int bandHeight() const { return std::max((imageHeight + bandsPerImage - 1) / bandsPerImage, reach); }
+
+  // True when too few rows are left under the band for the kernel: it then runs to the last row.
+  bool isLast(int band) const { return imageHeight - std::int64_t{bandHeight()} * (band + std::int64_t{1}) < reach; }
+
+  int count() const {
+    int band = 0;
+    while (!isLast(band)) ++band;
+    return band + 1;
+  }
+};
+
+}  // namespace
+
+int gaussianReach(float sigma, int multiplier) {
+  const float reach = std::ceil(static_cast<float>(multiplier) * sigma);
+  if (!(reach >= 1.0F)) return 0;
+  constexpr float largestReach = 1073741823.0F;  // as a float 2^30, whose kernel of 2^31 + 1 taps has no size
+  if (reach >= largestReach) throw NO_MEMORY_ERROR();
+  return static_cast<int>(reach);
+}
+
+void blurInBands(const KivImage& src, KivImage& dst, float sigma, int multiplier) {
+  if (!(sigma > 0.0F)) return;
+  const int width = src.size.width;
+  const BandCut cut{src.size.height, gaussianReach(sigma, multiplier)};
+  if (cut.reach < 1) return;
+  const int kernelSize = 2 * cut.reach + 1;
+  constexpr int oneChannel = 1;
+
+  std::int64_t specSize = 0;
+  std::int64_t initBufferSize = 0;
+  std::int64_t bufferSize = 0;
+  if (ippiFilterGaussianGetSpecSize_L(kernelSize, ipp32f, oneChannel, &specSize, &initBufferSize) != ippStsNoErr ||
+      ippiFilterGaussianGetBufferSize_L(width, cut.bandHeight(), kernelSize, ipp32f, ippBorderRepl, oneChannel,
+                                        &bufferSize) != ippStsNoErr) {
+    return;
+  }
+  // Before the taps are worked out: of a kernel that no thread can have the rows for there may be a billion.
+  if (bufferSize > INT32_MAX) throw NO_MEMORY_ERROR();
+  const Scratch spec = makeScratch(specSize);
+  const Scratch initBuffer = makeScratch(initBufferSize);
+  if (ippiFilterGaussianInit_L(width, cut.imageHeight, kernelSize, ippBorderRepl, ipp32f, oneChannel, spec.get(),
+                               initBuffer.get(), sigma) != ippStsNoErr) {
+    return;
+  }
+
+  const int bandCount = cut.count();
+  std::atomic<bool> outOfMemory{false};
+#pragma omp parallel num_threads(threadCount)
+  {
+    const Scratch buffer = tryScratch(bufferSize);
+    if (buffer == nullptr) outOfMemory = true;
+#pragma omp for schedule(static)
+    for (int band = 0; band < bandCount; ++band) {
+      if (buffer == nullptr) continue;
+      const int y = band * cut.bandHeight();
+      const bool last = cut.isLast(band);
+      const int height = last ? cut.imageHeight - y : cut.bandHeight();
+      const int border = ippBorderRepl | (y > 0 ? ippBorderInMemTop : 0) | (last ? 0 : ippBorderInMemBottom);
+      ippiFilterGaussian_32f_C1R_L(src.At(0, 0, y), src.stride, dst.At(0, 0, y), dst.stride, width, height,
+                                   static_cast<std::uint32_t>(border), nullptr, spec.get(), buffer.get());
+    }
+  }
+  if (outOfMemory) throw NO_MEMORY_ERROR();
+}

@@ -1,0 +1,75 @@
+// KivImage: a one-dimensional kernel along rows and columns.
+
+#include "filters/kernel.h"
+#include "image/kiv_image.h"
+
+namespace {
+
+enum Passes : int { both = 0, rowsOnly = 1, columnsOnly = 2 };
+
+// The line that is filtered: first(0) is its first sample, first(i) the same line moved on by i taps.
+template <typename Line>
+void sumTaps(Line line, const Kernel& kernel, float* to, int width) {
+  const float* from = line(0);
+  for (int x = 0; x < width; ++x) to[x] = from[x] * kernel.taps[0];
+  for (int i = 1; i < kernel.size; ++i) {
+    const float tap = kernel.taps[i];
+    from = line(i);
+    for (int x = 0; x < width; ++x) to[x] = to[x] + from[x] * tap;
+  }
+}
+
+// size is that of dst; src has a margin of kernel.radius samples to the left and right.
+void filterRows(const KivImage& src, int plane, int firstRow, const Kernel& kernel, const KivImage& dst, int dstPlane) {
+#pragma omp parallel for schedule(static)
+  for (int y = 0; y < dst.size.height; ++y) {
+    const float* const row = src.At(plane, -kernel.radius, firstRow + y);
+    sumTaps([row](int tap) { return row + tap; }, kernel, dst.At(dstPlane, 0, y), dst.size.width);
+  }
+}
+
+// Row firstRow of src is under the first tap of dst's row 0.
+void filterColumns(const KivImage& src, int plane, int firstRow, const Kernel& kernel, const KivImage& dst,
+                   int dstPlane) {
+#pragma omp parallel for schedule(static)
+  for (int y = 0; y < dst.size.height; ++y) {
+    const auto line = [&](int tap) { return src.At(plane, 0, firstRow + y + tap); };
+    sumTaps(line, kernel, dst.At(dstPlane, 0, y), dst.size.width);
+  }
+}
+
+int withMargins(int length, int margin, int more) {
+  const std::int64_t sum = length + 2 * std::int64_t{margin} + more;
+  if (sum > INT32_MAX) throw NO_MEMORY_ERROR();
+  return static_cast<int>(sum);
+}
+
+}  // namespace
+
+void KivImage::Filter(const KivImage& src, const Kernel& kernel, int passes) {
+  allocateLike(src);
+  const int r = kernel.radius;
+  if (passes == rowsOnly) {
+    for (int i = 0; i < channels; ++i) filterRows(src, i, 0, kernel, *this, i);
+  } else if (passes == columnsOnly) {
+    for (int i = 0; i < channels; ++i) filterColumns(src, i, -r, kernel, *this, i);
+  } else if (passes == both) {
+    KivImage alongRows(size.width, withMargins(size.height, r, 0), 1);
+    for (int i = 0; i < channels; ++i) {
+      filterRows(src, i, -r, kernel, alongRows, 0);
+      filterColumns(alongRows, 0, 0, kernel, *this, i);
+    }
+  }
+}
+
+void KivImage::Filter_With_Pad(const KivImage& src, const Kernel& kernel) {
+  allocateLike(src);
+  const int r = kernel.radius;
+  KivImage padded(withMargins(size.width, r, 0), withMargins(size.height, r, 1), 1);
+  for (int i = 0; i < channels; ++i) {
+    const IppStatus status = ippiCopyReplicateBorder_32f_C1R(src.planes[i], src.stride, src.size, padded.planes[0],
+                                                             padded.stride, padded.size, r, r);
+    // Refused, the copy holds no samples.
+    if (status == ippStsNoErr) Plane(i).Filter(padded.Sub_Section(r, r), kernel, both);
+  }
+}
