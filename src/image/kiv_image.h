@@ -49,6 +49,17 @@ struct KIV_Generic_Params {
   ImageOp imageOp;         // for kind 1; called with the second operand first
 };
 
+// Deferred operands of the blends, made by Blend_R and OverlayBlend_R. Plain pointers here too.
+struct ImageBlendParameters {
+  const KivImage* first;
+  const KivImage* second;
+  float amount;
+};
+struct ImageOverlayBlendParameters {
+  const KivImage* first;
+  const KivImage* second;
+};
+
 class KivImage {
  public:
   std::int32_t channels;  // planes; 0 marks an empty image
@@ -214,6 +225,87 @@ class KivImage {
   void Gaussian_IIR_Blur(const KivImage& src, double sigma);
   // Allocates this and scratch like src where they are empty; changes no sample.
   void GaussBlurSSE(const KivImage& src, KivImage& scratch, float sigma, int kernelMultiplier);
+
+  // Detail around grey 0.5, of half strength: 0.5 + 0.5 * (src - blur), each plane with its own
+  // GaussBlurDecimate(sigma, 4). The target may be src. A sigma not above 0: the blur is the source itself, so that the
+  // result is flat. The flag is not used.
+  void HighPassFilter(const KivImage& src, float sigma, bool unused);
+  // The same of full strength, src - blur + 0.5, on plane 0; the planes above it hold what
+  // GaussBlurDecimate(src, sigma, kernelMultiplier) leaves there. The target may be src. A sigma or a kernelMultiplier
+  // not above 0: the blur is the source itself, as above.
+  void HighPassPS(const KivImage& src, float sigma, int kernelMultiplier);
+  // Sharpens: clamp(src + amount / 100 * detail) * mask + src * (1 - mask), where detail = src - blur, in two parts
+  // each limited to 0 to 1, and the mask is 1 where the pixel is brighter than its blur by more than threshold, in all
+  // planes at once, and itself blurred. The target may be src. Both blurs are Gauss_Blur(sigma, 5, true); its statuses
+  // are thrown.
+  void UsmPS(const KivImage& src, float amount, float sigma, float threshold);
+
+  // ---- Tone: each step of a formula is rounded to single precision; nothing clips unless it says so ----
+
+  // x^gamma as exp(ln(x) * gamma): minus infinity or NaN from the logarithm goes into the exponential. A gamma of 1
+  // copies.
+  void ApplyGammaCurve(const KivImage& src, float gamma);
+  void ApplyGammaCurve(float gamma);
+
+  // With s(v) = 1 / (1 + exp(-v)), (s(slope * (x - midpoint)) - lo) / (hi - lo): lo is the logistic at x = 0 less 1e-6,
+  // hi that at x = 1 and 1e-6 more.
+  void SigmoidalCurve(const KivImage& src, float slope, float midpoint);
+  void SigmoidalCurve(float slope, float midpoint);
+
+  // (s(slope * x) - lo) / (hi - lo) * (high - low) + low, with lo and hi the logistic at low and high: through
+  // (low, low) and (high, high). ApplySigmoidalCurveKiv is the same curve in one pass. Where hi equals lo, the division
+  // is left out.
+  void SigmoidalCurve2(const KivImage& src, float slope, float low, float high);
+  void SigmoidalCurve2(float slope, float low, float high);
+
+  // Steepens around 0.5 with a positive contrast, (s(c * (x - 0.5)) - lo) / (hi - lo), and flattens with a negative
+  // one, by the inverse of that curve for -c. 0 and 1 stay where they are. A contrast from -0.5 to 0.5 copies.
+  void Sigmoidal_Contrast(const KivImage& src, float contrast);
+  void Sigmoidal_Contrast(float contrast);
+
+  // ltValue below ltThreshold, gtValue above gtThreshold; NaN becomes ltValue. An ltThreshold above gtThreshold is
+  // refused.
+  void Threshold(const KivImage& src, float ltThreshold, float ltValue, float gtThreshold, float gtValue);
+  void Threshold(float ltThreshold, float ltValue, float gtThreshold, float gtValue);
+  void Threshold_I(float limit);                        // clips to 0 to limit
+  void Threshold_GT(const KivImage& src, float limit);  // min(src, limit)
+  void Threshold_LT(const KivImage& src, float limit);  // max(src, limit)
+
+  // (x - low) / (high - low); for low = high the division is refused, which leaves x - low.
+  void Stretch_Range(float low, float high);
+  void Stretch_Range();  // with the smallest and the largest sample of plane 0, on all planes
+
+  // Plane 0 becomes table[x * count], x to the nearest entry; the other planes are only multiplied by count (less
+  // 0.001, as plane 0 is). table has count + 1 entries. Beyond 0 to 1 the nearest entry counts, for NaN the first. A
+  // null table or a negative count changes nothing.
+  void Apply_Lut(float* table, int count);
+  // A reserved name: it changes nothing.
+  void ApplyLut(KivImage& image, float* first, float* second, int count);
+
+  // ---- Blends: no clipping. The target may be any operand ----
+
+  // 2 * base * top where base is below 0.5, 1 - 2 * (1 - base) * (1 - top) above, their mean at 0.5. Each operand has
+  // the target's planes; base may have one for all of them.
+  void OverlayBlend(const KivImage& base, const KivImage& top);
+  // The same on plane 0 by BlendModeOverlayKiv's formula, rows in parallel.
+  void OverlayBlendSSE(const KivImage& base, const KivImage& top);
+
+  // weight * a + (1 - weight) * b on plane 0, the sum in double precision. An empty target stays empty.
+  void AlphaCombine(const KivImage& a, const KivImage& b, float weight);
+  void AlphaCombine(const KivImage& b, float weight);  // with this image as a
+
+  // filtered * w + base * (1 - w). The weight runs linearly from shadows at luminance 0 over midtones at 0.5 to
+  // highlights at 1, limited to 0 to 1. One w for all planes: from 0.299, 0.587, 0.114 of base's planes when it has
+  // three, else from its plane 0.
+  void ApplyTonalMask(const KivImage& base, const KivImage& filtered, float shadows, float midtones, float highlights);
+
+  // Deferred: nothing is computed until the result is assigned, and the operands must live until then.
+  ImageBlendParameters Blend_R(const KivImage& second, float amount) const;
+  ImageOverlayBlendParameters OverlayBlend_R(const KivImage& second) const;
+  // amount * (2 * first + second - 1) + (1 - amount) * second: linear light at the given opacity, over second.
+  KivImage& operator=(const ImageBlendParameters& p);
+  // OverlayBlend with first as base and second as top.
+  KivImage& operator=(const ImageOverlayBlendParameters& p);
 
   // ---- Overlay ----
 

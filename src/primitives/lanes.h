@@ -63,6 +63,9 @@ inline Floats select(Ints mask, Floats yes, Floats no) { return mask ? yes : no;
 inline Floats smaller(Floats a, Floats b) { return select(a < b, a, b); }  // b where either is NaN
 inline Floats larger(Floats a, Floats b) { return select(a > b, a, b); }   // b where either is NaN
 
+// Limited to 0 to 1; NaN gives 0, as it does in the thresholds.
+inline Floats limitedToUnit(Floats v) { return smaller(larger(v, toFloats(0.0F)), toFloats(1.0F)); }
+
 inline Ints bitsOf(Floats v) { return reinterpret_cast<Ints>(v); }
 inline Floats floatsOf(Ints v) { return reinterpret_cast<Floats>(v); }
 #if LANES != 4

@@ -1,0 +1,128 @@
+// Operations and kernels on every kind of target, compared with a naive form bit for bit; what lies beside the target
+// must not change.
+#pragma once
+
+#include <vector>
+
+#include "support/forced_row.h"
+#include "support/images.h"
+
+// Random samples, with those among them that take a branch of their own.
+inline KivImage trickyImage(int width, int height, int channels, unsigned seed) {
+  KivImage image = randomImage(width, height, channels, seed);
+  constexpr float special[] = {0.0F, -0.0F, 0.5F, 1.0F, 1e-40F, 1e30F, -1e30F, INFINITY, -INFINITY, NAN};
+  unsigned at = seed;
+  for (const float value : special) {
+    at = at * 7 + 3;
+    const int x = static_cast<int>(at % static_cast<unsigned>(width));
+    const int y = static_cast<int>(at / 64 % static_cast<unsigned>(height));
+    *image.At(static_cast<int>(at % static_cast<unsigned>(channels)), x, y) = value;
+  }
+  return image;
+}
+
+// sample(a, b) of plane i of a and plane i of b, or b's only plane.
+template <typename Sample>
+KivImage combined(const KivImage& a, const KivImage& b, Sample sample) {
+  KivImage result(a.size, a.channels);
+  for (int p = 0; p < a.channels; ++p) {
+    for (int y = 0; y < a.size.height; ++y) {
+      for (int x = 0; x < a.size.width; ++x) {
+        *result.At(p, x, y) = sample(*a.At(p, x, y), *b.At(b.channels > 1 ? p : 0, x, y));
+      }
+    }
+  }
+  return result;
+}
+
+template <typename Sample>
+KivImage mapped(const KivImage& a, Sample sample) {
+  return combined(a, a, [&](float v, float) { return sample(v); });
+}
+
+// run(target, a, b) onto a fresh image, a view, wrapped samples, and onto either operand. A run that doesn't allocate
+// starts from a copy of a.
+template <typename Run>
+void expectInEveryTarget(const KivImage& a, const KivImage& b, const KivImage& expected, Run run,
+                         bool allocates = true) {
+  const int width = a.size.width;
+  const int height = a.size.height;
+  const int channels = a.channels;
+  KivImage fresh;
+  if (!allocates) fresh = a;
+  run(fresh, a, b);
+  EXPECT_TRUE(sameBits(fresh, expected)) << "fresh";
+
+  KivImage parent = randomImage(width + 5, height + 4, channels, 99);
+  const KivImage before = randomImage(width + 5, height + 4, channels, 99);
+  KivImage view = parent.ROI(3, 2, width, height);
+  if (!allocates) view = a;
+  run(view, a, b);
+  EXPECT_TRUE(sameBits(view, expected)) << "view";
+  view = a;
+  run(view, view, b);
+  EXPECT_TRUE(sameBits(view, expected)) << "onto the first operand";
+  view = before.ROI(3, 2, width, height);
+  EXPECT_TRUE(sameBits(parent, before)) << "beside the view";
+
+  const auto count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height * channels);
+  std::vector<float> samples(count + 1, 42.0F);
+  KivImage wrapped(samples.data(), a.size, channels);
+  if (!allocates) wrapped = a;
+  run(wrapped, a, b);
+  EXPECT_TRUE(sameBits(wrapped, expected)) << "wrapped";
+  EXPECT_EQ(samples.back(), 42.0F);
+
+  if (&a == &b) return;
+  KivImage second;
+  second = b;
+  run(second, a, second);
+  EXPECT_TRUE(sameBits(second, expected)) << "onto the second operand";
+}
+
+// A kernel of two inputs on planes of one row step, and its formula.
+struct PlaneKernel {
+  const char* name;
+  void (*run)(float* dst, float* a, float* b, int height, int width, int step);
+  float (*sample)(float a, float b);
+};
+
+// Once per row of bodies.
+class PlaneKernels : public testing::TestWithParam<std::tuple<int, PlaneKernel>> {
+ protected:
+  void SetUp() override {
+    if (!ForcedRow::machineHas(row())) GTEST_SKIP() << "no row " << ForcedRow::nameOf(row()) << " here";
+  }
+  static int row() { return std::get<0>(GetParam()); }
+  static const PlaneKernel& kernel() { return std::get<1>(GetParam()); }
+
+  // Every width up to two and a half of the widest vectors, at an odd column of a wider image.
+  static void expectFormulaBitForBit() {
+    const ForcedRow forced(row());
+    constexpr int height = 3;
+    constexpr int column = 3;
+    for (int width = 1; width <= 40; ++width) {
+      KivImage a = trickyImage(width + 5, height + 1, 1, static_cast<unsigned>(width));
+      KivImage b = trickyImage(width + 5, height + 1, 1, static_cast<unsigned>(width) + 100);
+      const KivImage result = combined(a, b, kernel().sample);
+      KivImage other = randomImage(width + 5, height + 1, 1, 7);
+      for (const KivImage* target : {&other, &a, &b}) {
+        KivImage dst;
+        dst = *target;
+        KivImage expected;
+        expected = *target;
+        expected.ROI(column, 0, width, height) = result.ROI(column, 0, width, height);
+        float* const out = dst.At(0, column, 0);
+        kernel().run(out, target == &a ? out : a.At(0, column, 0), target == &b ? out : b.At(0, column, 0), height,
+                     width, dst.stride / 4);
+        EXPECT_TRUE(sameBits(dst, expected)) << "width " << width << (target == &other ? "" : ", onto an input");
+      }
+    }
+  }
+};
+
+inline std::string kernelName(const testing::TestParamInfo<std::tuple<int, PlaneKernel>>& info) {
+  return std::get<1>(info.param).name + std::string("_") + ForcedRow::nameOf(std::get<0>(info.param));
+}
+
+inline float limitedToUnit(float v) { return std::min(std::max(0.0F, v), 1.0F); }  // NaN becomes 0
