@@ -99,7 +99,7 @@ class PlaneKernels : public testing::TestWithParam<std::tuple<int, PlaneKernel>>
   // Every width up to two and a half of the widest vectors, at an odd column of a wider image.
   static void expectFormulaBitForBit() {
     const ForcedRow forced(row());
-    constexpr int height = 3;
+    constexpr int height = 20;
     constexpr int column = 3;
     for (int width = 1; width <= 40; ++width) {
       KivImage a = trickyImage(width + 5, height + 1, 1, static_cast<unsigned>(width));
