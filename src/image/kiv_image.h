@@ -60,6 +60,18 @@ struct ImageOverlayBlendParameters {
   const KivImage* second;
 };
 
+// Deferred dilation and erosion, made by Dilate_R and Erode_R.
+struct ImageDilateParameters {
+  const KivImage* image;
+  unsigned char* mask;
+  std::int32_t size;
+};
+struct ImageErodeParameters {
+  const KivImage* image;
+  unsigned char* mask;
+  std::int32_t size;
+};
+
 class KivImage {
  public:
   std::int32_t channels;  // planes; 0 marks an empty image
@@ -306,6 +318,37 @@ class KivImage {
   KivImage& operator=(const ImageBlendParameters& p);
   // OverlayBlend with first as base and second as top.
   KivImage& operator=(const ImageOverlayBlendParameters& p);
+
+  // ---- Local extremes and levels ----
+
+  // Largest (Dilate) and smallest (Erode) sample under the set bytes of mask, which has size * size bytes, on all
+  // planes; target form. insideOnly false: the mask is centred on the sample (for an even size one sample more lies to
+  // the right and below) and what lies beyond the edge doesn't count. True: only where the mask lies whole inside src;
+  // the result is size - 1 samples narrower and lower. NaN doesn't count; where nothing does, the sample in the middle
+  // stands. A full mask costs the same whatever its size. A size below 1 does nothing. this may be src.
+  void Dilate(const KivImage& src, unsigned char* mask, int size, bool insideOnly);
+  void Erode(const KivImage& src, unsigned char* mask, int size, bool insideOnly);
+  // The same as deferred operands, at src's size.
+  ImageDilateParameters Dilate_R(unsigned char* mask, int size) const;
+  ImageErodeParameters Erode_R(unsigned char* mask, int size) const;
+  KivImage& operator=(const ImageDilateParameters& p);
+  KivImage& operator=(const ImageErodeParameters& p);
+
+  // Moves each sample by its local black and white point, the extremes over a square of side 2 * radius + 1, smoothed:
+  // with d = white - black, (1 - d) * src + (src - black). Unclipped. detailOverlay lays the high-passes of both points
+  // over it. Target form, on plane 0 alone. A radius below 0 counts as 0.
+  void LocalAutoLevels(const KivImage& src, int radius, bool detailOverlay);
+  // The same formula on all planes by whole-image steps and the recursive Gaussian, without the margin that these can't
+  // serve: the result is 2 * radius + 8 samples narrower and lower than src.
+  void LocalAutoLevelsOld(const KivImage& src, int radius, bool detailOverlay);
+  // Up to two passes of LocalAutoLevels with detail overlay, mixed in by amount: amount * levels + (1 - amount) * src.
+  // A radius counts as its whole part; one not above 0 leaves its pass out, and the first one's place takes a copy of
+  // src. The passes work on plane 0 alone. Target form.
+  void ApplyLocalContrast(const KivImage& src, float radius1, float amount1, float radius2, float amount2);
+  // Edge-preserving smoothing by a linear model of each window of side 2 * radius + 1 (guided filter of He, Sun and
+  // Tang, ECCV 2010, with the image as its own guide): mean(a) * src + mean((1 - a) * mean), a = v / (v + eps) with v
+  // the window's variance. Edge samples are repeated. Target form, all planes. A radius below 0 counts as 0.
+  void ApplyLocalLinearFilter(const KivImage& src, int radius, float eps);
 
   // ---- Overlay ----
 

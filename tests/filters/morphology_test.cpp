@@ -1,0 +1,119 @@
+#include <cmath>
+#include <tuple>
+#include <vector>
+
+#include "image/kiv_image.h"
+#include "support/forced_row.h"
+#include "support/images.h"
+
+namespace {
+
+using Mask = std::vector<unsigned char>;
+
+Mask fullMask(int side) { return Mask(static_cast<std::size_t>(side) * static_cast<std::size_t>(side), 1); }
+
+Mask crossMask(int side) {
+  Mask mask(fullMask(side).size(), 0);
+  for (int i = 0; i < side; ++i) {
+    mask[static_cast<std::size_t>(i * side + side / 3)] = 1;
+    mask[static_cast<std::size_t>((side - 1) * side + i)] = 255;
+  }
+  return mask;
+}
+
+KivImage naive(const KivImage& src, const Mask& mask, int side, bool insideOnly, bool largest) {
+  const int lost = insideOnly ? side - 1 : 0;
+  const int anchor = insideOnly ? 0 : (side - 1) / 2;
+  KivImage dst(src.size.width - lost, src.size.height - lost, src.channels);
+  for (int p = 0; p < src.channels; ++p) {
+    for (int y = 0; y < dst.size.height; ++y) {
+      for (int x = 0; x < dst.size.width; ++x) {
+        const int middle = insideOnly ? (side - 1) / 2 : 0;
+        float result = *src.At(p, x + middle, y + middle);
+        bool found = false;
+        for (int j = 0; j < side; ++j) {
+          for (int i = 0; i < side; ++i) {
+            const int sx = x + i - anchor;
+            const int sy = y + j - anchor;
+            if (mask[static_cast<std::size_t>(j * side + i)] == 0) continue;
+            if (sx < 0 || sy < 0 || sx >= src.size.width || sy >= src.size.height) continue;
+            const float v = *src.At(p, sx, sy);
+            if (std::isnan(v)) continue;
+            if (!found || (largest ? v > result : v < result)) result = v;
+            found = true;
+          }
+        }
+        *dst.At(p, x, y) = result;
+      }
+    }
+  }
+  return dst;
+}
+
+KivImage withHoles(int width, int height, int channels) {
+  KivImage image = randomImage(width, height, channels, 3);
+  *image.At(0, width / 2, height / 2) = NAN;
+  *image.At(0, 0, height - 1) = INFINITY;
+  return image;
+}
+
+class Morphology : public testing::TestWithParam<std::tuple<int, bool, bool>> {};
+
+TEST_P(Morphology, EqualsTheNaiveExtremeInEveryForm) {
+  const auto [side, isFull, insideOnly] = GetParam();
+  Mask mask = isFull ? fullMask(side) : crossMask(side);
+  for (const auto& [width, height] : {std::pair{1, 1}, {5, 9}, {64, 7}, {131, 40}, {40, 66}}) {
+    if (insideOnly && (width < side || height < side)) continue;
+    const KivImage src = withHoles(width, height, 2);
+    KivImage dilated;
+    dilated.Dilate(src, mask.data(), side, insideOnly);
+    EXPECT_TRUE(sameBits(dilated, naive(src, mask, side, insideOnly, true)));
+    KivImage eroded;
+    eroded.Erode(src, mask.data(), side, insideOnly);
+    EXPECT_TRUE(sameBits(eroded, naive(src, mask, side, insideOnly, false)));
+    if (insideOnly) continue;
+
+    KivImage inPlace;
+    inPlace = src;
+    inPlace.Dilate(inPlace, mask.data(), side, false);
+    EXPECT_TRUE(sameBits(inPlace, dilated));
+    KivImage parent = randomImage(width + 7, height + 2, 2, 9);
+    KivImage view = parent.ROI(3, 1, width, height);
+    view = src.Erode_R(mask.data(), side);
+    EXPECT_TRUE(sameBits(view, eroded));
+    EXPECT_TRUE(sameBits(parent.ROI(width + 3, 0, 4, height + 2),
+                         randomImage(width + 7, height + 2, 2, 9).ROI(width + 3, 0, 4, height + 2)));
+    KivImage deferred;
+    deferred = src.Dilate_R(mask.data(), side);
+    EXPECT_TRUE(sameBits(deferred, dilated));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Morphology,
+                         testing::Combine(testing::Values(1, 2, 3, 6, 7, 25, 90), testing::Bool(), testing::Bool()));
+
+TEST(MorphologyRule, RefusesAMaskThatFitsNowhere) {
+  const KivImage src = randomImage(9, 30, 1, 1);
+  Mask mask = fullMask(10);
+  KivImage fresh;
+  EXPECT_THROW(fresh.Dilate(src, mask.data(), 10, true), NO_MEMORY_ERROR);
+  KivImage shaped = randomImage(4, 4, 1, 2);
+  shaped.Dilate(src, mask.data(), 10, true);
+  shaped.Dilate(src, mask.data(), 0, false);
+  EXPECT_TRUE(sameBits(shaped, randomImage(4, 4, 1, 2)));
+}
+
+class MorphologyRows : public EachRow {};
+
+TEST_P(MorphologyRows, GiveTheSameBits) {
+  const KivImage src = withHoles(133, 60, 1);
+  Mask mask = fullMask(11);
+  const ForcedRow forced(GetParam());
+  KivImage eroded;
+  eroded.Erode(src, mask.data(), 11, false);
+  EXPECT_TRUE(sameBits(eroded, naive(src, mask, 11, false, false)));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, MorphologyRows, allRows(), rowName);
+
+}  // namespace
