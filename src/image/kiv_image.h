@@ -238,18 +238,19 @@ class KivImage {
   // Allocates this and scratch like src where they are empty; changes no sample.
   void GaussBlurSSE(const KivImage& src, KivImage& scratch, float sigma, int kernelMultiplier);
 
+  // ---- Detail: what a Gaussian takes away. The target may be src
+
   // Detail around grey 0.5, of half strength: 0.5 + 0.5 * (src - blur), each plane with its own
-  // GaussBlurDecimate(sigma, 4). The target may be src. A sigma not above 0: the blur is the source itself, so that the
-  // result is flat. The flag is not used.
+  // GaussBlurDecimate(sigma, 4). A sigma not above 0: the blur is the source itself, so the result is flat. The flag is
+  // not used.
   void HighPassFilter(const KivImage& src, float sigma, bool unused);
   // The same of full strength, src - blur + 0.5, on plane 0; the planes above it hold what
-  // GaussBlurDecimate(src, sigma, kernelMultiplier) leaves there. The target may be src. A sigma or a kernelMultiplier
-  // not above 0: the blur is the source itself, as above.
+  // GaussBlurDecimate(src, sigma, kernelMultiplier) leaves there. A sigma or a kernelMultiplier not above 0: the blur is
+  // the source itself, as above.
   void HighPassPS(const KivImage& src, float sigma, int kernelMultiplier);
   // Sharpens: clamp(src + amount / 100 * detail) * mask + src * (1 - mask), where detail = src - blur, in two parts
   // each limited to 0 to 1, and the mask is 1 where the pixel is brighter than its blur by more than threshold, in all
-  // planes at once, and itself blurred. The target may be src. Both blurs are Gauss_Blur(sigma, 5, true); its statuses
-  // are thrown.
+  // planes at once, and itself blurred. Both blurs are Gauss_Blur(sigma, 5, true); its statuses are thrown.
   void UsmPS(const KivImage& src, float amount, float sigma, float threshold);
 
   // ---- Tone: each step of a formula is rounded to single precision; nothing clips unless it says so ----
