@@ -40,12 +40,12 @@ int reflectedRow(int i, int length) {
 // The padded copy: row step paddedWidth, no padding of its own. Image sample (x, y) stands at column x + window of row
 // y + window.
 struct PaddedBlock {
-  int width, height;  // of the image
+  int width = 0;  // of the image
+  int height = 0;
   int window;
   std::unique_ptr<float[], BlockRelease> samples;
 
-  PaddedBlock(unsigned int imageHeight, unsigned int imageWidth, unsigned short windowSize)
-      : width(0), height(0), window(windowSize) {
+  PaddedBlock(unsigned int imageHeight, unsigned int imageWidth, unsigned short windowSize) : window(windowSize) {
     constexpr std::uint64_t largestSide = 65535;
     const std::uint64_t sideWidth = imageWidth + std::uint64_t{2} * windowSize;
     const std::uint64_t sideHeight = imageHeight + std::uint64_t{2} * windowSize;

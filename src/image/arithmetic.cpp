@@ -19,6 +19,7 @@ void KivImage::eachPlane(int count, PlaneOp op) {
   for (int i = 0; i < count; ++i) op(planes[i], i);
 }
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): Copy skips planes that are the same
 KivImage& KivImage::operator=(const KivImage& src) {
   Copy(src);
   return *this;
