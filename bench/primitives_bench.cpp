@@ -39,8 +39,11 @@ struct Image {
   float* samples;
 };
 
-// 1 and 6 megapixels.
-IppiSize sizeOf(std::int64_t megapixels) { return megapixels == 1 ? IppiSize{1250, 800} : IppiSize{3000, 2000}; }
+// 1, 6 and 24 megapixels.
+IppiSize sizeOf(std::int64_t megapixels) {
+  if (megapixels == 1) return {1250, 800};
+  return megapixels == 6 ? IppiSize{3000, 2000} : IppiSize{6000, 4000};
+}
 
 // Times filter() on the row of bodies of the second argument, and checks afterwards that it has kept the mean.
 template <typename Filter>
@@ -147,7 +150,7 @@ void BoxFilter(benchmark::State& state, bool inPlace) {
 }
 
 void eachSizeAndRow(benchmark::internal::Benchmark* bench) {
-  bench->ArgNames({"megapixels", "row"})->ArgsProduct({{1, 6}, {0, 1, 2, 3, 4}})->Unit(benchmark::kMillisecond);
+  bench->ArgNames({"megapixels", "row"})->ArgsProduct({{1, 6, 24}, {0, 1, 2, 3, 4}})->Unit(benchmark::kMillisecond);
 }
 BENCHMARK(ResizeHalving)->Apply(eachSizeAndRow);
 BENCHMARK(ResizeDoubling)->Apply(eachSizeAndRow);

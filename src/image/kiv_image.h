@@ -1,5 +1,10 @@
 // KivImage: a planar picture of 32-bit floats, owner of its samples or view into another image's.
 //
+// Planes are apart, since all work goes plane by plane and many operations want one of them; an owner's rows start on
+// 64-byte boundaries, where vector loads are cheapest, and its planes are one block, so that an image is one
+// allocation. Bodies: image/ holds memory, arithmetic and geometry, filters/ the neighbourhoods, tone/ curves and
+// blends, equalizer/ the overlay.
+//
 // Rules common to its operations:
 // - stride is in bytes; kernels take row steps in floats, stride / 4. size is in samples, the same for all planes.
 // - Target form, Op(const KivImage& src, ...): an empty image (channels 0) is first allocated with src's channels and
@@ -245,8 +250,8 @@ class KivImage {
   // not used.
   void HighPassFilter(const KivImage& src, float sigma, bool unused);
   // The same of full strength, src - blur + 0.5, on plane 0; the planes above it hold what
-  // GaussBlurDecimate(src, sigma, kernelMultiplier) leaves there. A sigma or a kernelMultiplier not above 0: the blur is
-  // the source itself, as above.
+  // GaussBlurDecimate(src, sigma, kernelMultiplier) leaves there. A sigma or a kernelMultiplier not above 0: the blur
+  // is the source itself, as above.
   void HighPassPS(const KivImage& src, float sigma, int kernelMultiplier);
   // Sharpens: clamp(src + amount / 100 * detail) * mask + src * (1 - mask), where detail = src - blur, in two parts
   // each limited to 0 to 1, and the mask is 1 where the pixel is brighter than its blur by more than threshold, in all
