@@ -3,7 +3,7 @@
 
 #include "image/kiv_image.h"
 
-// w(n) = gain x(n) - (f1 w(n - 1) + f2 w(n - 2) + f3 w(n - 3)), and the same backward over w. The coefficients are
+// w(n) = (gain x(n) - (f2 w(n - 2) + f3 w(n - 3))) - f1 w(n - 1), and the same backward over w. The coefficients are
 // those of Young and van Vliet (1995).
 class RecursiveGaussian {
  public:
