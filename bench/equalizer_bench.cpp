@@ -4,60 +4,25 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <random>
 
 #include "equalizer/band_equalizer.h"
 #include "equalizer/bilateral_filter.h"
 #include "host/ps_database.h"
+#include "pictures.h"
 
 namespace {
 
-// 1, 6 and 24 megapixels.
-IppiSize sizeOf(std::int64_t megapixels) {
-  if (megapixels == 1) return {1250, 800};
-  return megapixels == 6 ? IppiSize{3000, 2000} : IppiSize{6000, 4000};
-}
-
-void randomise(KivImage& image) {
-  std::mt19937 random(1);
-  std::uniform_real_distribution<float> samples(0.0F, 1.0F);
-  for (int plane = 0; plane < image.channels; ++plane) {
-    for (int y = 0; y < image.size.height; ++y) {
-      for (int x = 0; x < image.size.width; ++x) *image.At(plane, x, y) = samples(random);
-    }
-  }
-}
-
-void countPixels(benchmark::State& state, IppiSize size) {
-  state.counters["pixels/s"] = benchmark::Counter(static_cast<double>(state.iterations()) * size.width * size.height,
-                                                  benchmark::Counter::kIsRate);
-}
-
-double mean(const KivImage& image) {
-  double sum = 0;
-  for (int y = 0; y < image.size.height; ++y) {
-    for (int x = 0; x < image.size.width; ++x) sum += double{*image.At(0, x, y)};
-  }
-  return sum / image.size.width / image.size.height;
-}
-
 // Radius 3, so 625 taps a pixel; the range term is weak, so the mean is kept.
 void bilateral(benchmark::State& state) {
-  ippInit();
-  const auto row = static_cast<std::int32_t>(state.range(1));
-  if (row > ippJumpIndexForMergedLibs) {
-    state.SkipWithError("this machine lacks the row's instructions");
-    return;
-  }
+  const RowInForce row(state, state.range(1));
+  if (!row.isThere()) return;
   KivImage src(sizeOf(state.range(0)), 1);
   KivImage dst(src.size, 1);
   randomise(src);
-  ippJumpIndexForMergedLibs = row;
   for (auto _ : state) {
     Bilateral_std(dst.planes[0], src.planes[0], static_cast<unsigned>(src.size.height),
                   static_cast<unsigned>(src.size.width), static_cast<unsigned>(src.stride / 4), 12, 3.0F, 1.0F, 1);
   }
-  ippInit();
   if (!(std::abs(mean(src) - mean(dst)) < 0.002)) state.SkipWithError("the mean was not kept");
   countPixels(state, src.size);
 }

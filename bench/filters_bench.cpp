@@ -3,31 +3,12 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <random>
 
-#include "image/kiv_image.h"
+#include "pictures.h"
 
 namespace {
 
 constexpr IppiSize sixMegapixels = {3000, 2000};
-
-void randomise(KivImage& image) {
-  std::mt19937 random(1);
-  std::uniform_real_distribution<float> samples(0.0F, 1.0F);
-  for (int plane = 0; plane < image.channels; ++plane) {
-    for (int y = 0; y < image.size.height; ++y) {
-      for (int x = 0; x < image.size.width; ++x) *image.At(plane, x, y) = samples(random);
-    }
-  }
-}
-
-double mean(const KivImage& image) {
-  double sum = 0;
-  for (int y = 0; y < image.size.height; ++y) {
-    for (int x = 0; x < image.size.width; ++x) sum += double{*image.At(0, x, y)};
-  }
-  return sum / image.size.width / image.size.height;
-}
 
 // Times blur(src, dst), and checks afterwards that it has kept the mean.
 template <typename Blur>
@@ -37,9 +18,7 @@ void run(benchmark::State& state, int planes, Blur blur) {
   randomise(src);
   for (auto _ : state) blur(src, dst);
   if (!(std::abs(mean(src) - mean(dst)) < 0.002)) state.SkipWithError("the mean was not kept");
-  state.counters["pixels/s"] =
-      benchmark::Counter(static_cast<double>(state.iterations()) * planes * sixMegapixels.width * sixMegapixels.height,
-                         benchmark::Counter::kIsRate);
+  countPixels(state, sixMegapixels, planes);
 }
 
 void BoxBlur(benchmark::State& state) {

@@ -5,69 +5,29 @@
 
 #include <cmath>
 #include <cstdint>
-#include <random>
 #include <vector>
 
-#include "primitives/primitives.h"
+#include "pictures.h"
 
 namespace {
 
-struct Image {
-  Image(int width, int height) : size{width, height}, samples(ippiMalloc_32f_C1(width, height, &step)) {}
-  Image(const Image&) = delete;
-  Image& operator=(const Image&) = delete;
-  ~Image() { ippiFree(samples); }
-
-  void randomise() {
-    std::mt19937 random(1);
-    std::uniform_real_distribution<float> values(0.0F, 1.0F);
-    for (int y = 0; y < size.height; ++y) {
-      for (int x = 0; x < size.width; ++x) row(y)[x] = values(random);
-    }
-  }
-  double mean() const {
-    double sum = 0.0;
-    for (int y = 0; y < size.height; ++y) {
-      for (int x = 0; x < size.width; ++x) sum += static_cast<double>(row(y)[x]);
-    }
-    return sum / size.width / size.height;
-  }
-  float* row(int y) const { return samples + static_cast<std::ptrdiff_t>(y) * (step / 4); }
-
-  IppiSize size;
-  std::int32_t step = 0;
-  float* samples;
-};
-
-// 1, 6 and 24 megapixels.
-IppiSize sizeOf(std::int64_t megapixels) {
-  if (megapixels == 1) return {1250, 800};
-  return megapixels == 6 ? IppiSize{3000, 2000} : IppiSize{6000, 4000};
-}
-
 // Times filter() on the row of bodies of the second argument, and checks afterwards that it has kept the mean.
 template <typename Filter>
-void run(benchmark::State& state, const Image& src, const Image& dst, const Image& larger, Filter filter) {
-  ippInit();
-  if (state.range(1) > ippJumpIndexForMergedLibs) {
-    state.SkipWithError("this machine lacks the row's instructions");
-    return;
-  }
-  ippJumpIndexForMergedLibs = static_cast<std::int32_t>(state.range(1));
+void run(benchmark::State& state, const KivImage& src, const KivImage& dst, const KivImage& larger, Filter filter) {
+  const RowInForce row(state, state.range(1));
+  if (!row.isThere()) return;
   for (auto _ : state) {
     if (filter() != ippStsNoErr) state.SkipWithError("refused");
     benchmark::ClobberMemory();
   }
-  if (!(std::abs(src.mean() - dst.mean()) < 0.002)) state.SkipWithError("the mean was not kept");
-  ippInit();
-  state.counters["pixels/s"] = benchmark::Counter(
-      static_cast<double>(state.iterations()) * larger.size.width * larger.size.height, benchmark::Counter::kIsRate);
+  if (!(std::abs(mean(src) - mean(dst)) < 0.002)) state.SkipWithError("the mean was not kept");
+  countPixels(state, larger.size);
 }
 
 void resize(benchmark::State& state, IppiSize from, IppiSize to) {
-  Image src(from.width, from.height);
-  Image dst(to.width, to.height);
-  src.randomise();
+  KivImage src(from.width, from.height, 1);
+  KivImage dst(to.width, to.height, 1);
+  randomise(src);
   int specSize = 0;
   int initSize = 0;
   int bufferSize = 0;
@@ -77,8 +37,8 @@ void resize(benchmark::State& state, IppiSize from, IppiSize to) {
   ippiResizeGetBufferSize_8u(spec.data(), to, 1, &bufferSize);
   std::vector<unsigned char> buffer(static_cast<std::size_t>(bufferSize));
   run(state, src, dst, from.width > to.width ? src : dst, [&] {
-    return ippiResizeLinear_32f_C1R(src.samples, src.step, dst.samples, dst.step, {0, 0}, to, ippBorderRepl, nullptr,
-                                    spec.data(), buffer.data());
+    return ippiResizeLinear_32f_C1R(src.planes[0], src.stride, dst.planes[0], dst.stride, {0, 0}, to, ippBorderRepl,
+                                    nullptr, spec.data(), buffer.data());
   });
 }
 
@@ -96,9 +56,9 @@ constexpr float sigma = 3.0F;
 
 void GaussianBand(benchmark::State& state) {
   const IppiSize size = sizeOf(state.range(0));
-  Image src(size.width, size.height);
-  Image dst(size.width, size.height);
-  src.randomise();
+  KivImage src(size.width, size.height, 1);
+  KivImage dst(size.width, size.height, 1);
+  randomise(src);
   std::int64_t specSize = 0;
   std::int64_t initSize = 0;
   std::int64_t bufferSize = 0;
@@ -109,16 +69,16 @@ void GaussianBand(benchmark::State& state) {
   ippiFilterGaussianInit_L(size.width, size.height, kernelSize, ippBorderRepl, ipp32f, 1, spec.data(), buffer.data(),
                            sigma);
   run(state, src, dst, dst, [&] {
-    return ippiFilterGaussian_32f_C1R_L(src.samples, src.step, dst.samples, dst.step, size.width, size.height,
+    return ippiFilterGaussian_32f_C1R_L(src.planes[0], src.stride, dst.planes[0], dst.stride, size.width, size.height,
                                         ippBorderRepl, nullptr, spec.data(), buffer.data());
   });
 }
 
 void GaussianBorder(benchmark::State& state) {
   const IppiSize size = sizeOf(state.range(0));
-  Image src(size.width, size.height);
-  Image dst(size.width, size.height);
-  src.randomise();
+  KivImage src(size.width, size.height, 1);
+  KivImage dst(size.width, size.height, 1);
+  randomise(src);
   int specSize = 0;
   int bufferSize = 0;
   ippiFilterGaussianGetBufferSize(size, kernelSize, ipp32f, 1, &specSize, &bufferSize);
@@ -126,8 +86,8 @@ void GaussianBorder(benchmark::State& state) {
   std::vector<unsigned char> buffer(static_cast<std::size_t>(bufferSize));
   ippiFilterGaussianInit(size, kernelSize, ippBorderRepl, ipp32f, 1, spec.data(), buffer.data(), sigma);
   run(state, src, dst, dst, [&] {
-    return ippiFilterGaussianBorder_32f_C1R(src.samples, src.step, dst.samples, dst.step, size, 0.0F, spec.data(),
-                                            buffer.data());
+    return ippiFilterGaussianBorder_32f_C1R(src.planes[0], src.stride, dst.planes[0], dst.stride, size, 0.0F,
+                                            spec.data(), buffer.data());
   });
 }
 
@@ -135,16 +95,16 @@ void GaussianBorder(benchmark::State& state) {
 void BoxFilter(benchmark::State& state, bool inPlace) {
   const IppiSize size = sizeOf(state.range(0));
   const auto side = static_cast<int>(state.range(2));
-  Image src(size.width, size.height);
-  Image dst(size.width, size.height);
-  src.randomise();
-  dst.randomise();
+  KivImage src(size.width, size.height, 1);
+  KivImage dst(size.width, size.height, 1);
+  randomise(src);
+  randomise(dst);
   int bufferSize = 0;
   ippiFilterBoxBorderGetBufferSize(size, {side, side}, ipp32f, 1, &bufferSize);
   std::vector<unsigned char> buffer(static_cast<std::size_t>(bufferSize));
-  const Image& from = inPlace ? dst : src;
+  const KivImage& from = inPlace ? dst : src;
   run(state, src, dst, dst, [&] {
-    return ippiFilterBoxBorder_32f_C1R(from.samples, from.step, dst.samples, dst.step, size, {side, side},
+    return ippiFilterBoxBorder_32f_C1R(from.planes[0], from.stride, dst.planes[0], dst.stride, size, {side, side},
                                        ippBorderRepl, nullptr, buffer.data());
   });
 }

@@ -4,59 +4,26 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <random>
 
 #include "filters/unsharp_mask.h"
-#include "image/kiv_image.h"
+#include "pictures.h"
 
 namespace {
 
-// 1 and 6 megapixels.
-IppiSize sizeOf(std::int64_t megapixels) { return megapixels == 1 ? IppiSize{1250, 800} : IppiSize{3000, 2000}; }
-
-void randomise(KivImage& image) {
-  std::mt19937 random(1);
-  std::uniform_real_distribution<float> samples(0.25F, 0.75F);
-  for (int plane = 0; plane < image.channels; ++plane) {
-    for (int y = 0; y < image.size.height; ++y) {
-      for (int x = 0; x < image.size.width; ++x) *image.At(plane, x, y) = samples(random);
-    }
-  }
-}
-
-double mean(const KivImage& image) {
-  double sum = 0;
-  for (int y = 0; y < image.size.height; ++y) {
-    for (int x = 0; x < image.size.width; ++x) sum += double{*image.At(0, x, y)};
-  }
-  return sum / image.size.width / image.size.height;
-}
-
-void countPixels(benchmark::State& state, IppiSize size) {
-  state.counters["pixels/s"] = benchmark::Counter(static_cast<double>(state.iterations()) * size.width * size.height,
-                                                  benchmark::Counter::kIsRate);
-}
-
 void unsharpKernel(benchmark::State& state) {
-  ippInit();
-  const auto row = static_cast<std::int32_t>(state.range(1));
-  if (row > ippJumpIndexForMergedLibs) {
-    state.SkipWithError("this machine lacks the row's instructions");
-    return;
-  }
+  const RowInForce row(state, state.range(1));
+  if (!row.isThere()) return;
   KivImage src(sizeOf(state.range(0)), 1);
   KivImage blurred(src.size, 1);
   KivImage dst(src.size, 1);
-  randomise(src);
+  randomise(src, 0.25F, 0.75F);
   blurred = src * 0.5F;
   blurred += 0.25F;
-  ippJumpIndexForMergedLibs = row;
   for (auto _ : state) {
     ApplyUnsharpMaskPhotoshopKiv(dst.planes[0], src.planes[0], blurred.planes[0], src.size.height, src.size.width,
                                  src.stride / 4, 1.0F, 0.02F);
     benchmark::ClobberMemory();
   }
-  ippInit();
   if (!(std::abs(mean(dst) - mean(src)) < 0.001)) state.SkipWithError("the mean was not kept");
   countPixels(state, src.size);
 }
@@ -69,7 +36,7 @@ BENCHMARK(unsharpKernel)
 void usmPS(benchmark::State& state) {
   KivImage src(sizeOf(state.range(0)), 3);
   KivImage dst(src.size, 3);
-  randomise(src);
+  randomise(src, 0.25F, 0.75F);
   for (auto _ : state) dst.UsmPS(src, 100.0F, static_cast<float>(state.range(1)), 0.02F);
   if (!(mean(dst) >= mean(src))) state.SkipWithError("what is brighter than its surroundings didn't become brighter");
   countPixels(state, src.size);
@@ -83,7 +50,7 @@ BENCHMARK(usmPS)
 void highPass(benchmark::State& state) {
   KivImage src(sizeOf(state.range(0)), 1);
   KivImage dst(src.size, 1);
-  randomise(src);
+  randomise(src, 0.25F, 0.75F);
   for (auto _ : state) dst.HighPassPS(src, static_cast<float>(state.range(1)), 4);
   if (!(std::abs(mean(dst) - 0.5) < 0.001)) state.SkipWithError("the layer isn't around grey");
   countPixels(state, src.size);

@@ -4,48 +4,29 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <random>
 
-#include "image/kiv_image.h"
+#include "pictures.h"
 #include "tone/blend_kernels.h"
 #include "tone/tone_curves.h"
 
 namespace {
 
-// 1 and 24 megapixels: nearly in the cache, and far beyond it.
-IppiSize sizeOf(std::int64_t megapixels) { return megapixels == 1 ? IppiSize{1250, 800} : IppiSize{6000, 4000}; }
-
-void randomise(KivImage& image) {
-  std::mt19937 random(1);
-  std::uniform_real_distribution<float> samples(0.0F, 1.0F);
-  for (int y = 0; y < image.size.height; ++y) {
-    for (int x = 0; x < image.size.width; ++x) *image.At(0, x, y) = samples(random);
-  }
-}
-
 // Times kernel(dst, src), which is to give expected(sample) for a plane of random samples.
 template <typename Kernel, typename Expected>
 void run(benchmark::State& state, Kernel kernel, Expected expected) {
-  ippInit();
-  const auto row = static_cast<std::int32_t>(state.range(1));
-  if (row > ippJumpIndexForMergedLibs) {
-    state.SkipWithError("this machine lacks the row's instructions");
-    return;
-  }
+  const RowInForce row(state, state.range(1));
+  if (!row.isThere()) return;
   KivImage src(sizeOf(state.range(0)), 1);
   KivImage dst(src.size, 1);
   randomise(src);
-  ippJumpIndexForMergedLibs = row;
   for (auto _ : state) {
     kernel(dst, src);
     benchmark::ClobberMemory();
   }
-  ippInit();
   for (int x = 0; x < src.size.width; ++x) {
     if (!(std::abs(*dst.At(0, x, 7) - expected(*src.At(0, x, 7))) < 1e-5F)) state.SkipWithError("a wrong result");
   }
-  state.counters["pixels/s"] = benchmark::Counter(
-      static_cast<double>(state.iterations()) * src.size.width * src.size.height, benchmark::Counter::kIsRate);
+  countPixels(state, src.size);
 }
 
 constexpr float slope = 5.0F;
