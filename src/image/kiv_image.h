@@ -243,7 +243,7 @@ class KivImage {
   // Allocates this and scratch like src where they are empty; changes no sample.
   void GaussBlurSSE(const KivImage& src, KivImage& scratch, float sigma, int kernelMultiplier);
 
-  // ---- Detail: what a Gaussian takes away. The target may be src
+  // ---- Detail: what a Gaussian takes away. The target may be src ----
 
   // Detail around grey 0.5, of half strength: 0.5 + 0.5 * (src - blur), each plane with its own
   // GaussBlurDecimate(sigma, 4). A sigma not above 0: the blur is the source itself, so the result is flat. The flag is
