@@ -8,7 +8,7 @@
 #include "image/scratch.h"
 
 BoxFilter::BoxFilter(IppiSize size, std::int64_t side, std::uint32_t border, float value)
-    : size_(size), mask_{0, 0}, border_(border), value_(value), bufferSize_(0) {
+    : size_(size), mask_{0, 0}, border_(border), value_(value) {
   if (side > INT32_MAX) throw NO_MEMORY_ERROR();
   mask_.width = mask_.height = static_cast<int>(std::max(side, std::int64_t{0}));
   constexpr int oneChannel = 1;

@@ -26,7 +26,7 @@ class BoxFilter {
   IppiSize mask_;
   std::uint32_t border_;
   float value_;
-  int bufferSize_;
+  int bufferSize_ = 0;
 };
 
 // The side of the box that reaches radius samples each way.
