@@ -92,6 +92,7 @@ Lane loadLane(const double* from) {
 
 // Sample n of line i stands at n * lanes + i.
 void RecursiveGaussian::filterLines(double* samples, int length) const {
+  const double gain = gain_;
   const double f1 = feedback_[0];
   const double f2 = feedback_[1];
   const double f3 = feedback_[2];
@@ -101,7 +102,7 @@ void RecursiveGaussian::filterLines(double* samples, int length) const {
   Lane c = a;
   const auto step = [&](double* at) {
     for (int i = 0; i < lanes; ++i) {
-      const double next = gain_ * at[i] - (f1 * a.of[i] + (f2 * b.of[i] + f3 * c.of[i]));
+      const double next = (gain * at[i] - (f2 * b.of[i] + f3 * c.of[i])) - f1 * a.of[i];
       c.of[i] = b.of[i];
       b.of[i] = a.of[i];
       a.of[i] = next;
