@@ -1,6 +1,8 @@
 // gallery PHOTO FOLDER: every operation of the toolkit on one photograph, as pairs of pictures (before, after) in
 // FOLDER and a page beside it, FOLDER.md, that shows them.
 
+#include <cmath>
+#include <cstddef>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
@@ -51,7 +53,8 @@ KivImage imageOf(const VImage& picture) {
 void save(const KivImage& before, const KivImage& after, const std::string& name) {
   const int width = before.size.width;
   const int height = before.size.height;
-  std::vector<unsigned char> samples(static_cast<std::size_t>(2 * width * height * 3), 255);
+  const std::size_t rowSamples = static_cast<std::size_t>(width) * 2 * 3;
+  std::vector<unsigned char> samples(rowSamples * static_cast<std::size_t>(height), 255);
   const auto put = [&](const KivImage& image, int left) {
     const int x0 = left + (width - image.size.width) / 2;
     const int y0 = (height - image.size.height) / 2;
@@ -60,9 +63,10 @@ void save(const KivImage& before, const KivImage& after, const std::string& name
       bytes = image.Plane(p) * white8;
       bytes.Threshold_I(white8);
       for (int y = 0; y < bytes.size.height; ++y) {
+        const std::size_t row = static_cast<std::size_t>(y0 + y) * rowSamples;
         for (int x = 0; x < bytes.size.width; ++x) {
-          samples[static_cast<std::size_t>(((y0 + y) * 2 * width + x0 + x) * 3 + p)] =
-              static_cast<unsigned char>(*bytes.At(0, x, y) + 0.5F);
+          const std::size_t pixel = row + static_cast<std::size_t>(x0 + x) * 3;
+          samples[pixel + static_cast<std::size_t>(p)] = static_cast<unsigned char>(std::lround(*bytes.At(0, x, y)));
         }
       }
     }
