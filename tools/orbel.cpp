@@ -6,11 +6,13 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "estimate.h"
 #include "failure.h"
-#include "host/filter_entry.h"
 #include "image_file.h"
+#include "module.h"
 #include "plugin_host.h"
 #include "settings.h"
 #include "target_file.h"
@@ -33,6 +35,8 @@ struct Arguments {
   bool half = false;
   bool luminance = false;
   bool planes = false;
+  std::optional<std::string> plugin;
+  bool force = false;
   bool quiet = false;
   bool verbose = false;
 };
@@ -81,6 +85,11 @@ void describeOptions(CLI::App& app, Arguments& a) {
       ->group(keys)
       ->type_name("KEY=VALUE")
       ->allow_extra_args(false);
+  const char* work = "Work";
+  app.add_option("--plugin", a.plugin, "Plug-in module to run (default: the one in orbel's own folder)")
+      ->group(work)
+      ->type_name("FILE");
+  app.add_flag("--force", a.force, "Run also when it will take more than ten minutes")->group(work);
   const char* talk = "Messages";
   app.add_flag("--quiet", a.quiet, "Say nothing but errors")->group(talk);
   app.add_flag("--verbose", a.verbose, "Show the image library's warnings as well")->group(talk);
@@ -102,17 +111,24 @@ Settings settingsOf(const Arguments& a) {
 }
 
 // Returns what was done, in a line.
-std::string equalizeFile(const std::string& input, const std::string& output, const Settings& settings) {
+std::string equalizeFile(const Arguments& arguments, const Settings& settings) {
+  const std::string& input = arguments.input;
+  const std::string& output = arguments.output;
   const FileFormat& format = formatOf(output);
   vips::VImage picture = loadPicture(input);
   requireThatFormatHolds(format, picture, output);
+  requireThatWindowsFit(input, settings, picture.width(), picture.height());
+  if (!arguments.force) {
+    requireShortWork(input, settings, picture.width(), picture.height(), std::thread::hardware_concurrency());
+  }
+  const PluginEntry entry = loadEntry(arguments.plugin ? *arguments.plugin : ownModule());
   // Opened before the work, so that a target that can't be written doesn't cost the work first.
   TargetFile target(output);
 
   Document document;
   try {
     document = documentOf(picture);
-    runPlugin(PluginMain, settings.script(), document);
+    runPlugin(entry, settings.script(), document);
   } catch (const PluginRefusal& refusal) {
     throw Failure(input, refusal.what());
   } catch (const std::bad_alloc&) {
@@ -146,7 +162,7 @@ void run(int argc, char** argv) {
   removeTemporaryOnSignals();
   // Over the limit for file sizes, writing then fails like on a full disk.
   std::signal(SIGXFSZ, SIG_IGN);
-  const std::string done = equalizeFile(arguments.input, arguments.output, settings);
+  const std::string done = equalizeFile(arguments, settings);
   if (!arguments.quiet) std::cout << done << '\n';
 }
 

@@ -62,6 +62,13 @@ double truth(const std::string& option, const std::string& text) {
   throw SettingsError(option + ": " + quoted(text) + " is neither on nor off");
 }
 
+const ScriptKey* findKey(const std::string& key) {
+  return std::find_if(std::begin(scriptKeys), std::end(scriptKeys),
+                      [&](const ScriptKey& k) { return key == nameOf(k.code); });
+}
+
+std::size_t positionOf(const ScriptKey* key) { return static_cast<std::size_t>(key - std::begin(scriptKeys)); }
+
 std::vector<std::string> split(const std::string& list) {
   std::vector<std::string> parts(1);
   for (const char c : list) {
@@ -79,10 +86,9 @@ std::vector<std::string> split(const std::string& list) {
 Settings::Settings() : values_(std::size(scriptKeys)) { set("", "WDTH", "0"); }
 
 void Settings::set(const std::string& option, const std::string& key, const std::string& value) {
-  const ScriptKey* const found = std::find_if(std::begin(scriptKeys), std::end(scriptKeys),
-                                              [&](const ScriptKey& k) { return key == nameOf(k.code); });
+  const ScriptKey* const found = findKey(key);
   if (found == std::end(scriptKeys)) throw SettingsError(option + ": there is no key " + quoted(key));
-  std::optional<double>& target = values_[static_cast<std::size_t>(found - std::begin(scriptKeys))];
+  std::optional<double>& target = values_[positionOf(found)];
   switch (found->kind) {
     case ScriptKind::Float:
       target = number(option, value);
@@ -107,6 +113,11 @@ void Settings::setBands(const std::string& option, const std::string& family, co
   if (parts.size() == 1) parts.resize(5, parts.front());
   if (parts.size() != 5) throw SettingsError(option + ": " + quoted(values) + " is neither one value nor five");
   for (std::size_t band = 0; band < 5; ++band) set(option, family + std::to_string(band + 1), parts[band]);
+}
+
+double Settings::value(const std::string& key) const {
+  const ScriptKey* const found = findKey(key);
+  return values_.at(positionOf(found)).value_or(found->fallback);
 }
 
 std::vector<ScriptValue> Settings::script() const {

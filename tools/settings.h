@@ -30,6 +30,9 @@ class Settings {
   // one value for all.
   void setBands(const std::string& option, const std::string& family, const std::string& values);
 
+  // What the plug-in runs with: the value that was given, or the plug-in's default. For keys that there are.
+  double value(const std::string& key) const;
+
   // In the order of the plug-in's record.
   std::vector<ScriptValue> script() const;
 

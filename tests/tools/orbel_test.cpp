@@ -1,5 +1,6 @@
 // Runs the built program on files, as people do, and looks at what it leaves behind.
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
@@ -52,7 +54,7 @@ class Orbel : public testing::Test {
   std::string path(const std::string& name) const { return (folder_ / name).string(); }
 
   pid_t start(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), ORBEL_PROGRAM);
+    arguments.insert(arguments.begin(), program_);
     std::vector<char*> raw;
     for (std::string& argument : arguments) raw.push_back(argument.data());
     raw.push_back(nullptr);
@@ -61,7 +63,7 @@ class Orbel : public testing::Test {
     posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addopen(&actions, 2, path("errors").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     pid_t process = -1;
-    EXPECT_EQ(posix_spawn(&process, ORBEL_PROGRAM, &actions, nullptr, raw.data(), environ), 0);
+    EXPECT_EQ(posix_spawn(&process, program_.c_str(), &actions, nullptr, raw.data(), environ), 0);
     posix_spawn_file_actions_destroy(&actions);
     return process;
   }
@@ -80,6 +82,7 @@ class Orbel : public testing::Test {
   }
 
   fs::path folder_;
+  std::string program_ = ORBEL_PROGRAM;
 };
 
 // 256 x 256 samples that take every value of 16 bits, each band in another order; the same scaled for other formats.
@@ -247,6 +250,12 @@ void withAlpha(const std::string& in) { testPicture(4, VIPS_FORMAT_UCHAR).write_
 void deep(const std::string& in) { testPicture(3, VIPS_FORMAT_USHORT).write_to_file(in.c_str()); }
 void real(const std::string& in) { testPicture(3, VIPS_FORMAT_FLOAT).tiffsave(in.c_str()); }
 
+// The file that a function was loaded from.
+std::string libraryOf(void* function) {
+  Dl_info info{};
+  return dladdr(function, &info) == 0 ? "" : info.dli_fname;
+}
+
 class Troubles : public Orbel, public testing::WithParamInterface<Trouble> {};
 
 TEST_P(Troubles, LeaveTheTargetAsItWas) {
@@ -337,6 +346,81 @@ TEST_F(Orbel, NamesTheOptionAndTheValueThatItDoesNotUnderstand) {
     EXPECT_EQ(outcome.errors.rfind("orbel: " + option[0], 0), 0U) << outcome.errors;
     EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1) << outcome.errors;
   }
+}
+
+// 3 * 4001 * 4001 taps on 8 megapixels and more: hours, on up to 200 cores.
+TEST_F(Orbel, RefusesHoursOfWorkUnlessForced) {
+  testPicture(1, VIPS_FORMAT_UCHAR).replicate(16, 8).write_to_file(path("in.png").c_str());
+  std::vector<std::string> arguments = {path("in.png"), path("out.png"), "--radius", "500", "--edge", "on", "--planes"};
+  const Outcome refused = run(arguments);
+  EXPECT_EQ(refused.code(), 1);
+  EXPECT_EQ(refused.errors.rfind("orbel: " + path("in.png") + ": these settings ask for about ", 0), 0U)
+      << refused.errors;
+  EXPECT_FALSE(fs::exists(path("out.png")));
+
+  arguments.emplace_back("--force");
+  const pid_t process = start(arguments);
+  for (int i = 0; i < 6000 && !temporaryIsThere(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  EXPECT_TRUE(temporaryIsThere()) << "the work has not begun";
+  kill(process, SIGTERM);
+  finish(process);
+}
+
+TEST_F(Orbel, NamesTheRadiusThatNoRunHasRoomFor) {
+  good(path("in.png"));
+  const Outcome outcome = run({path("in.png"), path("out.png"), "--radius", "9000", "--force"});
+  EXPECT_EQ(outcome.code(), 1);
+  // 65535 - 128 samples in band 2, half of them on either side, four times the radius.
+  EXPECT_EQ(outcome.errors, "orbel: " + path("in.png") +
+                                ": --radius 9000 in band 2 is too large for edge protection on this picture; at most "
+                                "8175.75\n");
+}
+
+struct ModuleFile {
+  const char* name;
+  void (*prepare)(const std::string& file);
+  const char* says;  // null: runs
+};
+
+TEST_F(Orbel, RunsThePluginThatItIsGiven) {
+  const std::vector<ModuleFile> modules = {
+      {"good", [](const std::string& file) { fs::copy_file(ORBEL_MODULE, file); }, nullptr},
+      {"missing", absent, "can't load this plug-in: cannot open shared object file: No such file or directory"},
+      {"folder", folder, "can't load this plug-in: "},
+      {"empty", empty, "can't load this plug-in: file too short"},
+      {"text", text, "can't load this plug-in: "},
+      {"program", [](const std::string& file) { fs::copy_file(ORBEL_PROGRAM, file); }, "can't load this plug-in: "},
+      {"library",
+       [](const std::string& file) {
+         fs::copy_file(libraryOf(reinterpret_cast<void*>(static_cast<double (*)(double)>(&std::erf))), file);
+       },
+       "this is no plug-in, it has no PluginMain"}};
+  good(path("in.png"));
+  for (const ModuleFile& module : modules) {
+    const std::string file = path(std::string(module.name) + ".so");
+    module.prepare(file);
+    const Outcome outcome = run({path("in.png"), path("out.png"), "--plugin", file});
+    EXPECT_EQ(outcome.code(), module.says == nullptr ? 0 : 1) << module.name;
+    const std::string line = module.says == nullptr ? "" : "orbel: " + file + ": " + module.says;
+    EXPECT_EQ(outcome.errors.substr(0, line.size()), line) << module.name;
+    EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), line.empty() ? 0 : 1) << outcome.errors;
+    EXPECT_EQ(fs::remove(path("out.png")), module.says == nullptr) << module.name;
+  }
+}
+
+// Wherever it is called from.
+TEST_F(Orbel, RunsThePluginBesideIt) {
+  good(path("in.png"));
+  program_ = path("orbel");
+  fs::copy_file(ORBEL_PROGRAM, program_);
+  const Outcome alone = run({path("in.png"), path("out.png")});
+  EXPECT_EQ(alone.code(), 1);
+  EXPECT_EQ(alone.errors.rfind("orbel: " + path("OrbelBandEqualizer.so") + ": can't load", 0), 0U) << alone.errors;
+  fs::copy_file(ORBEL_MODULE, path("OrbelBandEqualizer.so"));
+  fs::create_symlink(program_, path("link"));
+  program_ = path("link");
+  const Outcome outcome = run({path("in.png"), path("out.png")});
+  EXPECT_EQ(outcome.code(), 0) << outcome.errors;
 }
 
 }  // namespace

@@ -1,0 +1,37 @@
+#include "module.h"
+
+#include <dlfcn.h>
+
+#include <filesystem>
+
+#include "failure.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The loader's reason, without the path that it begins with.
+std::string reasonFor(const fs::path& path) {
+  const char* const error = dlerror();
+  std::string reason = error == nullptr ? "for no given reason" : error;
+  const std::string prefix = path.string() + ": ";
+  if (reason.rfind(prefix, 0) == 0) reason.erase(0, prefix.size());
+  return reason;
+}
+
+}  // namespace
+
+std::string ownModule() {
+  std::error_code ignored;  // without /proc the bare name is left, and the message about it
+  return fs::read_symlink("/proc/self/exe", ignored).replace_filename(ORBEL_MODULE_NAME).string();
+}
+
+PluginEntry loadEntry(const std::string& file) {
+  // Absolute: the loader looks for a bare name in the system's folders.
+  const fs::path path = fs::absolute(file);
+  void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (module == nullptr) throw Failure(file, "can't load this plug-in: " + reasonFor(path));
+  void* const entry = dlsym(module, "PluginMain");
+  if (entry == nullptr) throw Failure(file, "this is no plug-in, it has no PluginMain");
+  return reinterpret_cast<PluginEntry>(entry);
+}

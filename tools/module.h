@@ -1,0 +1,13 @@
+// Plug-in modules as files.
+#pragma once
+
+#include <string>
+
+#include "plugin_host.h"
+
+// The plug-in that comes with this program: its file stands in the program's own folder.
+std::string ownModule();
+
+// The entry of the module in a file, which stays loaded until the program ends. Throws Failure, which names the file,
+// when there is no such file, when it is no module, and when it has no PluginMain.
+PluginEntry loadEntry(const std::string& file);
