@@ -24,6 +24,15 @@ target_compile_options(orbel_options INTERFACE
   -fno-math-errno
   # A unique symbol would pin the module in the host's process for good.
   $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+option(ORBEL_FUZZ "Build the fuzz target, with the sanitizers (clang only)" OFF)
+if(ORBEL_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    message(FATAL_ERROR "ORBEL_FUZZ needs clang++")
+  endif()
+  set(ORBEL_SANITIZE ON)
+  # Conversions of floats that no integer can hold are not in the undefined group.
+  target_compile_options(orbel_options INTERFACE -fsanitize=fuzzer-no-link,float-cast-overflow)
+endif()
 if(ORBEL_SANITIZE)
   target_compile_options(orbel_options INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -g)

@@ -1,15 +1,10 @@
 // The test host's procedures and its exchange of planes.
 #include "host/test_host.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <random>
-#include <stdexcept>
-
-#include "host/filter_entry.h"
 
 struct PIReadDescriptorToken {
   Script script;
@@ -150,14 +145,6 @@ void fillTable(Table& table, std::int16_t count) {
 }
 
 }  // namespace
-
-PluginMainProc linkedEntry() { return &PluginMain; }
-
-PluginMainProc loadedEntry() {
-  static void* const module = dlopen(ORBEL_MODULE, RTLD_NOW | RTLD_LOCAL);
-  if (module == nullptr) throw std::runtime_error(dlerror());
-  return reinterpret_cast<PluginMainProc>(dlsym(module, "PluginMain"));
-}
 
 TestHost::TestHost(int documentWidth, int documentHeight, int planeCount, int bits, PluginMainProc entry)
     : width(documentWidth), height(documentHeight), depth(bits), entry_(entry) {
