@@ -40,8 +40,10 @@ void KivImage::GaussBlurDecimate(const KivImage& src, float sigma, int kernelMul
   }
   if (decimation == 1) return blurPlane0(src, *this, sigma, kernelMultiplier);
 
+  KivImage shared = src.ROI(0, 0, src.size.width, src.size.height);  // the planes that the target has too
+  shared.channels = std::min(channels, src.channels);
   KivImage reduced;
-  reduced.Resize(src, src.size.width / decimation, src.size.height / decimation);
+  reduced.Resize(shared, src.size.width / decimation, src.size.height / decimation);
   blurPlane0(reduced, reduced, sigma, kernelMultiplier);
   Resize(reduced, src.size);
 }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 #include <limits>
 
@@ -22,30 +23,78 @@ float noneOf(Extreme extreme) {
 // Samples of a mask before its anchor.
 int anchorOf(int side, MaskPlace place) { return place == MaskPlace::anywhere ? (side - 1) / 2 : 0; }
 
-// The extreme down the columns of one plane, strips of columns in parallel.
-void extremeDownColumns(const KivImage& target, const KivImage& src, int side, Extreme extreme, MaskPlace place) {
+// The part of a mask's side that can reach samples from some output row or column.
+struct Window {
+  int length;
+  int anchor;
+
+  Window(int side, MaskPlace place, int srcLength, int dstLength)
+      : length(0), anchor(std::min(anchorOf(side, place), dstLength - 1)) {
+    length = anchor + std::min(side - 1 - anchorOf(side, place), srcLength - 1) + 1;
+  }
+  std::int64_t scratchSamples() const { return std::int64_t{length} * stripColumns; }
+};
+
+// Rows of one plane.
+struct Lines {
+  float* first;
+  std::ptrdiff_t step;  // in floats
+  int count;
+};
+Lines linesOf(const KivImage& image, int x, int y, int count) { return {image.At(0, x, y), image.stride / 4, count}; }
+
+// The extreme down one strip of columns.
+void extremeDownStrip(const Lines& to, const Lines& from, int columns, const Window& window, Extreme extreme,
+                      float* suffixes) {
   const MorphologyKernels& kernels = morphologyKernels();
   const auto down = extreme == Extreme::largest ? kernels.largestDown : kernels.smallestDown;
-  // What reaches past the image from every output row needn't be walked.
-  const int anchor = std::min(anchorOf(side, place), target.size.height - 1);
-  const int below = std::min(side - 1 - anchorOf(side, place), src.size.height - 1);
-  const int window = anchor + below + 1;
-  const int columns = target.size.width;
-  const int strips = (columns + stripColumns - 1) / stripColumns;
+  down({from.first, from.step, from.count, to.first, to.step, to.count, columns, window.length, window.anchor,
+        suffixes});
+}
+
+// Calls strip(first, length, scratch) for strips of count rows or columns, in parallel, scratch being scratchSamples
+// floats of the thread's own.
+template <typename Strip>
+void eachStrip(int count, std::int64_t scratchSamples, Strip strip) {
+  const int strips = count / stripColumns + (count % stripColumns != 0 ? 1 : 0);
   std::atomic<bool> outOfMemory{false};
 #pragma omp parallel
   {
-    const Scratch suffixes = tryScratch(std::int64_t{window} * stripColumns * std::int64_t{sizeof(float)});
-    if (suffixes == nullptr) outOfMemory = true;
+    const Scratch scratch = tryScratch(scratchSamples * std::int64_t{sizeof(float)});
+    if (scratch == nullptr) outOfMemory = true;
 #pragma omp for schedule(static)
-    for (int strip = 0; strip < strips; ++strip) {
-      if (suffixes == nullptr) continue;
-      const int x = strip * stripColumns;
-      down({src.At(0, x, 0), src.stride / 4, src.size.height, target.At(0, x, 0), target.stride / 4, target.size.height,
-            std::min(stripColumns, columns - x), window, anchor, static_cast<float*>(suffixes.get())});
+    for (int i = 0; i < strips; ++i) {
+      if (scratch == nullptr) continue;
+      const int first = i * stripColumns;
+      strip(first, std::min(stripColumns, count - first), static_cast<float*>(scratch.get()));
     }
   }
   if (outOfMemory) throw NO_MEMORY_ERROR();
+}
+
+void extremeDownColumns(const KivImage& target, const KivImage& src, int side, Extreme extreme, MaskPlace place) {
+  const Window window(side, place, src.size.height, target.size.height);
+  eachStrip(target.size.width, window.scratchSamples(), [&](int x, int columns, float* suffixes) {
+    extremeDownStrip(linesOf(target, x, 0, target.size.height), linesOf(src, x, 0, src.size.height), columns, window,
+                     extreme, suffixes);
+  });
+}
+
+// As down the columns, on a few rows at a time that are turned for it.
+void extremeAlongRows(const KivImage& target, const KivImage& src, int side, Extreme extreme, MaskPlace place) {
+  const Window window(side, place, src.size.width, target.size.width);
+  constexpr std::ptrdiff_t step = stripColumns;
+  constexpr int stepBytes = stripColumns * int{sizeof(float)};
+  const std::int64_t turnedSamples = std::int64_t{src.size.width} * step;
+  const std::int64_t resultSamples = std::int64_t{target.size.width} * step;
+  eachStrip(target.size.height, turnedSamples + resultSamples + window.scratchSamples(),
+            [&](int y, int rows, float* turned) {
+              float* const result = turned + turnedSamples;
+              ippiTranspose_32f_C1R(src.At(0, 0, y), src.stride, turned, stepBytes, {src.size.width, rows});
+              extremeDownStrip({result, step, target.size.width}, {turned, step, src.size.width}, rows, window, extreme,
+                               result + resultSamples);
+              ippiTranspose_32f_C1R(result, stepBytes, target.At(0, 0, y), target.stride, {rows, target.size.width});
+            });
 }
 
 // Where no sample counted, the source's own.
@@ -124,13 +173,8 @@ void extremeUnderSquare(KivImage& target, const KivImage& src, int side, Extreme
   for (int i = 0; i < target.channels; ++i) {
     const KivImage from = src.Plane(i);
     const KivImage to = target.Plane(i);
-    // Along the rows as down the columns of the transposed plane.
-    KivImage turned;
-    turned.Transpose(from);
-    KivImage wide(turned.size.width, to.size.width, 1);
-    extremeDownColumns(wide, turned, side, extreme, place);
-    KivImage rows;
-    rows.Transpose(wide);
+    KivImage rows(to.size.width, from.size.height, 1);
+    extremeAlongRows(rows, from, side, extreme, place);
     const bool inPlace = to.planes[0] == from.planes[0];
     KivImage own;
     if (inPlace) own = from;

@@ -92,6 +92,12 @@ TEST(ApplyBoxFilter, CountsTheShareOutsideAndDividesOnceMore) {
   KivImage expected(20, 20, 2);
   fill(expected, 0.75F / 25.0F);
   EXPECT_TRUE(within(1e-7, divided, expected));
+
+  // The division takes the target's planes, the mean the source's.
+  KivImage more(20, 20, 3);
+  fill(more, 0.75F);
+  more.ApplyBoxFilter(grey, 2, KivImage::KIV_BORDER_REPLICATE, 0.0F, true);
+  EXPECT_NEAR(*more.At(2, 10, 10), 0.75F / 25.0F, 1e-7F);
 }
 
 struct BoxCase {
@@ -117,7 +123,9 @@ TEST_P(GaussianBoxBlur, IsRepeatedBoxes) {
 INSTANTIATE_TEST_SUITE_P(Boxes, GaussianBoxBlur,
                          testing::Values(BoxCase{2.0F, 3, {1, 1, 2}}, BoxCase{2.4F, 3, {2, 2, 2}},
                                          BoxCase{-2.0F, 3, {1, 1, 2}}, BoxCase{0.0F, 2, {0, 0}}, BoxCase{5.0F, 1, {8}},
-                                         BoxCase{4.0F, 4, {3, 3, 3, 3}}));
+                                         BoxCase{4.0F, 4, {3, 3, 3, 3}},
+                                         // 4.5 narrow boxes: halves are rounded up
+                                         BoxCase{2.0F, 5, {1, 1, 1, 1, 1}}));
 
 TEST(GaussianBoxBlurRule, HasTheVarianceOfTheGaussian) {
   for (const float sigma : {3.0F, 7.3F, 20.0F}) {

@@ -170,6 +170,18 @@ TEST(GaussBlurDecimateRule, WritesOverAShiftedPartOfItsSource) {
   EXPECT_TRUE(sameBits(target, expected));
 }
 
+TEST(GaussBlurDecimateRule, ReducesForATargetOfFewerPlanes) {
+  const KivImage src = randomImage(420, 410, 3, 5);
+  KivImage expected;
+  expected.GaussBlurDecimate(src, 6.0F, 4);
+  KivImage target = randomImage(420, 410, 3, 6);
+  KivImage first = target.ROI(0, 0, 420, 410);
+  first.channels = 1;
+  first.GaussBlurDecimate(src, 6.0F, 4);
+  EXPECT_TRUE(sameBits(target.Plane(0), expected.Plane(0)));
+  EXPECT_TRUE(sameBits(target.Plane(1), randomImage(420, 410, 3, 6).Plane(1)));
+}
+
 TEST(GaussBlurDecimateRule, LeavesTheTargetWhereTheKernelIsRefused) {
   for (const float sigma : {0.0F, -1.0F, notANumber}) {
     KivImage target = randomImage(9, 9, 1, 2);

@@ -100,6 +100,22 @@ TEST_P(LocalAutoLevels, FollowsItsSteps) {
   EXPECT_TRUE(sameBits(inPlace.Plane(0), levels));
 }
 
+TEST(LocalAutoLevelsRule, FillsTheSizeThatTargetAndSourceShare) {
+  const KivImage src = randomImage(40, 30, 1, 1);
+  KivImage expected;
+  expected.LocalAutoLevels(src, 3, true);
+  const KivImage before = randomImage(50, 45, 1, 2);
+  KivImage larger;
+  larger = before;
+  larger.LocalAutoLevels(src, 3, true);
+  EXPECT_TRUE(sameBits(larger.ROI(0, 0, 40, 30), expected));
+  EXPECT_TRUE(sameBits(larger.ROI(40, 0, 10, 45), before.ROI(40, 0, 10, 45)));
+  EXPECT_TRUE(sameBits(larger.ROI(0, 30, 50, 15), before.ROI(0, 30, 50, 15)));
+  KivImage smaller(20, 25, 1);
+  smaller.LocalAutoLevels(src, 3, true);
+  EXPECT_TRUE(sameBits(smaller, expected.ROI(0, 0, 20, 25)));
+}
+
 INSTANTIATE_TEST_SUITE_P(Radii, LocalAutoLevels, testing::Values(0, 1, 6, 60));
 
 TEST(LocalAutoLevelsOld, FollowsItsStepsOnTheRegionThatTheyServe) {
@@ -153,6 +169,13 @@ TEST(LocalContrast, MixesItsPassesByAmount) {
   KivImage second;
   second.ApplyLocalContrast(src, 0.0F, 0.0F, 7.0F, 0.3F);
   EXPECT_TRUE(sameBits(second.Plane(0), result.Plane(0)));
+
+  // The second pass works on the result of the first.
+  KivImage both;
+  both.ApplyLocalContrast(src, 7.0F, 0.3F, 3.0F, 0.6F);
+  KivImage twice;
+  twice.ApplyLocalContrast(result.Plane(0), 0.0F, 0.0F, 3.0F, 0.6F);
+  EXPECT_TRUE(sameBits(both.Plane(0), twice));
 
   KivImage none;
   none.ApplyLocalContrast(src, 7.0F, 0.0F, 7.0F, 0.0F);
@@ -212,6 +235,34 @@ TEST(LocalLinearFilter, AgreesWithTheModelInDoublePrecision) {
       }
     }
   }
+}
+
+TEST(LocalLinearFilter, TakesTheGivenStepsAlsoInPlace) {
+  const KivImage src = randomImage(45, 33, 2, 4);
+  const int r = 4;
+  const float eps = 0.02F;
+  const auto boxed = [](const KivImage& image) {
+    KivImage mean;
+    mean.Box_Blur(image, r);
+    return mean;
+  };
+  const KivImage mean = boxed(src);
+  const KivImage squares =
+      boxed(perSample(src, [&](int p, int x, int y) { return *src.At(p, x, y) * *src.At(p, x, y); }));
+  const KivImage a = perSample(src, [&](int p, int x, int y) {
+    const float m = *mean.At(p, x, y);
+    const float variance = *squares.At(p, x, y) - m * m;
+    return variance / (variance + eps);
+  });
+  const KivImage b =
+      boxed(perSample(src, [&](int p, int x, int y) { return (*a.At(p, x, y) * -1.0F + 1.0F) * *mean.At(p, x, y); }));
+  const KivImage meanOfA = boxed(a);
+  const KivImage expected =
+      perSample(src, [&](int p, int x, int y) { return *meanOfA.At(p, x, y) * *src.At(p, x, y) + *b.At(p, x, y); });
+  KivImage image;
+  image = src;
+  image.ApplyLocalLinearFilter(image, r, eps);
+  EXPECT_TRUE(sameBits(image, expected));
 }
 
 TEST(LocalLinearFilter, KeepsFlatImagesAndWindowsOfOneSample) {
