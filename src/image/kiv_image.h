@@ -222,8 +222,8 @@ class KivImage {
   // Plane 0 only, on four threads. A sigma not above 0 leaves the target as it was.
   void GaussBlurFast(const KivImage& src, float sigma, int factor);
   // As GaussBlurFast, and this may be src. A sigma above 3 on an image whose smaller side is above 400 works on a
-  // reduced image, halved until one of them no longer is; then plane 0 comes back blurred, the planes above it
-  // resampled from the reduced image.
+  // reduced image, halved until one of them no longer is; then plane 0 comes back blurred, the planes above it,
+  // as far as both images have them, resampled from the reduced image.
   void GaussBlurDecimate(const KivImage& src, float sigma, int kernelMultiplier);
   // All planes; this may be src. With borderIsReplicate false, src is a view with as many samples around it as the
   // kernel reaches. What the primitives refuse is thrown as an int holding their status: -5 for a sigma not above 0.
