@@ -15,8 +15,12 @@ require_packages $check_packages
 build fuzz run_fuzz -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_COMPILER=clang++ -DORBEL_FUZZ=ON
 
 cd "$root/build/fuzz"
-mkdir -p corpus
+# A run takes some hundred bytes; to come upon them from nothing takes long.
+if [ ! -d corpus ]; then
+  mkdir corpus
+  for i in $(seq 100); do head -c 768 /dev/urandom >corpus/seed-"$i"; done
+fi
 # No run above 10 seconds, 1 GB in all or 256 MB in one block. Two threads suffice for what threads can do wrong.
 export OMP_NUM_THREADS=2 OMP_WAIT_POLICY=passive
 exec nice -n 10 tests/fuzz/run_fuzz -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 -malloc_limit_mb=256 \
-  -max_len=1024 -print_final_stats=1 corpus
+  -max_len=1024 -len_control=0 -print_final_stats=1 corpus
