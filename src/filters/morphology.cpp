@@ -25,11 +25,11 @@ int anchorOf(int side, MaskPlace place) { return place == MaskPlace::anywhere ? 
 
 // The part of a mask's side that can reach samples from some output row or column.
 struct Window {
-  int length;
+  int length = 0;
   int anchor;
 
   Window(int side, MaskPlace place, int srcLength, int dstLength)
-      : length(0), anchor(std::min(anchorOf(side, place), dstLength - 1)) {
+      : anchor(std::min(anchorOf(side, place), dstLength - 1)) {
     length = anchor + std::min(side - 1 - anchorOf(side, place), srcLength - 1) + 1;
   }
   std::int64_t scratchSamples() const { return std::int64_t{length} * stripColumns; }

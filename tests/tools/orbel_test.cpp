@@ -257,7 +257,7 @@ std::string libraryOf(void* function) {
 }
 
 // Above the 1 kB that clang's OpenMP runtime writes for itself when it is loaded, and below any of the pictures.
-constexpr rlim_t fullDisk = 2000;
+constexpr rlim_t fullDisk = 1200;
 
 class Troubles : public Orbel, public testing::WithParamInterface<Trouble> {};
 
