@@ -105,17 +105,6 @@ Blob properties() {
   return list.finished();
 }
 
-OSType valueType(ScriptKind kind) {
-  switch (kind) {
-    case ScriptKind::Float:
-      return typeFloat;
-    case ScriptKind::Flag:
-      return typeBoolean;
-    default:
-      return typeInteger;
-  }
-}
-
 Blob terminology() {
   constexpr std::uint16_t english = 0;
   constexpr std::uint16_t roman = 0;
@@ -128,7 +117,7 @@ Blob terminology() {
   blob.int32(typeNull).pascalString(none).int16(0);
   blob.int16(scriptKeyCount);
   for (const ScriptKey& key : scriptKeys) {
-    blob.pascalString(key.name).int32(key.code).int32(valueType(key.kind)).pascalString(none);
+    blob.pascalString(key.name).int32(key.code).int32(descriptorType(key.kind)).pascalString(none);
     blob.int16(static_cast<std::uint16_t>(actionOptionalParameter));
   }
   return blob.int16(0).int16(0).int16(0);  // classes, comparisons, enumerations

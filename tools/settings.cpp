@@ -10,17 +10,6 @@
 
 namespace {
 
-DescriptorTypeID typeOf(ScriptKind kind) {
-  switch (kind) {
-    case ScriptKind::Float:
-      return typeFloat;
-    case ScriptKind::Flag:
-      return typeBoolean;
-    default:
-      return typeInteger;
-  }
-}
-
 std::string nameOf(DescriptorKeyID code) {
   std::string name;
   for (int shift = 24; shift >= 0; shift -= 8) name += static_cast<char>(code >> shift & 0xFF);
@@ -123,7 +112,7 @@ double Settings::value(const std::string& key) const {
 std::vector<ScriptValue> Settings::script() const {
   std::vector<ScriptValue> script;
   for (std::size_t i = 0; i < values_.size(); ++i) {
-    if (values_[i]) script.push_back({scriptKeys[i].code, typeOf(scriptKeys[i].kind), *values_[i]});
+    if (values_[i]) script.push_back({scriptKeys[i].code, descriptorType(scriptKeys[i].kind), *values_[i]});
   }
   return script;
 }

@@ -4,6 +4,7 @@
 
 #include "equalizer/band_equalizer.h"
 #include "equalizer/equalizer_kernels.h"
+#include "image/each_row.h"
 
 namespace {
 
@@ -28,19 +29,14 @@ Weights weightsOf(int selector) {
 void ExtractYChannelKiv(float* y, float* c0, float* c1, float* c2, int height, int width, int step, int weights) {
   const EqualizerKernels& kernels = equalizerKernels();
   const Weights triple = weightsOf(weights);
-#pragma omp parallel for schedule(static)
-  for (int row = 0; row < height; ++row) {
-    const std::ptrdiff_t at = std::ptrdiff_t{row} * step;
-    kernels.weightedSumLine(y + at, c0 + at, c1 + at, c2 + at, triple.values, width);
-  }
+  eachRow(height, step,
+          [&](std::ptrdiff_t at) { kernels.weightedSumLine(y + at, c0 + at, c1 + at, c2 + at, triple.values, width); });
 }
 
 void SetYChannelOutputKiv(float* c0, float* c1, float* c2, float* yBefore, float* yAfter, int height, int width,
                           int step, float strength) {
   const EqualizerKernels& kernels = equalizerKernels();
-#pragma omp parallel for schedule(static)
-  for (int row = 0; row < height; ++row) {
-    const std::ptrdiff_t at = std::ptrdiff_t{row} * step;
+  eachRow(height, step, [&](std::ptrdiff_t at) {
     kernels.addChangeLine(c0 + at, c1 + at, c2 + at, yBefore + at, yAfter + at, strength, width);
-  }
+  });
 }

@@ -7,6 +7,7 @@
 
 #include "filters/morphology.h"
 #include "filters/morphology_kernels.h"
+#include "image/each_row.h"
 #include "tone/blend_kernels.h"
 
 namespace {
@@ -58,11 +59,8 @@ void overlayDetail(KivImage& target, const KivImage& levels, KivImage& low, cons
 
 void LocalAutoLevelsKiv(float* src, float* low, float* high, float* dst, int height, int strideFloats) {
   const MorphologyKernels& kernels = morphologyKernels();
-#pragma omp parallel for schedule(static)
-  for (int y = 0; y < height; ++y) {
-    const std::ptrdiff_t at = std::ptrdiff_t{y} * strideFloats;
-    kernels.localLevelsLine(dst + at, src + at, low + at, high + at, strideFloats);
-  }
+  eachRow(height, strideFloats,
+          [&](std::ptrdiff_t at) { kernels.localLevelsLine(dst + at, src + at, low + at, high + at, strideFloats); });
 }
 
 void KivImage::LocalAutoLevels(const KivImage& src, int radius, bool detailOverlay) {

@@ -9,6 +9,11 @@
 
 enum class ScriptKind { Float, Flag, Integer };  // double, one byte, int32 in the record
 
+// As a descriptor and the terminology call it.
+constexpr DescriptorTypeID descriptorType(ScriptKind kind) {
+  return kind == ScriptKind::Float ? typeFloat : kind == ScriptKind::Flag ? typeBoolean : typeInteger;
+}
+
 struct ScriptKey {
   DescriptorKeyID code;
   const char* name;  // for people

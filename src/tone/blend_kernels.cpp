@@ -4,18 +4,8 @@
 
 #include <cstddef>
 
+#include "image/each_row.h"
 #include "tone/tone_kernels.h"
-
-namespace {
-
-// Calls line with the offset of each row.
-template <typename Line>
-void eachRow(int height, int step, Line line) {
-#pragma omp parallel for schedule(static)
-  for (int y = 0; y < height; ++y) line(std::ptrdiff_t{y} * step);
-}
-
-}  // namespace
 
 void BlendModeOverlayKiv(float* dst, float* top, float* base, int height, int width, int strideFloats) {
   const auto line = toneKernels().overlayLine;

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "image/each_row.h"
 #include "image/kiv_image.h"
 #include "tone/tone_kernels.h"
 
@@ -103,9 +104,5 @@ void ApplySigmoidalCurveKiv(float* dst, float* src, int height, int width, int s
   const float lo = logistic(low * slope);
   const float hi = logistic(high * slope);
   const SigmoidalLine curve = {-slope, lo, 1.0F / (hi - lo), high - low, low};
-#pragma omp parallel for schedule(static)
-  for (int y = 0; y < height; ++y) {
-    const std::ptrdiff_t at = std::ptrdiff_t{y} * strideFloats;
-    kernels.sigmoidalLine(dst + at, src + at, width, curve);
-  }
+  eachRow(height, strideFloats, [&](std::ptrdiff_t at) { kernels.sigmoidalLine(dst + at, src + at, width, curve); });
 }
