@@ -18,10 +18,18 @@
 #pragma once
 
 #include <cstdint>
+#include <stdexcept>
 
 #include "primitives/primitives.h"
 
 class NO_MEMORY_ERROR {};
+
+// A text image file that can't be written or read. what() names the file, the line where one is at fault (the first
+// line is 1), and the reason.
+class KivFileError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
 
 // What an image releases in its destructor.
 enum KivStorage : std::int32_t {
@@ -95,6 +103,12 @@ class KivImage {
   // A bit copy of *other, its claim on its memory included; empty when other is this object. The caller sees to it that
   // only one of the two is ever destroyed.
   explicit KivImage(KivImage* other);
+  // One plane, from a text image file as Write makes it. Lines may end with LF, CRLF or CR, the last one with nothing;
+  // there may be blanks around a number and blank lines at the end. Samples are decimal numbers with or without an
+  // exponent, rounded once to the nearest float, or inf and nan. One that is too small for a float gives 0, one that is
+  // too large for it, or not even a double can hold, is refused. Throws KivFileError for whatever is no such file,
+  // pipes and devices included, and for sizes that the file's length can't fill: before any memory is taken for them.
+  explicit KivImage(const char* fileName);
   // Moves: other is left empty.
   KivImage(KivImage&& other) noexcept;
   KivImage(const KivImage&) = delete;  // samples are copied by assignment only
@@ -115,6 +129,20 @@ class KivImage {
   KivImage ROI_BOX(int x0, int x1, int y0, int y1);  // both bounds inclusive; x first
 
   float* At(int plane, int x, int y) const;
+
+  // ---- Out to files and other tools ----
+
+  // Writes plane 0 as a text image file, one number a line: the height, the width, 1, and the samples, row after row,
+  // each with 30 decimals ("%1.30f", with a decimal point whatever the locale). Reading gives back the bits of samples
+  // of 2e-23 and above, of zeros and of infinities; smaller samples lose digits, those below 5e-31 become zeros. A NaN
+  // comes back as one, with its sign but without its payload.
+  // The file appears whole or not at all: it grows beside its place, a folder that must allow that, and then replaces
+  // what was there, keeping its permissions; a link to it stays. Throws KivFileError when it can't be written, when
+  // something else than a regular file stands in its place, and for an empty image.
+  void Write(const char* fileName) const;
+
+  // All planes, packed: plane after plane, row after row, without padding. dst holds channels * height * width floats.
+  void CopyToMatlab(float* dst) const;
 
   // ---- Assignment ----
 
