@@ -39,6 +39,35 @@ INSTANTIATE_TEST_SUITE_P(All, ImpossibleShape,
                                          // rows in 32 bits would wrap round to 2 and to 0
                                          Shape{4, 0x40000001, 4}, Shape{1, 0x40000000, 4}));
 
+TEST(KivImageMemory, AllocationHelpersGiveWhatTheImageAndThePrimitivesDo) {
+  KivImage image;
+  image.planes = new float*[3];
+  image.channels = 3;
+  image.size = {100, 50};
+  ImageMalloc(image);
+  EXPECT_EQ(image.stride, 448);
+  EXPECT_EQ(image.planes[2] - image.planes[0], 2 * 112 * 50);
+  fillRandom(image, 1);
+  EXPECT_TRUE(sameBits(image, randomImage(100, 50, 3, 1)));
+  int stride = 0;
+  float* plane = nullptr;
+  EXPECT_THROW(ImageMalloc(&plane, stride, 1, {0, 1}), NO_MEMORY_ERROR);
+
+  unsigned char* const bytes = IppiMalloc8(65, 2, &stride);
+  EXPECT_EQ(stride, 128);
+  unsigned short* const words = IppiMalloc16(65, 2, &stride);
+  EXPECT_EQ(stride, 192);
+  float* const floats = IppiMalloc32(65, 2, &stride);
+  EXPECT_EQ(stride, 320);
+  bytes[2 * 128 - 1] = 1;
+  words[2 * 96 - 1] = 1;
+  floats[2 * 80 - 1] = 1;
+  ippiFree(bytes);
+  ippiFree(words);
+  ippiFree(floats);
+  EXPECT_EQ(IppiMalloc8(1, 0, &stride), nullptr);
+}
+
 TEST(KivImageMemory, WrappingLeavesTheCallersSamplesAlone) {
   std::vector<float> data(10 * 10 * 3, 1.0F);
   {

@@ -229,8 +229,17 @@ TEST_F(TextImage, WritesWholeFilesOrNone) {
   const KivImage image = randomImage(3, 3, 1, 1);
   image.Write(link.c_str());
   EXPECT_TRUE(fs::is_symlink(link));
+  EXPECT_EQ(filesInFolder(), 2U);
   EXPECT_TRUE(sameBits(KivImage(name.c_str()), image));
   EXPECT_EQ(fs::status(name).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+
+  // Nobody, who may make files in this folder, may not write this one. Only root can become nobody, or has to.
+  fs::permissions(name, fs::perms::owner_read);
+  fs::permissions(folder, fs::perms::all);
+  const uid_t user = geteuid();
+  ASSERT_EQ(seteuid(user == 0 ? 65534 : user), 0);
+  EXPECT_NE(writingRefused(image).find("Permission denied"), std::string::npos);
+  ASSERT_EQ(seteuid(user), 0);
 
   name = (folder / "nowhere" / "image.txt").string();
   EXPECT_NE(writingRefused(image).find("No such file"), std::string::npos);
