@@ -2,6 +2,8 @@
 
 #include "equalizer/bilateral_filter.h"
 
+#include <omp.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -9,8 +11,9 @@
 #include <memory>
 #include <new>
 
-#include "equalizer/equalizer_kernels.h"
+#include "equalizer/bilateral_kernels.h"
 #include "image/kiv_image.h"
+#include "image/scratch.h"
 
 namespace {
 
@@ -75,36 +78,60 @@ struct PaddedBlock {
   }
 };
 
-template <typename Line>
-void filter(float* dst, const float* src, std::ptrdiff_t step, unsigned int height, unsigned int width,
-            unsigned short window, unsigned char padding, Line line) {
+// Fills a block and hands each thread one run of its rows: filterRun(block, first row, number of rows).
+template <typename FilterRun>
+void filter(const float* src, std::ptrdiff_t step, unsigned int height, unsigned int width, unsigned short window,
+            unsigned char padding, FilterRun filterRun) {
   if (padding != replicate && padding != mirror) std::abort();
   if (height == 0 || width == 0) return;
   const PaddedBlock block(height, width, window);
   block.fill(src, step, static_cast<Padding>(padding));
-#pragma omp parallel for schedule(static)
-  for (int y = 0; y < block.height; ++y) line(block.row(y), block.step(), dst + y * step, block.width);
+#pragma omp parallel
+  {
+    const std::int64_t threads = omp_get_num_threads();
+    const int thread = omp_get_thread_num();
+    const auto first = static_cast<int>(block.height * std::int64_t{thread} / threads);
+    const auto end = static_cast<int>(block.height * (std::int64_t{thread} + 1) / threads);
+    if (first < end) filterRun(block, first, end - first);
+  }
 }
 
 }  // namespace
 
 void Bilateral_std(float* dst, float* src, unsigned int height, unsigned int width, unsigned int step,
                    unsigned short window, float sigma, float threshold, unsigned char padding) {
-  const EqualizerKernels& kernels = equalizerKernels();
-  const float ks = bilateralCoefficient(sigma);
-  const float kr = bilateralCoefficient(threshold);
-  filter(dst, src, step, height, width, window, padding, [&](const float* top, int blockStep, float* to, int columns) {
-    kernels.bilateralStdLine(top, blockStep, window, ks, kr, to, columns);
+  const BilateralKernels& kernels = bilateralKernels();
+  const GaussianFactors factors = {bilateralCoefficient(sigma), bilateralCoefficient(threshold)};
+  const std::ptrdiff_t dstStep = step;
+  filter(src, dstStep, height, width, window, padding, [&](const PaddedBlock& block, int first, int rows) {
+    // The last columns, which don't go by fours, have a weight that isn't the same from both ends.
+    const int columns = block.width - block.width % 4;
+    Scratch scratch;
+    if (kernels.stdRowsPays(columns, rows, window)) {
+      scratch = tryScratch(kernels.stdRowsScratch(columns, window) * static_cast<std::int64_t>(sizeof(float)));
+    }
+    int done = 0;
+    if (scratch != nullptr) {  // else line by line, only slower
+      kernels.stdRows(block.row(first), block.step(), window, factors, dst + first * dstStep, dstStep, columns, rows,
+                      static_cast<float*>(scratch.get()));
+      done = columns;
+    }
+    for (int y = first; y < first + rows; ++y) {
+      kernels.stdLine(block.row(y) + done, block.step(), window, factors, dst + y * dstStep + done, block.width - done);
+    }
   });
 }
 
 void Bilateral_trp(float* dst, float* src, unsigned int height, unsigned int width, unsigned short window, float,
                    float threshold, unsigned char padding) {
-  const EqualizerKernels& kernels = equalizerKernels();
+  const BilateralKernels& kernels = bilateralKernels();
   const float reach = threshold + threshold;
   const float flat = reach - 0.5F * threshold;
-  filter(dst, src, width, height, width, window, padding, [&](const float* top, int blockStep, float* to, int columns) {
-    kernels.bilateralTrpLine(top, blockStep, window, reach, flat, to, columns);
+  filter(src, width, height, width, window, padding, [&](const PaddedBlock& block, int first, int rows) {
+    for (int y = first; y < first + rows; ++y) {
+      float* const line = dst + y * static_cast<std::ptrdiff_t>(width);
+      kernels.trpLine(block.row(y), block.step(), window, reach, flat, line, block.width);
+    }
   });
 }
 

@@ -1,15 +1,9 @@
-// The equalizer's hot lines, one body per processor row like the primitives.
+// The hot lines of the luminance path, one body per processor row like the primitives.
 #pragma once
 
 #include "primitives/rows.h"
 
 struct EqualizerKernels {
-  // One output line of a bilateral filter. window is the half-width of the square; top addresses the first sample of
-  // the block row that holds the square's upper edge, blockStep is the block's row step in floats. The line's first
-  // output has its square at the block's first column.
-  void (*bilateralStdLine)(const float* top, int blockStep, int window, float ks, float kr, float* dst, int width);
-  void (*bilateralTrpLine)(const float* top, int blockStep, int window, float reach, float flat, float* dst, int width);
-
   // y = (c0 * w0 + c1 * w1) + c2 * w2.
   void (*weightedSumLine)(float* y, const float* c0, const float* c1, const float* c2, const float weights[3],
                           int width);

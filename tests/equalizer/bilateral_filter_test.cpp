@@ -1,8 +1,13 @@
 #include "equalizer/bilateral_filter.h"
 
+#include <omp.h>
+
 #include <cstring>
 #include <tuple>
 
+#include "equalizer/bilateral_kernels.h"
+#include "image/scratch.h"
+#include "support/forced_row.h"
 #include "support/images.h"
 
 namespace {
@@ -111,6 +116,55 @@ TEST_P(Bilateral, EqualsTheNaiveSumBitForBit) {
 INSTANTIATE_TEST_SUITE_P(All, Bilateral,
                          testing::Combine(testing::Values(standard, trapezoid), testing::Values(replicate, mirror),
                                           testing::Values(0, 1, 4, 12)));
+
+// The form that shares weights between rows, at sizes where the filter itself wouldn't take it, too.
+class BilateralPairs : public EachRow {};
+INSTANTIATE_TEST_SUITE_P(Rows, BilateralPairs, allRows(), rowName);
+
+TEST_P(BilateralPairs, HaveTheBitsOfSingleLines) {
+  const ForcedRow row(GetParam());
+  const BilateralKernels& kernels = bilateralKernels();
+  for (const int window : {1, 2, 3, 4, 5, 12, 13, 64}) {
+    for (const int columns : {4, 12, 16, 20, 64, 68, 132, 260}) {
+      for (const int rows : {1, 2, 3, 4, 14, 30}) {
+        if (window == 64 && columns * rows > 300) continue;
+        KivImage block = randomImage(columns + 2 * window, rows + 2 * window, 1, static_cast<unsigned>(columns + rows));
+        if (window == 3) *block.At(0, window + columns / 2, window) = NAN;
+        const GaussianFactors factors = {-0.05F, window == 4 ? -700.0F : -9.0F};
+        const std::ptrdiff_t step = block.stride / 4;
+        KivImage expected(columns, rows, 1);
+        for (int y = 0; y < rows; ++y) {
+          kernels.stdLine(block.At(0, 0, y), step, window, factors, expected.At(0, 0, y), columns);
+        }
+        // Around the outputs, samples that must stay.
+        KivImage parent = randomImage(columns + 9, rows + 2, 1, 3);
+        KivImage before;
+        before = parent;
+        KivImage actual = parent.ROI(5, 1, columns, rows);
+        const Scratch scratch = makeScratch(kernels.stdRowsScratch(columns, window) * std::int64_t{sizeof(float)});
+        kernels.stdRows(block.planes[0], step, window, factors, actual.planes[0], actual.stride / 4, columns, rows,
+                        static_cast<float*>(scratch.get()));
+        ASSERT_TRUE(sameBits(actual, expected)) << "window " << window;
+        actual.Copy(before.ROI(5, 1, columns, rows));
+        ASSERT_TRUE(sameBits(parent, before)) << columns << " x " << rows << ", window " << window;
+      }
+    }
+  }
+}
+
+// Large enough for the filter to take that form, on every number of threads that cuts the image differently.
+TEST_P(BilateralPairs, ServeTheFilterOnAnyNumberOfThreads) {
+  const ForcedRow row(GetParam());
+  ASSERT_TRUE(bilateralKernels().stdRowsPays(403 - 3, 40, 4));
+  const KivImage src = randomImage(403, 160, 1, 8);
+  const KivImage expected = naive(src, 4, 1.3F, 0.2F, standard, replicate);
+  const int threads = omp_get_max_threads();
+  for (const int count : {1, 2, 3, 7}) {
+    omp_set_num_threads(count);
+    EXPECT_TRUE(sameBits(filtered(src, 4, 1.3F, 0.2F, standard, replicate), expected)) << count << " threads";
+  }
+  omp_set_num_threads(threads);
+}
 
 TEST(BilateralPadding, MirrorsAsDrawn) {
   // With a flat trapezoid every tap counts alike, so a window of 2 sums the padded row b a a b c d d c.
