@@ -18,7 +18,7 @@ void bilateral(benchmark::State& state) {
   if (!row.isThere()) return;
   KivImage src(sizeOf(state.range(0)), 1);
   KivImage dst(src.size, 1);
-  randomise(src);
+  paint(src);
   for (auto _ : state) {
     Bilateral_std(dst.planes[0], src.planes[0], static_cast<unsigned>(src.size.height),
                   static_cast<unsigned>(src.size.width), static_cast<unsigned>(src.stride / 4), 12, 3.0F, 1.0F, 1);
@@ -31,7 +31,7 @@ BENCHMARK(bilateral)->ArgNames({"megapixels", "row"})->ArgsProduct({{1, 6, 24}, 
 void gaussBlurFast(benchmark::State& state) {
   KivImage src(sizeOf(state.range(0)), 1);
   KivImage dst(src.size, 1);
-  randomise(src);
+  paint(src);
   for (auto _ : state) dst.GaussBlurFast(src, 3.0F, 4);
   if (!(std::abs(mean(src) - mean(dst)) < 0.002)) state.SkipWithError("the mean was not kept");
   countPixels(state, src.size);
@@ -41,7 +41,7 @@ BENCHMARK(gaussBlurFast)->ArgName("megapixels")->Arg(1)->Arg(6)->Arg(24)->UseRea
 // The default settings, at which the picture comes back: so runs can follow each other on one image.
 void wholeRun(benchmark::State& state, bool luminance) {
   KivImage image(sizeOf(state.range(0)), 3);
-  randomise(image);
+  paint(image);
   const double before = mean(image);
   OrbelBandEqualizerGuiParams params = {
       {100, 100, 100, 100, 100}, {3, 3, 3, 3, 3}, {255, 10, 10, 10, 10}, {0, 1, 1, 1, 1}, 100, 0, luminance, 0};

@@ -23,12 +23,13 @@
 //                                             lane 1    S  S+1 S+2 S+3 S+4
 //
 // so the neighbour at distance d is the vector d further on, with no shuffle, and each lane goes its columns one after
-// the other. Segments overlap by window columns at both ends (and the last one more, where the line's length isn't a
-// multiple of S): pairs there are computed for both segments, again with sums that are never read.
+// the other. At either end a segment goes on for window columns that are its neighbour's: pairs there are computed for
+// both, again with sums that are never read.
 
 #include "equalizer/bilateral_pairs.h"
 
 #include "equalizer/bilateral_weight.h"
+#include "primitives/primitives.h"
 
 namespace ROW {
 namespace {
@@ -42,62 +43,74 @@ struct Sums {
   Floats sum;
 };
 
-// How a line of columns outputs is laid out. Vector i of a line holds column i - window of each segment.
+// How a line of columns outputs is laid out: lane l holds its segment l, and window columns at either side of it.
 struct Layout {
+  int columns;
   int window;
-  int segment;  // columns
-  int lastStart;
-  int vectors;  // of a line, overlaps included, in whole tiles
+  int segment;  // columns of a lane
+  int used;     // vectors of a line
+  int vectors;  // the same in whole tiles
 
-  Layout(int columns, int halfWidth) : window(halfWidth), segment((columns + LANES - 1) / LANES) {
-    lastStart = columns - segment;
-    vectors = (used() + tileColumns - 1) / tileColumns * tileColumns;
-  }
+  Layout(int lineColumns, int halfWidth)
+      : columns(lineColumns),
+        window(halfWidth),
+        segment((lineColumns + LANES - 1) / LANES),
+        used(segment + 2 * halfWidth),
+        vectors((used + tileColumns - 1) / tileColumns * tileColumns) {}
 
-  int used() const { return segment + 2 * window; }
-  int start(int lane) const { return lane * segment < lastStart ? lane * segment : lastStart; }
+  int lineFloats() const { return vectors * LANES; }
 };
 
-// The lines and sums of the last window + 1 rows.
-class Ring {
+// The samples and sums of the last window + 1 rows, and a line in its own order.
+class Rows {
  public:
-  Ring(const Layout& layout, float* scratch)
-      : slots_(layout.window + 1),
-        vectors_(layout.vectors),
+  Rows(const Layout& layout, float* scratch)
+      : layout_(layout),
         lines_(reinterpret_cast<Floats*>(scratch)),
-        sums_(reinterpret_cast<Sums*>(lines_ + std::ptrdiff_t{slots_} * vectors_)) {}
+        sums_(reinterpret_cast<Sums*>(lines_ + place(layout.window + 1))),
+        straight_(reinterpret_cast<float*>(sums_ + place(layout.window + 1))) {}
 
-  Floats* line(int row) const { return lines_ + std::ptrdiff_t{row % slots_} * vectors_; }
-  Sums* sums(int row) const { return sums_ + std::ptrdiff_t{row % slots_} * vectors_; }
+  static std::int64_t scratchFloats(const Layout& layout) {
+    return (std::int64_t{3} * (layout.window + 1) + 1) * layout.lineFloats();
+  }
+
+  Floats* line(int row) const { return lines_ + place(row % (layout_.window + 1)); }
+  Sums* sums(int row) const { return sums_ + place(row % (layout_.window + 1)); }
+
+  // Takes a row in, from the block's first sample on, with sums of 0.
+  void enter(int row, const float* from) const {
+    const int samples = layout_.columns + 2 * layout_.window;
+    __builtin_memcpy(straight_, from, static_cast<std::size_t>(samples) * sizeof(float));
+    const int whole = layout_.segment * LANES + 2 * layout_.window;
+    for (int x = samples; x < whole; ++x) straight_[x] = 0.0F;
+    Floats* const to = line(row);
+    ippiTranspose_32f_C1R(straight_, layout_.segment * sampleBytes, reinterpret_cast<float*>(to), vectorBytes,
+                          {layout_.used, LANES});
+    for (int i = layout_.used; i < layout_.vectors; ++i) to[i] = Floats{};
+    for (int i = 0; i < layout_.vectors; ++i) sums(row)[i] = Sums{};
+  }
+
+  // Writes the outputs of a row whose sums are complete. Its line is lost.
+  void leave(int row, float* to) const {
+    Floats* const results = line(row);
+    const Sums* const totals = sums(row) + layout_.window;
+    for (int i = 0; i < layout_.segment; ++i) results[i] = totals[i].sum / totals[i].norm;
+    ippiTranspose_32f_C1R(reinterpret_cast<float*>(results), vectorBytes, straight_, layout_.segment * sampleBytes,
+                          {LANES, layout_.segment});
+    __builtin_memcpy(to, straight_, static_cast<std::size_t>(layout_.columns) * sizeof(float));
+  }
 
  private:
-  int slots_;
-  int vectors_;
+  static constexpr int sampleBytes = sizeof(float);
+  static constexpr int vectorBytes = LANES * sampleBytes;
+
+  std::ptrdiff_t place(int slot) const { return std::ptrdiff_t{slot} * layout_.vectors; }
+
+  const Layout& layout_;
   Floats* lines_;
   Sums* sums_;
+  float* straight_;
 };
-
-// from addresses the block row's first sample.
-void loadLine(const Layout& layout, const float* from, Floats* line) {
-  auto* const to = reinterpret_cast<float*>(line);
-  for (int lane = 0; lane < LANES; ++lane) {
-    const float* const segment = from + layout.start(lane);
-    for (int i = 0; i < layout.used(); ++i) to[i * LANES + lane] = segment[i];
-  }
-  for (int i = layout.used(); i < layout.vectors; ++i) line[i] = Floats{};
-}
-
-void clear(const Layout& layout, Sums* sums) {
-  for (int i = 0; i < layout.vectors; ++i) sums[i] = Sums{};
-}
-
-void storeLine(const Layout& layout, const Sums* sums, float* to) {
-  for (int i = 0; i < layout.segment; ++i) {
-    const Sums& total = sums[layout.window + i];
-    const Floats result = total.sum / total.norm;
-    for (int lane = 0; lane < LANES; ++lane) to[layout.start(lane) + i] = result[lane];
-  }
-}
 
 // The columns of row b that go together.
 struct Tile {
@@ -105,13 +118,13 @@ struct Tile {
   Sums sums[tileColumns];
 };
 
-enum class Order { above, ownRow };
+enum class Grow { sumsOfBoth, sumsOfB };
 
 // One column of row a against columns first to last - 1 of the tile. Each step is done for all of them before the next:
 // in this order the processor finds enough to do while each waits for the one before. spatial[-i] is the exponent's
 // spatial term for column i.
-template <int first, int last, Order order>
-inline __attribute__((always_inline)) void addPairs(Floats value, Sums* sums, Tile& tile, const float* spatial,
+template <int first, int last, Grow grow>
+inline __attribute__((always_inline)) void addPairs(Floats value, Sums* sums, Tile& tile, const Floats* spatial,
                                                     float kr) {
   Floats e[tileColumns];
   Floats weight[tileColumns];
@@ -130,7 +143,7 @@ inline __attribute__((always_inline)) void addPairs(Floats value, Sums* sums, Ti
     tile.sums[i].norm += weight[i];
     tile.sums[i].sum += value * weight[i];
   }
-  if constexpr (order == Order::above) {
+  if constexpr (grow == Grow::sumsOfBoth) {
     Sums total = *sums;
 #pragma GCC unroll 4
     for (int i = first; i < last; ++i) {
@@ -142,36 +155,58 @@ inline __attribute__((always_inline)) void addPairs(Floats value, Sums* sums, Ti
 }
 
 // The same where only some columns of the tile are in reach.
-template <Order order, int column = 0>
+template <Grow grow, int column = 0>
 inline __attribute__((always_inline)) void addSomePairs(int first, int last, Floats value, Sums* sums, Tile& tile,
-                                                        const float* spatial, float kr) {
-  if (first <= column && column < last) addPairs<column, column + 1, order>(value, sums, tile, spatial, kr);
+                                                        const Floats* spatial, float kr) {
+  if (first <= column && column < last) addPairs<column, column + 1, grow>(value, sums, tile, spatial, kr);
   if constexpr (column + 1 < tileColumns) {
-    addSomePairs<order, column + 1>(first, last, value, sums, tile, spatial, kr);
+    addSomePairs<grow, column + 1>(first, last, value, sums, tile, spatial, kr);
   }
 }
 
-// All pairs of rows a and b, dy rows apart; for the own row, where a is b, only b's sums grow.
-template <Order order>
-void addRow(const Layout& layout, const Floats* a, Sums* sumsOfA, const Floats* b, Sums* sumsOfB, int dy,
-            GaussianFactors factors) {
+// Column at of a and those behind it against the first column of the tile, the first two, ... all but one.
+template <Grow grow, int count = 1>
+inline __attribute__((always_inline)) void addWhileEntering(const Floats* a, Sums* sums, Tile& tile,
+                                                            const Floats* spatial, float kr) {
+  if constexpr (count < tileColumns) {
+    addPairs<0, count, grow>(*a, sums, tile, spatial, kr);
+    addWhileEntering<grow, count + 1>(a + 1, sums + 1, tile, spatial + 1, kr);
+  }
+}
+// The same for all but one, all but two ... the last one.
+template <Grow grow, int first = 1>
+inline __attribute__((always_inline)) void addWhileLeaving(const Floats* a, Sums* sums, Tile& tile,
+                                                           const Floats* spatial, float kr) {
+  if constexpr (first < tileColumns) {
+    addPairs<first, tileColumns, grow>(*a, sums, tile, spatial, kr);
+    addWhileLeaving<grow, first + 1>(a + 1, sums + 1, tile, spatial + 1, kr);
+  }
+}
+
+// All pairs of rows a and b.
+template <Grow grow>
+void addRow(const Layout& layout, const Rows& work, int rowA, int rowB, GaussianFactors factors) {
+  const Floats* const a = work.line(rowA);
+  const Floats* const b = work.line(rowB);
+  Sums* const sumsOfA = work.sums(rowA);
+  Sums* const sumsOfB = work.sums(rowB);
+  const auto y = static_cast<float>(rowB - rowA);
   const int window = layout.window;
-  float distances[2 * (largestPairWindow + tileColumns)];
-  float* const spatial = distances + largestPairWindow + tileColumns;
+  Floats distances[2 * (largestPairWindow + tileColumns)];
+  Floats* const spatial = distances + largestPairWindow + tileColumns;
   for (int dx = -window; dx <= window; ++dx) {
     const auto x = static_cast<float>(dx);
-    const auto y = static_cast<float>(dy);
-    spatial[dx] = (x * x + y * y) * factors.ks;
+    spatial[dx] = toFloats((x * x + y * y) * factors.ks);
   }
 
   const int outputs = window;  // where they begin
   const int overlap = window + layout.segment;
   for (int x = 0; x < layout.vectors; x += tileColumns) {
     const bool wanted = x + tileColumns > outputs && x < overlap;
-    if (order == Order::ownRow && !wanted) continue;
+    if (grow == Grow::sumsOfB && !wanted) continue;
     // Where b's columns are not this segment's, only a's outputs count.
     const int lowest = wanted ? 0 : outputs;
-    const int end = wanted ? layout.used() : overlap;
+    const int end = wanted ? layout.used : overlap;
 
     Tile tile;
 #pragma GCC unroll 4
@@ -179,18 +214,29 @@ void addRow(const Layout& layout, const Floats* a, Sums* sumsOfA, const Floats* 
       tile.value[i] = b[x + i];
       tile.sums[i] = sumsOfB[x + i];
     }
-    int at = x - window < lowest ? lowest : x - window;
-    const int allInReach = x - window + tileColumns - 1 < end ? x - window + tileColumns - 1 : end;
-    const int someInReach = x + window + 1 < end ? x + window + 1 : end;
-    const int noneInReach = x + window + tileColumns < end ? x + window + tileColumns : end;
-    for (; at < allInReach; ++at) {
-      addSomePairs<order>(0, at - (x - window) + 1, a[at], sumsOfA + at, tile, spatial + (at - x), factors.kr);
+    // Columns of a: some of the tile in reach, all of it, some of it again.
+    constexpr int partly = tileColumns - 1;
+    const int begin = x - window;
+    const int behind = x + window + tileColumns;
+    const int enteredAt = begin + partly;
+    const int leavingAt = behind - partly;
+    int at = begin > lowest ? begin : lowest;
+    if (at == begin) {
+      addWhileEntering<grow>(a + at, sumsOfA + at, tile, spatial - window, factors.kr);
+      at = enteredAt;
     }
-    for (; at < someInReach; ++at) {
-      addPairs<0, tileColumns, order>(a[at], sumsOfA + at, tile, spatial + (at - x), factors.kr);
+    for (; at < enteredAt; ++at) {
+      addSomePairs<grow>(0, at - begin + 1, a[at], sumsOfA + at, tile, spatial + (at - x), factors.kr);
     }
-    for (; at < noneInReach; ++at) {
-      addSomePairs<order>(at - (x + window), tileColumns, a[at], sumsOfA + at, tile, spatial + (at - x), factors.kr);
+    for (const int until = leavingAt < end ? leavingAt : end; at < until; ++at) {
+      addPairs<0, tileColumns, grow>(a[at], sumsOfA + at, tile, spatial + (at - x), factors.kr);
+    }
+    if (behind <= end) {
+      addWhileLeaving<grow>(a + at, sumsOfA + at, tile, spatial + (at - x), factors.kr);
+    } else {
+      for (; at < end; ++at) {
+        addSomePairs<grow>(at - leavingAt + 1, tileColumns, a[at], sumsOfA + at, tile, spatial + (at - x), factors.kr);
+      }
     }
 #pragma GCC unroll 4
     for (int i = 0; i < tileColumns; ++i) sumsOfB[x + i] = tile.sums[i];
@@ -202,29 +248,27 @@ void addRow(const Layout& layout, const Floats* a, Sums* sumsOfA, const Floats* 
 void bilateralStdRows(const float* top, std::ptrdiff_t blockStep, int window, GaussianFactors factors, float* dst,
                       std::ptrdiff_t dstStep, int columns, int rows, float* scratch) {
   const Layout layout(columns, window);
-  const Ring ring(layout, scratch);
+  const Rows work(layout, scratch);
   // Rows of the block, from top: those of the run are first to end - 1.
   const int first = window;
   const int end = window + rows;
   for (int b = 0; b < end + window; ++b) {
-    loadLine(layout, top + b * blockStep, ring.line(b));
-    clear(layout, ring.sums(b));
-    // Above the run nothing waits for b, and below it only the run's own rows do.
-    const int start = b < end || b - window > first ? b - window : first;
-    for (int a = b < first ? b : start; a < b && a < end; ++a) {
-      addRow<Order::above>(layout, ring.line(a), ring.sums(a), ring.line(b), ring.sums(b), b - a, factors);
-    }
-    if (b >= first && b < end) {
-      addRow<Order::ownRow>(layout, ring.line(b), ring.sums(b), ring.line(b), ring.sums(b), 0, factors);
+    work.enter(b, top + b * blockStep);
+    if (b < first) continue;
+    int a = b - window;
+    if (b < end) {
+      for (; a < first; ++a) addRow<Grow::sumsOfB>(layout, work, a, b, factors);
+      for (; a < b; ++a) addRow<Grow::sumsOfBoth>(layout, work, a, b, factors);
+      addRow<Grow::sumsOfB>(layout, work, b, b, factors);
+    } else {
+      for (a = a > first ? a : first; a < end; ++a) addRow<Grow::sumsOfBoth>(layout, work, a, b, factors);
     }
     const int done = b - window;
-    if (done >= first && done < end) storeLine(layout, ring.sums(done), dst + (done - first) * dstStep);
+    if (done >= first) work.leave(done, dst + (done - first) * dstStep);
   }
 }
 
-std::int64_t bilateralStdRowsScratch(int columns, int window) {
-  return std::int64_t{window + 1} * Layout(columns, window).vectors * 3 * LANES;
-}
+std::int64_t bilateralStdRowsScratch(int columns, int window) { return Rows::scratchFloats(Layout(columns, window)); }
 
 bool bilateralStdRowsPays(int columns, int rows, int window) {
   if (window < 2 || window > largestPairWindow) return false;
