@@ -2,19 +2,20 @@
 //
 // Seen from either of its ends a pair of samples has the same weight, bit for bit: distances enter as squares. So one
 // weight serves two outputs. Their sums must still grow in the order of the filter, rows of the square from top to
-// bottom and columns from left to right. Rows of the block, all at work on the lower row b:
+// bottom and columns from left to right. Row b of the block takes its turn, with the rows above it that it reaches:
 //
-//     b - window  o o o o o o o o     For each row a from b - window to b - 1, all pairs (a, b): b meets the rows above
-//     ...                             it from top to bottom. Then b alone: its own row. As b moves down, row a meets
-//     a           o o[o o o]o o o     the rows below it from top to bottom, too; with b = a + window it is done. At
-//     ...              \|/            any time only window + 1 rows have sums that still grow: a ring of rows.
-//     b           o o o X o o o o
+//     b - window  o o o o o o o o
+//     ...
+//     a           o o[o o o]o o o     first all pairs (a, b), for each a from b - window to b - 1,
+//     ...              \|/
+//     b           o o[o o X]o o o     then b with itself: each column with those to its left, and alone
 //
-// Within a row pair, b's columns ascend, and for each of them a's columns from x - window to x + window: X meets them
-// from left to right; and each column of a meets b's columns as they ascend, from left to right as well.
+// So b meets the rows above it from top to bottom, then its own; and as b moves down, a meets its own row before those
+// below it, from top to bottom. With b = a + window, a is done: at any time window + 1 rows are in work. Within a pair
+// of rows b's columns X ascend, and for each the columns of a from X - window to X + window: X meets them from left to
+// right, and each column of a meets the X as they ascend, from left to right as well.
 //
-// Rows above and below the run take part like others; their sums come out incomplete and are never read. Nothing is
-// added up across runs, so a run's bounds don't show in the result.
+// The rows around the run only lend their samples. Nothing is added up across runs, so a run's bounds don't show.
 //
 // Vectors lie across a line, lane l holding segment l of it:
 //
@@ -24,7 +25,7 @@
 //
 // so the neighbour at distance d is the vector d further on, with no shuffle, and each lane goes its columns one after
 // the other. At either end a segment goes on for window columns that are its neighbour's: pairs there are computed for
-// both, again with sums that are never read.
+// both, and the sums of such columns are never read.
 
 #include "equalizer/bilateral_pairs.h"
 
@@ -118,7 +119,7 @@ struct Tile {
   Sums sums[tileColumns];
 };
 
-enum class Grow { sumsOfBoth, sumsOfB };
+enum class Grow { sumsOfBoth, sumsOfA, sumsOfB };
 
 // One column of row a against columns first to last - 1 of the tile. Each step is done for all of them before the next:
 // in this order the processor finds enough to do while each waits for the one before. spatial[-i] is the exponent's
@@ -138,12 +139,14 @@ inline __attribute__((always_inline)) void addPairs(Floats value, Sums* sums, Ti
   for (int i = first; i < last; ++i) weight[i] = e[i] * exponentScale;
 #pragma GCC unroll 4
   for (int i = first; i < last; ++i) weight[i] = fastExponential<Floats>(e[i], weight[i]);
+  if constexpr (grow != Grow::sumsOfA) {
 #pragma GCC unroll 4
-  for (int i = first; i < last; ++i) {
-    tile.sums[i].norm += weight[i];
-    tile.sums[i].sum += value * weight[i];
+    for (int i = first; i < last; ++i) {
+      tile.sums[i].norm += weight[i];
+      tile.sums[i].sum += value * weight[i];
+    }
   }
-  if constexpr (grow == Grow::sumsOfBoth) {
+  if constexpr (grow != Grow::sumsOfB) {
     Sums total = *sums;
 #pragma GCC unroll 4
     for (int i = first; i < last; ++i) {
@@ -183,6 +186,23 @@ inline __attribute__((always_inline)) void addWhileLeaving(const Floats* a, Sums
   }
 }
 
+// The exponent's spatial term of the pairs dy rows apart, by dx.
+class Distances {
+ public:
+  Distances(int window, int dy, float ks) {
+    const auto y = static_cast<float>(dy);
+    for (int dx = -window; dx <= window; ++dx) {
+      const auto x = static_cast<float>(dx);
+      terms_[middle + dx] = toFloats((x * x + y * y) * ks);
+    }
+  }
+  const Floats* at(int dx) const { return terms_ + middle + dx; }
+
+ private:
+  static constexpr int middle = largestPairWindow + tileColumns;
+  Floats terms_[2 * middle];
+};
+
 // All pairs of rows a and b.
 template <Grow grow>
 void addRow(const Layout& layout, const Rows& work, int rowA, int rowB, GaussianFactors factors) {
@@ -190,14 +210,8 @@ void addRow(const Layout& layout, const Rows& work, int rowA, int rowB, Gaussian
   const Floats* const b = work.line(rowB);
   Sums* const sumsOfA = work.sums(rowA);
   Sums* const sumsOfB = work.sums(rowB);
-  const auto y = static_cast<float>(rowB - rowA);
   const int window = layout.window;
-  Floats distances[2 * (largestPairWindow + tileColumns)];
-  Floats* const spatial = distances + largestPairWindow + tileColumns;
-  for (int dx = -window; dx <= window; ++dx) {
-    const auto x = static_cast<float>(dx);
-    spatial[dx] = toFloats((x * x + y * y) * factors.ks);
-  }
+  const Distances distances(window, rowB - rowA, factors.ks);
 
   const int outputs = window;  // where they begin
   const int overlap = window + layout.segment;
@@ -222,24 +236,44 @@ void addRow(const Layout& layout, const Rows& work, int rowA, int rowB, Gaussian
     const int leavingAt = behind - partly;
     int at = begin > lowest ? begin : lowest;
     if (at == begin) {
-      addWhileEntering<grow>(a + at, sumsOfA + at, tile, spatial - window, factors.kr);
+      addWhileEntering<grow>(a + at, sumsOfA + at, tile, distances.at(-window), factors.kr);
       at = enteredAt;
     }
     for (; at < enteredAt; ++at) {
-      addSomePairs<grow>(0, at - begin + 1, a[at], sumsOfA + at, tile, spatial + (at - x), factors.kr);
+      addSomePairs<grow>(0, at - begin + 1, a[at], sumsOfA + at, tile, distances.at(at - x), factors.kr);
     }
     for (const int until = leavingAt < end ? leavingAt : end; at < until; ++at) {
-      addPairs<0, tileColumns, grow>(a[at], sumsOfA + at, tile, spatial + (at - x), factors.kr);
+      addPairs<0, tileColumns, grow>(a[at], sumsOfA + at, tile, distances.at(at - x), factors.kr);
     }
     if (behind <= end) {
-      addWhileLeaving<grow>(a + at, sumsOfA + at, tile, spatial + (at - x), factors.kr);
+      addWhileLeaving<grow>(a + at, sumsOfA + at, tile, distances.at(at - x), factors.kr);
     } else {
       for (; at < end; ++at) {
-        addSomePairs<grow>(at - leavingAt + 1, tileColumns, a[at], sumsOfA + at, tile, spatial + (at - x), factors.kr);
+        addSomePairs<grow>(at - leavingAt + 1, tileColumns, a[at], sumsOfA + at, tile, distances.at(at - x),
+                           factors.kr);
       }
     }
 #pragma GCC unroll 4
     for (int i = 0; i < tileColumns; ++i) sumsOfB[x + i] = tile.sums[i];
+  }
+}
+
+// The pairs within row b: each column with those to its left, then with itself.
+void addOwnRow(const Layout& layout, const Rows& work, int rowB, GaussianFactors factors) {
+  const Floats* const b = work.line(rowB);
+  Sums* const sums = work.sums(rowB);
+  const int outputs = layout.window;
+  const int overlap = outputs + layout.segment;
+  const Distances distances(layout.window, 0, factors.ks);
+  for (int x = outputs; x < layout.used; ++x) {
+    Tile tile;
+    tile.value[0] = b[x];
+    tile.sums[0] = sums[x];
+    for (int at = x - layout.window; at < x && at < overlap; ++at) {
+      addPairs<0, 1, Grow::sumsOfBoth>(b[at], sums + at, tile, distances.at(at - x), factors.kr);
+    }
+    addPairs<0, 1, Grow::sumsOfB>(b[x], sums + x, tile, distances.at(0), factors.kr);
+    sums[x] = tile.sums[0];
   }
 }
 
@@ -259,9 +293,9 @@ void bilateralStdRows(const float* top, std::ptrdiff_t blockStep, int window, Ga
     if (b < end) {
       for (; a < first; ++a) addRow<Grow::sumsOfB>(layout, work, a, b, factors);
       for (; a < b; ++a) addRow<Grow::sumsOfBoth>(layout, work, a, b, factors);
-      addRow<Grow::sumsOfB>(layout, work, b, b, factors);
+      addOwnRow(layout, work, b, factors);
     } else {
-      for (a = a > first ? a : first; a < end; ++a) addRow<Grow::sumsOfBoth>(layout, work, a, b, factors);
+      for (a = a > first ? a : first; a < end; ++a) addRow<Grow::sumsOfA>(layout, work, a, b, factors);
     }
     const int done = b - window;
     if (done >= first) work.leave(done, dst + (done - first) * dstStep);
