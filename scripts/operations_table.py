@@ -18,6 +18,9 @@ table = root / "docs" / "operations.md"
 
 # What files of one floor share among themselves.
 internal = {
+    "equalizer/bilateral_kernels.h",
+    "equalizer/bilateral_pairs.h",
+    "equalizer/bilateral_weight.h",
     "equalizer/equalizer_kernels.h",
     "filters/box_filter.h",
     "filters/gaussian_bands.h",
