@@ -293,6 +293,28 @@ IppStatus ippiCopyConstBorder_32f_C1R(const float* src, int srcStep, IppiSize sr
 IppStatus ippiAlphaCompC_32f_C1R(const float* src1, int src1Step, const float* src2, int src2Step, float* dst,
                                  int dstStep, IppiSize roiSize, float alpha1, float alpha2, int alphaType);
 
+// ---- Colour. src and dst may be the same image; nothing clips unless it says so ----
+
+// CIE L*a*b* of linear RGB (ITU-R BT.709 primaries, white D65), channels R, G, B to L, a, b. Sums from left to right:
+//   Y = 0.212671 R + 0.71516 G + 0.072169 B, X = (0.412453 R + 0.35758 G + 0.180423 B) / 0.950456,
+//   Z = (0.019334 R + 0.119193 G + 0.950227 B) / 1.0887539, each limited to 1 from above;
+//   f(t) = the cube root of t above 0.008856, else 7.787 t + 0.137931034;
+//   L = 116 f(Y) - 16, or 903.3 Y where Y is not above 0.008856; a = 500 (f(X) - f(Y)); b = 200 (f(Y) - f(Z)).
+// The root is the correctly rounded one. Measured over the 2^24 colours of 8 bits, L is off by at most 1.3e-5, a by
+// 6.2e-5, b by 2.6e-5.
+IppStatus ippiRGBToLab_32f_C3R(const float* src, int srcStep, float* dst, int dstStep, IppiSize roiSize);
+// The way back, by cubes alone: colours with an X, Y or Z up to 0.008856 come back different.
+//   y = (L + 16) / 116, x = y + a / 500, z = y - b / 200; X = 0.950456 x^3, Y = y^3, Z = 1.0887539 z^3;
+//   R = 3.240479 X - 1.53715 Y - 0.498535 Z, G = -0.969256 X + 1.875991 Y + 0.041556 Z,
+//   B = 0.055648 X - 0.204043 Y + 1.057311 Z.
+// Measured for L from 0 to 100, a and b from -100 to 100, off by at most 1.9e-6.
+IppStatus ippiLabToRGB_32f_C3R(const float* src, int srcStep, float* dst, int dstStep, IppiSize roiSize);
+
+// Plane c of dst = (twist[c][3] + twist[c][0] s0) + (twist[c][2] s2 + twist[c][1] s1) of src's planes s. The planes may
+// lie in any order. Steps checked.
+IppStatus ippiColorTwist_32f_P3R(const float* const src[3], int srcStep, float* const dst[3], int dstStep,
+                                 IppiSize roiSize, const float twist[3][4]);
+
 // ---- Box filter ----
 // The mean over a window of mask.width by mask.height samples, whose cost doesn't grow with the mask. Of an even mask
 // one sample more lies to the right and below: the window of (x, y) starts at column x - (mask.width - 1) / 2, row

@@ -1,6 +1,7 @@
 #include "primitives/primitive_cases.h"
 
 #include <algorithm>
+#include <array>
 #include <cfenv>
 
 #include "primitives/region.h"
@@ -274,6 +275,97 @@ PrimitiveCase transpose(const char* name, bool inPlace) {
           }};
 }
 
+using Pixel = std::array<float, 3>;
+
+// call(src, srcStep, dst, dstStep, size) on interleaved pixels; formula(pixel). Samples run from -128 to 384 by scale.
+template <typename Call, typename Formula>
+PrimitiveCase pixels(const char* name, Call call, Formula formula, float scale, bool inPlace) {
+  const auto source = [=](IppiSize size, unsigned seed) {
+    auto src = randomRegion<float>(size, seed, 3);
+    RandomSamples random(seed);
+    src.fill([&](int, int) { return random.next<float>() * scale; });
+    return src;
+  };
+  return {name,
+          [=](IppiSize size, unsigned seed) {
+            auto src = source(size, seed);
+            auto separate = target<float>(size, seed, 3);
+            auto& dst = inPlace ? src : separate;
+            return outputOf(call(src.data(), src.step, dst.data(), dst.step, size), dst);
+          },
+          [=](IppiSize size, unsigned seed) {
+            const auto src = source(size, seed);
+            std::vector<float> expected;
+            for (int y = 0; y < size.height; ++y) {
+              for (int x = 0; x < 3 * size.width; x += 3) {
+                for (const float v : formula({src.at(x, y), src.at(x + 1, y), src.at(x + 2, y)})) expected.push_back(v);
+              }
+            }
+            return expected;
+          }};
+}
+
+float labCurve(float t) {
+  return t > 0.008856F ? static_cast<float>(std::cbrt(static_cast<double>(t))) : 7.787F * t + 0.137931034F;
+}
+float atMost1(float v) { return v > 1.0F ? 1.0F : v; }
+
+Pixel labOf(Pixel rgb) {
+  const auto [r, g, b] = rgb;
+  const float y = atMost1(0.212671F * r + 0.71516F * g + 0.072169F * b);
+  const float x = atMost1((0.412453F * r + 0.35758F * g + 0.180423F * b) / 0.950456F);
+  const float z = atMost1((0.019334F * r + 0.119193F * g + 0.950227F * b) / 1.0887539F);
+  return {y > 0.008856F ? 116.0F * labCurve(y) - 16.0F : 903.3F * y, 500.0F * (labCurve(x) - labCurve(y)),
+          200.0F * (labCurve(y) - labCurve(z))};
+}
+
+Pixel rgbOf(Pixel lab) {
+  const float fy = (lab[0] + 16.0F) / 116.0F;
+  const float fx = fy + lab[1] / 500.0F;
+  const float fz = fy - lab[2] / 200.0F;
+  const float x = 0.950456F * (fx * fx * fx);
+  const float y = fy * fy * fy;
+  const float z = 1.0887539F * (fz * fz * fz);
+  return {3.240479F * x - 1.53715F * y - 0.498535F * z, -0.969256F * x + 1.875991F * y + 0.041556F * z,
+          0.055648F * x - 0.204043F * y + 1.057311F * z};
+}
+
+// In place the planes also change places.
+PrimitiveCase twist(const char* name, bool inPlace) {
+  static constexpr float matrix[3][4] = {
+      {0.3F, -1.2F, 0.7F, 0.1F}, {1.1F, 0.2F, -0.4F, 0.0F}, {-0.6F, 0.9F, 1.3F, 5.F}};
+  const auto plane = [](IppiSize size, unsigned seed, unsigned i) { return randomRegion<float>(size, seed + 12 * i); };
+  return {
+      name,
+      [=](IppiSize size, unsigned seed) {
+        Region<float> src[] = {plane(size, seed, 0), plane(size, seed, 1), plane(size, seed, 2)};
+        Region<float> separate[] = {target<float>(size, seed), target<float>(size, seed), target<float>(size, seed)};
+        Region<float>* const dst[] = {inPlace ? &src[1] : &separate[0], inPlace ? &src[2] : &separate[1],
+                                      inPlace ? &src[0] : &separate[2]};
+        const float* const from[] = {src[0].data(), src[1].data(), src[2].data()};
+        float* const to[] = {dst[0]->data(), dst[1]->data(), dst[2]->data()};
+        PrimitiveOutput all{ippiColorTwist_32f_P3R(from, src[0].step, to, dst[0]->step, size, matrix), {}};
+        for (const Region<float>* written : dst) {
+          const std::vector<float> samples = outputOf(all.status, *written).samples;
+          all.samples.insert(all.samples.end(), samples.begin(), samples.end());
+        }
+        return all;
+      },
+      [=](IppiSize size, unsigned seed) {
+        const Region<float> src[] = {plane(size, seed, 0), plane(size, seed, 1), plane(size, seed, 2)};
+        std::vector<float> expected;
+        for (const auto& row : matrix) {
+          for (int y = 0; y < size.height; ++y) {
+            for (int x = 0; x < size.width; ++x) {
+              expected.push_back((row[3] + row[0] * src[0].at(x, y)) +
+                                 (row[2] * src[2].at(x, y) + row[1] * src[1].at(x, y)));
+            }
+          }
+        }
+        return expected;
+      }};
+}
+
 template <typename Sample, typename Function>
 auto rounding(Function function, IppRoundMode mode) {
   return [=](const float* s, int step, Sample* d, int dStep, IppiSize size) {
@@ -453,6 +545,12 @@ const std::vector<PrimitiveCase>& primitiveCases() {
             const float under = s2 * 1.2F;
             return static_cast<float>(double{over} + double{under} * (1.0 - double{0.1F}));
           }),
+      pixels("RGBToLab", ippiRGBToLab_32f_C3R, labOf, 1.0F / 256, false),
+      pixels("RGBToLabInPlace", ippiRGBToLab_32f_C3R, labOf, 1.0F / 256, true),
+      pixels("LabToRGB", ippiLabToRGB_32f_C3R, rgbOf, 0.5F, false),
+      pixels("LabToRGBInPlace", ippiLabToRGB_32f_C3R, rgbOf, 0.5F, true),
+      twist("ColorTwist", false),
+      twist("ColorTwistInPlace", true),
   };
   return cases;
 }

@@ -161,6 +161,29 @@ TEST_F(Statuses, Copies) {
   EXPECT_EQ(ippiCopy_16u_P3C3R(wordPlanes, 4, words, 4, {1, 1}), -8);
 }
 
+TEST_F(Statuses, Colour) {
+  constexpr float twist[3][4] = {};
+  const float* const from[] = {src, src, src};
+  float* const to[] = {dst, dst, dst};
+  expectCommonOrder(ippiRGBToLab_32f_C3R, src, dst);
+  expectCommonOrder(ippiLabToRGB_32f_C3R, src, dst);
+  EXPECT_EQ(ippiColorTwist_32f_P3R(nullptr, 4, to, 4, {0, 1}, twist), -8);
+  EXPECT_EQ(ippiColorTwist_32f_P3R(from, 4, nullptr, 4, {0, 1}, twist), -8);
+  EXPECT_EQ(ippiColorTwist_32f_P3R(from, 4, to, 4, {0, 1}, nullptr), -8);
+  for (int missing = 0; missing < 3; ++missing) {
+    const float* fewer[] = {src, src, src};
+    float* fewerTo[] = {dst, dst, dst};
+    fewer[missing] = nullptr;
+    fewerTo[missing] = nullptr;
+    EXPECT_EQ(ippiColorTwist_32f_P3R(fewer, 4, to, 4, {1, 0}, twist), -8);
+    EXPECT_EQ(ippiColorTwist_32f_P3R(from, 4, fewerTo, 4, {1, 0}, twist), -8);
+  }
+  EXPECT_EQ(ippiColorTwist_32f_P3R(from, 0, to, 4, {0, 1}, twist), -6);
+  EXPECT_EQ(ippiColorTwist_32f_P3R(from, 4, to, 0, {1, -1}, twist), -6);
+  EXPECT_EQ(ippiColorTwist_32f_P3R(from, 0, to, 4, {1, 1}, twist), -16);
+  EXPECT_EQ(ippiColorTwist_32f_P3R(from, 4, to, -4, {1, 1}, twist), -16);
+}
+
 struct Padding {
   int srcStep;
   IppiSize srcRoi;
