@@ -328,6 +328,35 @@ class KivImage {
   // A reserved name: it changes nothing.
   void ApplyLut(KivImage& image, float* first, float* second, int count);
 
+  // ---- Colour: src has three planes, R, G, B or L, a, b; nothing clips. The target may be src ----
+
+  // Plane c = (twist[c][3] + twist[c][0] * s0) + (twist[c][2] * s2 + twist[c][1] * s1), of src's planes s. Returns the
+  // primitive's status. YUVtoRGB (tone/colour_conversion.h) is such a matrix.
+  IppStatus Color_Twist(const KivImage& src, const float (&twist)[3][4]);
+  IppStatus Color_Twist(const float (&twist)[3][4]);
+
+  // Grey and lightness go to plane 0, rows in parallel; an empty target gets one plane of src's size.
+  // (p0 * r + p1 * g) + p2 * b; weights holds r, g, b.
+  void ColorToGraySSE(const KivImage& src, float r, float g, float b);
+  void ColorToGraySSE(const KivImage& src, float* weights);
+  // Of gamma-encoded RGB, 0 to 1: ExtractLChannelKiv with gammaMode 1, primariesMode 2.
+  void ConvertRgbToLSSE(const KivImage& src);
+
+  // Linear RGB to CIE L*a*b*, L from 0 to 100, and back: ippiRGBToLab_32f_C3R and ippiLabToRGB_32f_C3R have the
+  // formulas. Over the size that both images have. Where there is no memory for the pixels, the target keeps its
+  // samples, and nothing is thrown.
+  void Convert_RGB_to_LAB(const KivImage& src);
+  void Convert_RGB_to_LAB();
+  void Convert_LAB_To_RGB(const KivImage& src);
+  void Convert_LAB_To_RGB();
+
+  // Difference of each pixel of lab from the colour reference (L, a, b), after CIE 1994 for graphic arts:
+  //   sqrt((wl dL)^2 + (wc dC / (1 + 0.045 C))^2 + (wh dH / (1 + 0.015 C))^2), dH = sqrt(da^2 + db^2 - dC^2),
+  // with C the pixel's chroma and weights wh, wc, wl in this order. NaN where rounding takes dH's square below 0.
+  // On plane 0, the planes above it stay; an empty target gets one plane of lab's size. In place: this image is lab.
+  void Delta_E(const KivImage& lab, float* reference, float* weights);
+  void Delta_E(float* reference, float* weights);
+
   // ---- Blends: no clipping. The target may be any operand ----
 
   // 2 * base * top where base is below 0.5, 1 - 2 * (1 - base) * (1 - top) above, their mean at 0.5. Each operand has

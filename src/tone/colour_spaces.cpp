@@ -1,0 +1,43 @@
+// KivImage: conversion of three planes between colour spaces.
+
+#include <algorithm>
+
+#include "image/kiv_image.h"
+#include "image/scratch.h"
+
+namespace {
+
+using PixelConversion = IppStatus (*)(const float* src, int srcStep, float* dst, int dstStep, IppiSize size);
+
+// The conversion works on interleaved pixels.
+void convertPixels(const KivImage& dst, const KivImage& src, PixelConversion convert) {
+  // Over the size that both have: beyond it the pixels would hold what memory happened to.
+  const IppiSize size = {std::min(dst.size.width, src.size.width), std::min(dst.size.height, src.size.height)};
+  std::int32_t step = 0;
+  const Scratch block(ippiMalloc_32f_C3(dst.size.width, dst.size.height, &step));
+  // Without memory this is null, which all three steps refuse: dst keeps its samples.
+  float* const pixels = static_cast<float*>(block.get());
+  ippiCopy_32f_P3C3R(src.planes, src.stride, pixels, step, size);
+  convert(pixels, step, pixels, step, size);
+  ippiCopy_32f_C3P3R(pixels, step, dst.planes, dst.stride, size);
+}
+
+}  // namespace
+
+IppStatus KivImage::Color_Twist(const KivImage& src, const float (&twist)[3][4]) {
+  allocateLike(src);
+  return ippiColorTwist_32f_P3R(src.planes, src.stride, planes, stride, size, twist);
+}
+IppStatus KivImage::Color_Twist(const float (&twist)[3][4]) { return Color_Twist(*this, twist); }
+
+void KivImage::Convert_RGB_to_LAB(const KivImage& src) {
+  allocateLike(src);
+  convertPixels(*this, src, ippiRGBToLab_32f_C3R);
+}
+void KivImage::Convert_RGB_to_LAB() { Convert_RGB_to_LAB(*this); }
+
+void KivImage::Convert_LAB_To_RGB(const KivImage& src) {
+  allocateLike(src);
+  convertPixels(*this, src, ippiLabToRGB_32f_C3R);
+}
+void KivImage::Convert_LAB_To_RGB() { Convert_LAB_To_RGB(*this); }
