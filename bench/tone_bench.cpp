@@ -1,5 +1,5 @@
-// Speed of the one-pass kernels of tone and blending with every row of bodies that the machine can run. Time is the
-// wall's: rows go in parallel.
+// Speed of the one-pass kernels of tone and blending, and of colour conversion, with every row of bodies that the
+// machine can run. Time is the wall's: the rows of an image go in parallel, but for twists and Lab.
 
 #include <benchmark/benchmark.h>
 
@@ -7,6 +7,7 @@
 
 #include "pictures.h"
 #include "tone/blend_kernels.h"
+#include "tone/colour_conversion.h"
 #include "tone/tone_curves.h"
 
 namespace {
@@ -60,6 +61,45 @@ void overlayBlend(benchmark::State& state) {
       [](float x) { return x < 0.5F ? 2.0F * x * x : 1.0F - 2.0F * (1.0F - x) * (1.0F - x); });
 }
 
+// Times convert(dst, src) on three random planes. Plane 0 is to have the given mean.
+template <typename Convert>
+void runColour(benchmark::State& state, Convert convert, double expectedMean) {
+  const RowInForce row(state, state.range(1));
+  if (!row.isThere()) return;
+  KivImage src(sizeOf(state.range(0)), 3);
+  randomise(src);
+  KivImage dst;
+  convert(dst, src);  // allocates it
+  for (auto _ : state) {
+    convert(dst, src);
+    benchmark::ClobberMemory();
+  }
+  if (!(std::abs(mean(dst) - expectedMean) < 0.01 * expectedMean)) state.SkipWithError("a wrong result");
+  countPixels(state, src.size);
+}
+
+// Means for samples spread evenly over 0 to 1, from the formulas in double precision.
+void rgbToLab(benchmark::State& state) {
+  runColour(
+      state, [](KivImage& dst, const KivImage& src) { dst.Convert_RGB_to_LAB(src); }, 73.77);
+}
+void labToRgb(benchmark::State& state) {
+  runColour(
+      state, [](KivImage& dst, const KivImage& src) { dst.Convert_LAB_To_RGB(src); }, 0.00315);
+}
+void colourTwist(benchmark::State& state) {
+  runColour(
+      state, [](KivImage& dst, const KivImage& src) { dst.Color_Twist(src, YUVtoRGB); }, 1.2004);
+}
+void grey(benchmark::State& state) {
+  runColour(
+      state, [](KivImage& dst, const KivImage& src) { dst.ColorToGraySSE(src, 0.3F, 0.6F, 0.1F); }, 0.5);
+}
+void lightness(benchmark::State& state) {
+  runColour(
+      state, [](KivImage& dst, const KivImage& src) { dst.ConvertRgbToLSSE(src); }, 0.574);
+}
+
 void eachSizeAndRow(benchmark::internal::Benchmark* bench) {
   bench->ArgNames({"megapixels", "row"})
       ->ArgsProduct({{1, 24}, {0, 1, 2, 3, 4}})
@@ -69,5 +109,10 @@ void eachSizeAndRow(benchmark::internal::Benchmark* bench) {
 BENCHMARK(sigmoidalCurve)->Apply(eachSizeAndRow);
 BENCHMARK(sigmoidalCurveInSteps)->Apply(eachSizeAndRow);
 BENCHMARK(overlayBlend)->Apply(eachSizeAndRow);
+BENCHMARK(rgbToLab)->Apply(eachSizeAndRow);
+BENCHMARK(labToRgb)->Apply(eachSizeAndRow);
+BENCHMARK(colourTwist)->Apply(eachSizeAndRow);
+BENCHMARK(grey)->Apply(eachSizeAndRow);
+BENCHMARK(lightness)->Apply(eachSizeAndRow);
 
 }  // namespace
