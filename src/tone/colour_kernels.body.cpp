@@ -41,21 +41,18 @@ Floats decoded(Floats c) {
   return select(c < straightBelow, c * 0.0773993805F, power24((c + 0.055F) * 0.947867274F));
 }
 
-// Cube root by the reciprocal root: an estimate from a third of the exponent, five of Newton's steps, and one that is
-// written so that it takes away their rounding. 0 for what is below the normal numbers.
-Floats lightnessRoot(Floats v) {
-  constexpr std::int32_t smallestNormal = 0x800000;
-  const Ints bits = bitsOf(v) & INT32_MAX;
-  const Floats x = floatsOf(bits);
+// Cube root of x above 0.008856 by the reciprocal root: an estimate from a third of the exponent, five of Newton's
+// steps, and one that is written so that it takes away their rounding.
+Floats lightnessRoot(Floats x) {
   const Floats xThird = 0.333333343F * x;
-  Floats y = floatsOf(0x54800000 - (bits >> 23) * 0x2AAAAA);
+  Floats y = floatsOf(0x54800000 - (bitsOf(x) >> 23) * 0x2AAAAA);
   for (int step = 0; step < 5; ++step) {
     const Floats y2 = y * y;
     y = 1.33333337F * y - xThird * (y2 * y2);
   }
   const Floats y2 = y * y;
   y = y + (y - x * (y2 * y2)) * 0.333333343F;
-  return select(bits < smallestNormal, toFloats(0.0F), v * (y * y));
+  return x * (y * y);
 }
 
 Floats lightness(Floats luminance) {
