@@ -39,6 +39,7 @@ internal = {
     "primitives/processor.h",
     "primitives/regions.h",
     "primitives/rows.h",
+    "tone/colour_kernels.h",
     "tone/tone_kernels.h",
 }
 
