@@ -1,17 +1,18 @@
-// The engine of both Gaussian families, for body files only: filter along the rows into a ring of k rows, then down the
+// The engine of both Gaussian families, for body files only: filter along the rows into a ring of rows, then down the
 // ring. Internal linkage throughout, see lanes.h.
 //
 // All samples are filtered as floats. Integer taps t come as t / 2^shift: scaling by a power of two commutes with every
 // rounding, so the sums have the bits of the unscaled sums times 1 / 2^shift. The products of 8u rows and taps stay
 // below 2^24, hence these sums are exact in floats, whatever their order.
 //
-// The ring in numbers of source rows, while row y is written (r = k / 2):
+// The ring in numbers of source rows, while rows y to y + c - 1 are written (r = k / 2):
 //
-//     y - r ... y ... y + r      each row n has its place at (n + r) mod k
+//     y - r ... y ... y + c - 1 + r      each row n has its place at (n + r) mod (k + c - 1)
 //
-// A row beyond an edge without real neighbours shares the place of the row that it repeats, which always is among the k
-// (reflection about row H - 1 takes row y + r to 2 (H - 1) - (y + r) >= y - r). Source row y + r is read before row y
-// is written, so the filter may run in place.
+// c is 1, or 4 where the buffer has room: neighbouring sums share their rows. A row beyond an edge without real
+// neighbours shares the place of the row that it repeats, which always is in the ring (reflection about row H - 1 takes
+// row n = y + c - 1 + r to 2 (H - 1) - n >= y - r). Source row y + r is read before row y is written, so the filter may
+// run in place.
 #pragma once
 
 #include "primitives/exp_ln.h"
@@ -62,7 +63,7 @@ struct Band {
 struct RingBuffer {
   float* ring;
   std::int64_t stride;  // floats from one row of the ring to the next
-  const float** rows;   // k pointers, in the order of the taps
+  const float** rows;   // as many pointers, in the order of the taps
   float* extended;      // a source row with r more samples at each end
 };
 
@@ -193,8 +194,10 @@ struct Finish<std::uint8_t> {
   }
 };
 
-inline void storeSamples(float* to, Floats v) { store(to, v); }
-inline void storeSamples(float* to, float v) { *to = v; }
+template <typename Vector>
+inline void storeSamples(float* to, Vector v) {
+  store(to, v);
+}
 inline void storeSamples(std::uint16_t* to, Floats v) {
   store(to, __builtin_convertvector(__builtin_convertvector(v, Ints), Words));
 }
@@ -221,16 +224,46 @@ inline void filterBlocks(Line line, const float* taps, std::int64_t k, Target* t
 
 // Enough sums at once to hide the latency of an addition, and few enough for the registers.
 constexpr int blockVectors = 4;
-constexpr int blockWidth = LANES * blockVectors;
 
-template <typename Order, typename Line, typename Target, typename Rounding>
+template <typename Vector, int vectors, typename Order, typename Line, typename Target, typename Rounding>
 inline void filterLine(Line line, const float* taps, std::int64_t k, Target* to, std::int64_t width, Rounding finish) {
-  if (width >= blockWidth) {
-    filterBlocks<Floats, blockVectors, Order>(line, taps, k, to, width, finish);
-  } else if (width >= LANES) {
-    filterBlocks<Floats, 1, Order>(line, taps, k, to, width, finish);
+  constexpr int lanes = sizeof(Vector) / sizeof(float);
+  if (width >= lanes * vectors) {
+    filterBlocks<Vector, vectors, Order>(line, taps, k, to, width, finish);
+  } else if (width >= lanes) {
+    filterBlocks<Vector, 1, Order>(line, taps, k, to, width, finish);
   } else {
     filterBlocks<float, 1, Order>(line, taps, k, to, width, finish);
+  }
+}
+
+// Four neighbouring lines at once, partners first: the sums of a tap read lines that slide by one from sum to sum, so
+// that each line is loaded once for all of them. rows has k + 3 lines of at least LANES samples.
+constexpr int linesAtOnce = 4;
+
+inline void filterFourLines(const float* const* rows, const float* taps, std::int64_t k,
+                            float* const (&to)[linesAtOnce], std::int64_t width) {
+  const std::int64_t r = k / 2;
+  const std::int64_t last = width - LANES;
+  for (std::int64_t next = 0; next < width; next += LANES) {
+    const std::int64_t x = next < last ? next : last;
+    Floats acc[linesAtOnce];
+    Floats low[linesAtOnce];
+    Floats high[linesAtOnce];
+    for (int i = 0; i < linesAtOnce; ++i) {
+      low[i] = load<Floats>(rows[i] + x);
+      high[i] = load<Floats>(rows[k - 1 + i] + x);
+      acc[i] = (low[i] + high[i]) * taps[0];
+    }
+    for (std::int64_t j = 1; j < r; ++j) {
+      const float tap = taps[j];
+      for (int i = 0; i < linesAtOnce - 1; ++i) low[i] = low[i + 1];
+      for (int i = linesAtOnce - 1; i > 0; --i) high[i] = high[i - 1];
+      low[linesAtOnce - 1] = load<Floats>(rows[linesAtOnce - 1 + j] + x);
+      high[0] = load<Floats>(rows[k - 1 - j] + x);
+      for (int i = 0; i < linesAtOnce; ++i) acc[i] = acc[i] + (low[i] + high[i]) * tap;
+    }
+    for (int i = 0; i < linesAtOnce; ++i) store(to[i] + x, acc[i] + load<Floats>(rows[r + i] + x) * taps[r]);
   }
 }
 
@@ -265,33 +298,86 @@ inline const float* extendRow(const Sample* row, const Band<Sample>& band, std::
   return extended;
 }
 
-template <typename RowOrder, typename ColumnOrder, typename Sample>
-inline void filterBand(const Band<Sample>& band, const float* taps, std::int64_t k, const RingBuffer& buffer) {
-  const std::int64_t r = k / 2;
-  const Axis lines = rowsAxis(band.height, band.border);
-  const auto inRing = [](auto v) { return Finish<Sample>::inRing(v); };
-  const auto inTarget = [](auto v) { return Finish<Sample>::inTarget(v); };
+// The ring of a band: its rows filtered along x, up to a row that is asked for.
+template <typename RowOrder, typename Sample>
+class Ring {
+ public:
+  Ring(const Band<Sample>& band, const float* taps, std::int64_t k, const RingBuffer& buffer, std::int64_t places)
+      : band_(band), lines_(rowsAxis(band.height, band.border)), taps_(taps), k_(k), buffer_(buffer), places_(places) {
+    for (std::int64_t n = -reach(); n < reach(); ++n) buffer_.rows[n + reach()] = row(n);
+  }
 
-  const auto place = [&](std::int64_t n) { return buffer.ring + (n + r) % k * buffer.stride; };
-  const auto ringRow = [&](std::int64_t n) {
+  // The k + count - 1 rows that count sums from row y on need, in the order of the taps. y goes up by the count of the
+  // call before.
+  const float* const* rowsFor(std::int64_t y, int count) {
+    for (std::int64_t i = 0; i < count; ++i) buffer_.rows[k_ - 1 + i] = row(y + reach() + i);
+    return buffer_.rows;
+  }
+  void drop(int count) {
+    __builtin_memmove(buffer_.rows, buffer_.rows + count, static_cast<std::size_t>(k_ - 1) * sizeof *buffer_.rows);
+  }
+
+ private:
+  std::int64_t reach() const { return k_ / 2; }
+  float* place(std::int64_t n) const { return buffer_.ring + (n + reach()) % places_ * buffer_.stride; }
+
+  float* row(std::int64_t n) {
+    if (!lines_.isReal(n) && lines_.kind != ippBorderConst) return place(lines_.standIn(n));
     float* const own = place(n);
-    if (lines.isReal(n)) {
-      const Sample* const row = advance(band.src, n * band.srcStep);
-      const AlongRow samples{extendRow(row, band, r, buffer.extended)};
-      filterLine<RowOrder>(samples, taps, k, own, band.width, inRing);
-    } else if (lines.kind == ippBorderConst) {
-      for (std::int64_t x = 0; x < band.width; ++x) own[x] = static_cast<float>(band.value);
+    if (lines_.isReal(n)) {
+      const Sample* const samples = advance(band_.src, n * band_.srcStep);
+      const AlongRow line{extendRow(samples, band_, reach(), buffer_.extended)};
+      const auto inRing = [](auto v) { return Finish<Sample>::inRing(v); };
+      filterLine<Unaligned, unalignedBlock, RowOrder>(line, taps_, k_, own, band_.width, inRing);
     } else {
-      return place(lines.standIn(n));
+      for (std::int64_t x = 0; x < band_.width; ++x) own[x] = static_cast<float>(band_.value);
     }
     return own;
-  };
+  }
 
-  for (std::int64_t n = -r; n < r; ++n) buffer.rows[n + r + 1] = ringRow(n);
+  // Neighbours along a row never lie on a boundary: half a cache line at a time crosses the fewest.
+#if LANES == 16
+  using Unaligned = Floats8;
+#else
+  using Unaligned = Floats;
+#endif
+  static constexpr int unalignedBlock = LANES == 16 ? 8 : 4;
+
+  const Band<Sample>& band_;
+  Axis lines_;
+  const float* taps_;
+  std::int64_t k_;
+  const RingBuffer& buffer_;
+  std::int64_t places_;
+};
+
+// Row by row, with a ring of k rows.
+template <typename RowOrder, typename ColumnOrder, typename Sample>
+inline void filterBand(const Band<Sample>& band, const float* taps, std::int64_t k, const RingBuffer& buffer) {
+  const auto inTarget = [](auto v) { return Finish<Sample>::inTarget(v); };
+  Ring<RowOrder, Sample> ring(band, taps, k, buffer, k);
   for (std::int64_t y = 0; y < band.height; ++y) {
-    __builtin_memmove(buffer.rows, buffer.rows + 1, static_cast<std::size_t>(k - 1) * sizeof *buffer.rows);
-    buffer.rows[k - 1] = ringRow(y + r);
-    filterLine<ColumnOrder>(DownRing{buffer.rows}, taps, k, advance(band.dst, y * band.dstStep), band.width, inTarget);
+    const DownRing rows{ring.rowsFor(y, 1)};
+    filterLine<Floats, blockVectors, ColumnOrder>(rows, taps, k, advance(band.dst, y * band.dstStep), band.width,
+                                                  inTarget);
+    ring.drop(1);
+  }
+}
+
+// The same for floats and partners first, four rows at a time, with a ring of k + 3 rows. At least LANES columns, and
+// source and target apart.
+inline void filterBandByFours(const Band<float>& band, const float* taps, std::int64_t k, const RingBuffer& buffer) {
+  Ring<PartnersFirst, float> ring(band, taps, k, buffer, k + linesAtOnce - 1);
+  const auto row = [&](std::int64_t y) { return advance(band.dst, y * band.dstStep); };
+  std::int64_t y = 0;
+  for (; y <= band.height - linesAtOnce; y += linesAtOnce) {
+    filterFourLines(ring.rowsFor(y, linesAtOnce), taps, k, {row(y), row(y + 1), row(y + 2), row(y + 3)}, band.width);
+    ring.drop(linesAtOnce);
+  }
+  for (; y < band.height; ++y) {
+    const DownRing rows{ring.rowsFor(y, 1)};
+    filterLine<Floats, blockVectors, PartnersFirst>(rows, taps, k, row(y), band.width, [](auto v) { return v; });
+    ring.drop(1);
   }
 }
 

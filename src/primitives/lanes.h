@@ -28,6 +28,7 @@ typedef std::uint16_t Words __attribute__((vector_size(2 * LANES)));
 // The four lanes that every row has.
 typedef float Floats4 __attribute__((vector_size(16)));
 typedef std::int32_t Ints4 __attribute__((vector_size(16)));
+typedef float Floats8 __attribute__((vector_size(32)));
 
 // Loads and stores ask for no alignment, not even the samples' own.
 template <typename Vector, typename Sample>

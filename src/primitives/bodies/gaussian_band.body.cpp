@@ -30,15 +30,41 @@ IppStatus checkSize(std::int64_t width, std::int64_t height) {
 
 std::int64_t ringStride(std::int64_t width) { return (width * std::int64_t{sizeof(float)} + 63) & ~std::int64_t{63}; }
 
-// The ring of k rows, k pointers, and the extended row. The last takes up to 2 r floats more than a row of the ring; a
-// buffer's 12 k bytes hold these and the pointers.
-RingBuffer divide(void* buffer, std::int64_t width, std::int64_t k) {
+// A ring of so many rows, as many pointers, and the extended row.
+RingBuffer divide(void* buffer, std::int64_t width, std::int64_t rowCount) {
   const std::int64_t stride = ringStride(width);
   char* const ring = alignUp(static_cast<char*>(buffer), alignment);
-  char* const rows = ring + k * stride;
-  char* const extended = rows + k * std::int64_t{sizeof(float*)};
+  char* const rows = ring + rowCount * stride;
+  char* const extended = rows + rowCount * std::int64_t{sizeof(float*)};
   return {reinterpret_cast<float*>(ring), stride / std::int64_t{sizeof(float)}, reinterpret_cast<const float**>(rows),
           reinterpret_cast<float*>(extended)};
+}
+
+// A buffer holds k + 1 rows of the band and 12 k + 64 bytes: a ring of k rows, their pointers, and an extended row,
+// which takes up to 2 r floats more than one of the ring. In strips of about half the width it has room for the three
+// more rows of filterBandByFours as well; narrower ones keep their ring in a nearer cache.
+constexpr std::int64_t stripWidth = 512;
+constexpr std::int64_t narrowest = 128;  // below it, rounding the stride leaves no room
+
+bool areApart(const Band<float>& band) {
+  const auto begin = [](const float* p) { return reinterpret_cast<std::uintptr_t>(p); };
+  const auto end = [&](const float* p, std::ptrdiff_t step) { return begin(advance(p, band.height * step)); };
+  return end(band.src, band.srcStep) <= begin(band.dst) || end(band.dst, band.dstStep) <= begin(band.src);
+}
+
+void filterInStrips(const Band<float>& band, const float* taps, std::int64_t k, void* buffer) {
+  const std::int64_t fewest = (band.width + stripWidth - 1) / stripWidth;
+  const std::int64_t count = fewest > 2 ? fewest : 2;
+  const std::int64_t width = ((band.width + count - 1) / count + 15) / 16 * 16;
+  for (std::int64_t x = 0; x < band.width; x += width) {
+    Band<float> strip = band;
+    strip.src = band.src + x;
+    strip.dst = band.dst + x;
+    strip.width = band.width - x < width ? band.width - x : width;
+    if (x > 0) strip.border |= ippBorderInMemLeft;
+    if (x + width < band.width) strip.border |= ippBorderInMemRight;
+    filterBandByFours(strip, taps, k, divide(buffer, strip.width, k + linesAtOnce - 1));
+  }
 }
 
 }  // namespace
@@ -108,7 +134,11 @@ IppStatus ippiFilterGaussian_32f_C1R_L(const float* src, std::int64_t srcStep, f
   if (!isKernel(k)) return ippStsBadArgErr;
 
   const Band<float> band{src, srcStep, dst, dstStep, width, height, borderType, isConstant ? *borderValue : 0.0F};
-  filterBand<PartnersFirst, PartnersFirst>(band, tapsOf(spec), k, divide(buffer, width, k));
+  if (width >= narrowest && areApart(band)) {
+    filterInStrips(band, tapsOf(spec), k, buffer);
+  } else {
+    filterBand<PartnersFirst, PartnersFirst>(band, tapsOf(spec), k, divide(buffer, width, k));
+  }
   return ippStsNoErr;
 }
 
