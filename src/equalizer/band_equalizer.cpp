@@ -2,7 +2,8 @@
 
 #include "equalizer/band_equalizer.h"
 
-#include "equalizer/band_decomposition.h"
+#include "equalizer/equalizer_kernels.h"
+#include "equalizer/pyramid.h"
 
 namespace {
 
@@ -25,6 +26,9 @@ struct Scaled {
     }
   }
 
+  Pyramid pyramidOf(const KivImage& plane) const {
+    return Pyramid(plane, planLevels(plane.size, radii, thresholds, edges), gains, baseGain);
+  }
   void equalize(KivImage& plane) { EqualizeIT(plane, plane, gains, radii, thresholds, edges, levelCount, baseGain); }
 };
 
@@ -50,6 +54,14 @@ void equalizeLuminance(KivImage& image, Scaled& scaled) {
   const int step = image.stride / 4;
   float** const planes = image.planes;
   ExtractYChannelKiv(lumaBefore.planes[0], planes[0], planes[1], planes[2], height, width, step, rec601);
+  if (Pyramid::serves(image.size)) {
+    const auto addChangeLine = equalizerKernels().addChangeLine;
+    scaled.pyramidOf(lumaBefore).rebuild([&](int y, const float* lumaAfter) {
+      addChangeLine(image.At(0, 0, y), image.At(1, 0, y), image.At(2, 0, y), lumaBefore.At(0, 0, y), lumaAfter, 1.0F,
+                    width);
+    });
+    return;
+  }
   KivImage lumaAfter;
   lumaAfter = lumaBefore;
   scaled.equalize(lumaAfter);

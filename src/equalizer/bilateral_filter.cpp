@@ -96,14 +96,11 @@ void filter(const float* src, std::ptrdiff_t step, unsigned int height, unsigned
   }
 }
 
-}  // namespace
-
-void Bilateral_std(float* dst, float* src, unsigned int height, unsigned int width, unsigned int step,
-                   unsigned short window, float sigma, float threshold, unsigned char padding) {
+void filterStd(PlaneRows<float> dst, PlaneRows<const float> src, unsigned int height, unsigned int width,
+               unsigned short window, float sigma, float threshold, unsigned char padding) {
   const BilateralKernels& kernels = bilateralKernels();
   const GaussianFactors factors = {bilateralCoefficient(sigma), bilateralCoefficient(threshold)};
-  const std::ptrdiff_t dstStep = step;
-  filter(src, dstStep, height, width, window, padding, [&](const PaddedBlock& block, int first, int rows) {
+  filter(src.first, src.step, height, width, window, padding, [&](const PaddedBlock& block, int first, int rows) {
     // The last columns, which don't go by fours, have a weight that isn't the same from both ends.
     const int columns = block.width - block.width % 4;
     Scratch scratch;
@@ -112,14 +109,28 @@ void Bilateral_std(float* dst, float* src, unsigned int height, unsigned int wid
     }
     int done = 0;
     if (scratch != nullptr) {  // else line by line, only slower
-      kernels.stdRows(block.row(first), block.step(), window, factors, dst + first * dstStep, dstStep, columns, rows,
+      kernels.stdRows(block.row(first), block.step(), window, factors, dst.row(first), dst.step, columns, rows,
                       static_cast<float*>(scratch.get()));
       done = columns;
     }
     for (int y = first; y < first + rows; ++y) {
-      kernels.stdLine(block.row(y) + done, block.step(), window, factors, dst + y * dstStep + done, block.width - done);
+      kernels.stdLine(block.row(y) + done, block.step(), window, factors, dst.row(y) + done, block.width - done);
     }
   });
+}
+
+}  // namespace
+
+void bilateralStd(PlaneRows<float> dst, PlaneRows<const float> src, IppiSize size, int window, float sigma,
+                  float threshold) {
+  filterStd(dst, src, static_cast<unsigned int>(size.height), static_cast<unsigned int>(size.width),
+            static_cast<unsigned short>(window), sigma, threshold, replicate);
+}
+
+void Bilateral_std(float* dst, float* src, unsigned int height, unsigned int width, unsigned int step,
+                   unsigned short window, float sigma, float threshold, unsigned char padding) {
+  const std::ptrdiff_t rowStep = step;
+  filterStd({dst, rowStep}, {src, rowStep}, height, width, window, sigma, threshold, padding);
 }
 
 void Bilateral_trp(float* dst, float* src, unsigned int height, unsigned int width, unsigned short window, float,

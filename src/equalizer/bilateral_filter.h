@@ -11,11 +11,28 @@
 // copy can't be had. The result doesn't depend on the number of threads.
 #pragma once
 
+#include <cstddef>
+
+#include "primitives/primitives.h"
+
 // Gaussian in distance by Gaussian in value: weight = exp(-(dx^2 + dy^2) / (2 sigma^2) - (v - c)^2 / (2 threshold^2)),
 // with a fast exponential that is linear between powers of two; below exp(-87) a weight is 0. sigma is in samples,
 // threshold in units of the sample values; neither may be 0.
 void Bilateral_std(float* dst, float* src, unsigned int height, unsigned int width, unsigned int step,
                    unsigned short window, float sigma, float threshold, unsigned char padding);
+
+// A plane's first sample and its row step in floats.
+template <typename Sample>
+struct PlaneRows {
+  Sample* first;
+  std::ptrdiff_t step;
+
+  Sample* row(std::ptrdiff_t y) const { return first + y * step; }
+};
+
+// Bilateral_std with edge samples repeated, for planes that have steps of their own.
+void bilateralStd(PlaneRows<float> dst, PlaneRows<const float> src, IppiSize size, int window, float sigma,
+                  float threshold);
 
 // Flat in distance, a trapezoid in value: weight = max(0, min(2 threshold - |v - c|, 1.5 threshold)). Rows follow each
 // other without padding, in dst and src. sigma is not used.

@@ -1,4 +1,4 @@
-// The luminance of three planes, and its change laid over them.
+// A level of the pyramid put together again; the luminance of three planes, and its change laid over them.
 
 #include "equalizer/equalizer_kernels.h"
 
@@ -6,6 +6,15 @@
 
 namespace ROW {
 namespace {
+
+void weighBandLine(float* to, const float* rebuilt, const float* level, const float* expanded, float gain, int width) {
+  int x = 0;
+  for (; x <= width - LANES; x += LANES) {
+    const Floats band = (load<Floats>(level + x) - load<Floats>(expanded + x)) * gain;
+    store(to + x, load<Floats>(rebuilt + x) + band);
+  }
+  for (; x < width; ++x) to[x] = rebuilt[x] + (level[x] - expanded[x]) * gain;
+}
 
 void weightedSumLine(float* y, const float* c0, const float* c1, const float* c2, const float weights[3], int width) {
   const float w0 = weights[0];
@@ -37,6 +46,6 @@ void addChangeLine(float* c0, float* c1, float* c2, const float* before, const f
 
 }  // namespace
 
-extern const EqualizerKernels equalizerKernels = {weightedSumLine, addChangeLine};
+extern const EqualizerKernels equalizerKernels = {weighBandLine, weightedSumLine, addChangeLine};
 
 }  // namespace ROW

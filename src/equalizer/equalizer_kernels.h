@@ -1,9 +1,13 @@
-// The hot lines of the luminance path, one body per processor row like the primitives.
+// The hot lines of the pyramid and the luminance path, one body per processor row like the primitives.
 #pragma once
 
 #include "primitives/rows.h"
 
 struct EqualizerKernels {
+  // A line of a level put together again: to = rebuilt + (level - expanded) * gain. to may be any of the three.
+  void (*weighBandLine)(float* to, const float* rebuilt, const float* level, const float* expanded, float gain,
+                        int width);
+
   // y = (c0 * w0 + c1 * w1) + c2 * w2.
   void (*weightedSumLine)(float* y, const float* c0, const float* c1, const float* c2, const float weights[3],
                           int width);

@@ -3,28 +3,15 @@
 #include <cmath>
 
 #include "image/kiv_image.h"
-#include "image/scratch.h"
+#include "image/resizer.h"
 
 void KivImage::Resize(const KivImage& src, int width, int height) { Resize(src, IppiSize{width, height}); }
 
 void KivImage::Resize(const KivImage& src, IppiSize dstSize) {
   if (channels == 0) Init(dstSize, src.channels);
-  constexpr int withoutAntialiasing = 0;
-  int specSize = 0;
-  int initBufferSize = 0;
-  const IppStatus served =
-      ippiResizeGetSize_32f(src.size, dstSize, ippLinear, withoutAntialiasing, &specSize, &initBufferSize);
-  if (served == ippStsSizeTooBigErr) throw NO_MEMORY_ERROR();
-  if (served != ippStsNoErr) return;
-  const Scratch spec = makeScratch(specSize);
-  ippiResizeLinearInit_32f(src.size, dstSize, spec.get());
-  int bufferSize = 0;
-  if (ippiResizeGetBufferSize_8u(spec.get(), dstSize, 1, &bufferSize) == ippStsSizeTooBigErr) throw NO_MEMORY_ERROR();
-  const Scratch buffer = makeScratch(bufferSize);
-  for (int i = 0; i < src.channels; ++i) {
-    ippiResizeLinear_32f_C1R(src.planes[i], src.stride, planes[i], stride, {0, 0}, dstSize, ippBorderRepl, nullptr,
-                             spec.get(), buffer.get());
-  }
+  const Resizer resizer(src.size, dstSize);
+  if (!resizer.isServed()) return;
+  for (int i = 0; i < src.channels; ++i) resizer.plane(src.planes[i], src.stride, planes[i], stride);
 }
 
 void KivImage::Transpose(const KivImage& src) {

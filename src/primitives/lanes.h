@@ -107,5 +107,35 @@ inline Floats squareRoots(Floats v) {
 }
 #endif
 
+// Samples picked from neighbouring ones: lane i of the result is from[indices[i]]. As far as a row of bodies has such
+// an instruction: permutesLanes tells.
+#if defined(__AVX512F__)
+constexpr bool permutesLanes = true;
+// 0 <= indices < 2 * LANES; reads 2 * LANES samples.
+inline Floats pickFromTwo(const float* from, Ints indices) {
+  return _mm512_permutex2var_ps(load<Floats>(from), reinterpret_cast<__m512i>(indices), load<Floats>(from + LANES));
+}
+// 0 <= indices < LANES; reads LANES samples.
+inline Floats pickFromOne(const float* from, Ints indices) {
+  return _mm512_maskz_permutexvar_ps(0xFFFF, reinterpret_cast<__m512i>(indices), load<Floats>(from));
+}
+#elif defined(__AVX2__)
+constexpr bool permutesLanes = true;
+inline Floats pickFromOne(const float* from, Ints indices) {
+  return _mm256_permutevar8x32_ps(load<Floats>(from), reinterpret_cast<__m256i>(indices));
+}
+inline Floats pickFromTwo(const float* from, Ints indices) {
+  return select(indices < LANES, pickFromOne(from, indices), pickFromOne(from + LANES, indices));
+}
+#else
+constexpr bool permutesLanes = false;
+inline Floats pickFromOne(const float* from, Ints indices) {
+  Floats v;
+  for (int i = 0; i < LANES; ++i) v[i] = from[indices[i]];
+  return v;
+}
+inline Floats pickFromTwo(const float* from, Ints indices) { return pickFromOne(from, indices); }
+#endif
+
 }  // namespace
 }  // namespace ROW

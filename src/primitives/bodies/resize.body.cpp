@@ -104,6 +104,35 @@ Range prepareRange(const AxisTable& axis, std::int32_t offset, std::int32_t coun
 
 float between(float a, float b, float weight) { return a + (b - a) * weight; }
 
+// Columns begin to end - 1, which need no clamping, as far as they go by vectors; returns the first that doesn't. The
+// columns of a vector lie within 2 * LANES samples where at most every second sample is left out.
+std::int32_t interpolateVectors(const float* row, const Range& columns, std::int32_t begin, std::int32_t end,
+                                float* to) {
+  // Behind it a row may end.
+  const std::int64_t lastRead = columns.upper(columns.count - 1);
+  std::int32_t i = begin;
+  for (; i <= end - LANES; i += LANES) {
+    const Ints indices = load<Ints>(columns.indices + i);
+    const std::int64_t first = indices[0];
+    const std::int64_t span = indices[LANES - 1] + 1 - first;
+    const Ints low = indices - static_cast<std::int32_t>(first);
+    const Floats weights = load<Floats>(columns.weights + i);
+    Floats a;
+    Floats b;
+    if (span < LANES && first + LANES - 1 <= lastRead) {
+      a = pickFromOne(row + first, low);
+      b = pickFromOne(row + first, low + 1);
+    } else if (span < 2 * LANES && first + 2 * LANES - 1 <= lastRead) {
+      a = pickFromTwo(row + first, low);
+      b = pickFromTwo(row + first, low + 1);
+    } else {
+      break;
+    }
+    store(to + i, a + (b - a) * weights);
+  }
+  return i;
+}
+
 void interpolateRow(const float* row, const Range& columns, float* to) {
   // The columns between begin and end need no clamping; indices ascend.
   std::int32_t begin = 0;
@@ -115,7 +144,7 @@ void interpolateRow(const float* row, const Range& columns, float* to) {
     to[i] = between(row[columns.lower(i)], row[columns.upper(i)], columns.weights[i]);
   };
   for (std::int32_t i = 0; i < begin; ++i) clamped(i);
-  for (std::int32_t i = begin; i < end; ++i) {
+  for (std::int32_t i = permutesLanes ? interpolateVectors(row, columns, begin, end, to) : begin; i < end; ++i) {
     const float* const a = row + columns.indices[i];
     to[i] = between(a[0], a[1], columns.weights[i]);
   }
