@@ -14,6 +14,7 @@
 #include "equalizer/bilateral_kernels.h"
 #include "image/kiv_image.h"
 #include "image/scratch.h"
+#include "primitives/large_pages.h"
 
 namespace {
 
@@ -58,6 +59,7 @@ struct PaddedBlock {
     void* block = ::operator new[](sideWidth* sideHeight * sizeof(float), blockAlignment, std::nothrow);
     if (block == nullptr) throw NO_MEMORY_ERROR();
     samples.reset(static_cast<float*>(block));
+    preferLargePages(block, static_cast<std::int64_t>(sideWidth * sideHeight * sizeof(float)));
   }
 
   int step() const { return width + 2 * window; }

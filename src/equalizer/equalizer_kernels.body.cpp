@@ -1,4 +1,4 @@
-// A level of the pyramid put together again; the luminance of three planes, and its change laid over them.
+// A level of the pyramid put together again; the change of the luminance laid over three planes.
 
 #include "equalizer/equalizer_kernels.h"
 
@@ -14,17 +14,6 @@ void weighBandLine(float* to, const float* rebuilt, const float* level, const fl
     store(to + x, load<Floats>(rebuilt + x) + band);
   }
   for (; x < width; ++x) to[x] = rebuilt[x] + (level[x] - expanded[x]) * gain;
-}
-
-void weightedSumLine(float* y, const float* c0, const float* c1, const float* c2, const float weights[3], int width) {
-  const float w0 = weights[0];
-  const float w1 = weights[1];
-  const float w2 = weights[2];
-  int x = 0;
-  for (; x <= width - LANES; x += LANES) {
-    store(y + x, (load<Floats>(c0 + x) * w0 + load<Floats>(c1 + x) * w1) + load<Floats>(c2 + x) * w2);
-  }
-  for (; x < width; ++x) y[x] = (c0[x] * w0 + c1[x] * w1) + c2[x] * w2;
 }
 
 void addChangeLine(float* c0, float* c1, float* c2, const float* before, const float* after, float strength,
@@ -46,6 +35,6 @@ void addChangeLine(float* c0, float* c1, float* c2, const float* before, const f
 
 }  // namespace
 
-extern const EqualizerKernels equalizerKernels = {weighBandLine, weightedSumLine, addChangeLine};
+extern const EqualizerKernels equalizerKernels = {weighBandLine, addChangeLine};
 
 }  // namespace ROW

@@ -8,9 +8,6 @@ struct EqualizerKernels {
   void (*weighBandLine)(float* to, const float* rebuilt, const float* level, const float* expanded, float gain,
                         int width);
 
-  // y = (c0 * w0 + c1 * w1) + c2 * w2.
-  void (*weightedSumLine)(float* y, const float* c0, const float* c1, const float* c2, const float weights[3],
-                          int width);
   // d = (after - before) * strength is added to each of c0, c1, c2.
   void (*addChangeLine)(float* c0, float* c1, float* c2, const float* before, const float* after, float strength,
                         int width);

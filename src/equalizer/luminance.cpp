@@ -5,6 +5,7 @@
 #include "equalizer/band_equalizer.h"
 #include "equalizer/equalizer_kernels.h"
 #include "image/each_row.h"
+#include "tone/colour_conversion.h"
 
 namespace {
 
@@ -27,10 +28,8 @@ Weights weightsOf(int selector) {
 }  // namespace
 
 void ExtractYChannelKiv(float* y, float* c0, float* c1, float* c2, int height, int width, int step, int weights) {
-  const EqualizerKernels& kernels = equalizerKernels();
-  const Weights triple = weightsOf(weights);
-  eachRow(height, step,
-          [&](std::ptrdiff_t at) { kernels.weightedSumLine(y + at, c0 + at, c1 + at, c2 + at, triple.values, width); });
+  Weights triple = weightsOf(weights);
+  ConvertColorToGrayKiv(y, c0, c1, c2, height, width, step, triple.values);
 }
 
 void SetYChannelOutputKiv(float* c0, float* c1, float* c2, float* yBefore, float* yAfter, int height, int width,

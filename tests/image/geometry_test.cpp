@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "image/kiv_image.h"
+#include "image/scratch.h"
 #include "support/images.h"
 
 namespace {
@@ -21,6 +22,28 @@ TEST(Resize, WritesTheTopLeftCornerOfAShapedTarget) {
   // Halving an even size is the mean of 2 x 2 samples.
   EXPECT_NEAR(*alone.At(0, 2, 3),
               (*source.At(0, 4, 6) + *source.At(0, 5, 6) + *source.At(0, 4, 7) + *source.At(0, 5, 7)) / 4, 1e-6);
+}
+
+// However many bands of rows it works in, the plane is that of one call.
+TEST(Resize, WorksInBandsThatDontShow) {
+  const IppiSize source = {37, 90};
+  const KivImage src = randomImage(source.width, source.height, 1, 9);
+  for (const int height : {63, 64, 65, 128, 179, 180, 181, 300}) {
+    const IppiSize target = {41, height};
+    int specSize = 0;
+    int bufferSize = 0;
+    ippiResizeGetSize_32f(source, target, ippLinear, 0, &specSize, &bufferSize);
+    const Scratch spec = makeScratch(specSize);
+    ippiResizeLinearInit_32f(source, target, spec.get());
+    ippiResizeGetBufferSize_8u(spec.get(), target, 1, &bufferSize);
+    const Scratch buffer = makeScratch(bufferSize);
+    KivImage expected(target, 1);
+    ippiResizeLinear_32f_C1R(src.planes[0], src.stride, expected.planes[0], expected.stride, {0, 0}, target,
+                             ippBorderRepl, nullptr, spec.get(), buffer.get());
+    KivImage actual;
+    actual.Resize(src, target);
+    EXPECT_TRUE(sameBits(actual, expected));
+  }
 }
 
 TEST(Resize, ServesAllPlanesAndKeepsTheTargetWhenASourceIsOneSampleWide) {

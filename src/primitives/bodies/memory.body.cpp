@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "primitives/lanes.h"
+#include "primitives/large_pages.h"
 #include "primitives/primitives.h"
 
 namespace ROW {
@@ -18,6 +19,7 @@ void* allocate(std::int64_t length) {
   if (allocated == nullptr) return nullptr;
   const std::uintptr_t last = reinterpret_cast<std::uintptr_t>(allocated) + overhead - 1;
   void** block = reinterpret_cast<void**>(last - last % alignment);
+  preferLargePages(block, length);
   block[-1] = allocated;
   return block;
 }

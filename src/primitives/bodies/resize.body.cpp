@@ -112,10 +112,9 @@ std::int32_t interpolateVectors(const float* row, const Range& columns, std::int
   const std::int64_t lastRead = columns.upper(columns.count - 1);
   std::int32_t i = begin;
   for (; i <= end - LANES; i += LANES) {
-    const Ints indices = load<Ints>(columns.indices + i);
-    const std::int64_t first = indices[0];
-    const std::int64_t span = indices[LANES - 1] + 1 - first;
-    const Ints low = indices - static_cast<std::int32_t>(first);
+    const std::int32_t first = columns.indices[i];
+    const std::int32_t span = columns.indices[i + LANES - 1] + 1 - first;
+    const Ints low = load<Ints>(columns.indices + i) - first;
     const Floats weights = load<Floats>(columns.weights + i);
     Floats a;
     Floats b;
