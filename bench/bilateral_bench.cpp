@@ -2,12 +2,12 @@
 // any of them must beat: four neighbouring outputs at a time, straight from the formula.
 
 #include <benchmark/benchmark.h>
-#include <omp.h>
 
 #include <cmath>
 
 #include "equalizer/bilateral_filter.h"
 #include "pictures.h"
+#include "processors.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -20,17 +20,6 @@ constexpr float sigma = 3.0F;
 constexpr float threshold = 10.0F / 255.0F;
 constexpr int window = 12;
 
-class OneThread {
- public:
-  OneThread() : before_(omp_get_max_threads()) { omp_set_num_threads(1); }
-  ~OneThread() { omp_set_num_threads(before_); }
-  OneThread(const OneThread&) = delete;
-  OneThread& operator=(const OneThread&) = delete;
-
- private:
-  int before_;
-};
-
 void countTaps(benchmark::State& state) {
   constexpr double taps = (2.0 * window + 1) * (2.0 * window + 1) * strip.width * strip.height;
   state.counters["taps/s"] = benchmark::Counter(taps, benchmark::Counter::kIsIterationInvariantRate);
@@ -39,7 +28,7 @@ void countTaps(benchmark::State& state) {
 void bilateralOneThread(benchmark::State& state) {
   const RowInForce row(state, state.range(0));
   if (!row.isThere()) return;
-  const OneThread oneThread;
+  const Processors one(1);
   KivImage src(strip, 1);
   KivImage dst(strip, 1);
   paint(src);

@@ -1,13 +1,11 @@
-// Speed of the equalizer: its bilateral filter with every row of bodies that the machine can run, and whole runs at the
-// default settings. Time is the wall's: the work is spread over threads.
+// Speed of the equalizer: its low-pass filters, the bilateral one with every row of bodies that the machine can run.
+// Time is the wall's: the work is spread over threads.
 
 #include <benchmark/benchmark.h>
 
 #include <cmath>
 
-#include "equalizer/band_equalizer.h"
 #include "equalizer/bilateral_filter.h"
-#include "host/ps_database.h"
 #include "pictures.h"
 
 namespace {
@@ -37,20 +35,5 @@ void gaussBlurFast(benchmark::State& state) {
   countPixels(state, src.size);
 }
 BENCHMARK(gaussBlurFast)->ArgName("megapixels")->Arg(1)->Arg(6)->Arg(24)->UseRealTime();
-
-// The default settings, at which the picture comes back: so runs can follow each other on one image.
-void wholeRun(benchmark::State& state, bool luminance) {
-  KivImage image(sizeOf(state.range(0)), 3);
-  paint(image);
-  const double before = mean(image);
-  OrbelBandEqualizerGuiParams params = {
-      {100, 100, 100, 100, 100}, {3, 3, 3, 3, 3}, {255, 10, 10, 10, 10}, {0, 1, 1, 1, 1}, 100, 0, luminance, 0};
-  PS_Database unused = {};
-  for (auto _ : state) OrbelBandEqualizer(unused, params, image);
-  if (!(std::abs(mean(image) - before) < 0.0001)) state.SkipWithError("the picture didn't come back");
-  countPixels(state, image.size);
-}
-BENCHMARK_CAPTURE(wholeRun, luminance, true)->ArgName("megapixels")->Arg(1)->Arg(6)->Arg(24)->UseRealTime();
-BENCHMARK_CAPTURE(wholeRun, planes, false)->ArgName("megapixels")->Arg(1)->Arg(6)->Arg(24)->UseRealTime();
 
 }  // namespace

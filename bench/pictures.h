@@ -4,13 +4,17 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <cstdint>
 #include <random>
+#include <vector>
 
 #include "image/kiv_image.h"
+#include "primitives/processor.h"
 
-// 1, 6 and 24 megapixels: nearly in the cache, beyond it, and a photograph.
+// 1, 6, 24 and 100 megapixels: nearly in the cache, beyond it, a photograph, and a very large one.
 inline IppiSize sizeOf(std::int64_t megapixels) {
   if (megapixels == 1) return {1250, 800};
+  if (megapixels == 100) return {12500, 8000};
   return megapixels == 6 ? IppiSize{3000, 2000} : IppiSize{6000, 4000};
 }
 
@@ -27,17 +31,28 @@ inline void randomise(KivImage& image, float low = 0.0F, float high = 1.0F) {
 // What a photograph has: slow gradients, patches with sharp edges, fine texture and grain. Weights of the bilateral
 // filter depend on it: in pure noise most of them vanish, or come so close to it that processors compute them slowly.
 inline void paint(KivImage& image) {
+  const auto wave = [](int length, float frequency) {
+    std::vector<float> samples;
+    for (int i = 0; i < length; ++i) samples.push_back(std::sin(frequency * static_cast<float>(i)));
+    return samples;
+  };
+  const auto column = [](int i) { return static_cast<std::size_t>(i); };
+  const std::vector<float> slowX = wave(image.size.width, 0.002F);
+  const std::vector<float> slowY = wave(image.size.height, 0.003F);
+  const std::vector<float> fineX = wave(image.size.width, 0.7F);
+  const std::vector<float> fineY = wave(image.size.height, 0.31F);
   std::mt19937 random(1);
-  std::normal_distribution<float> grain(0.0F, 0.01F);
+  std::normal_distribution<float> distribution(0.0F, 0.01F);
+  std::vector<float> grain(65536);
+  for (float& sample : grain) sample = distribution(random);
+
   for (int plane = 0; plane < image.channels; ++plane) {
     for (int y = 0; y < image.size.height; ++y) {
-      for (int x = 0; x < image.size.width; ++x) {
-        const auto fx = static_cast<float>(x);
-        const auto fy = static_cast<float>(y);
-        const float gradient = 0.5F + 0.15F * std::sin(0.002F * fx + static_cast<float>(plane)) * std::cos(0.003F * fy);
+      auto at = static_cast<std::uint32_t>(random());
+      for (int x = 0; x < image.size.width; ++x, at += 7919) {
         const float patch = ((x / 170) ^ (y / 110)) % 3 == 0 ? 0.2F : -0.05F;
-        const float texture = 0.04F * std::sin(0.7F * fx + 0.3F * fy) * std::sin(0.11F * fy);
-        *image.At(plane, x, y) = gradient + patch + texture + grain(random);
+        *image.At(plane, x, y) = 0.5F + 0.15F * slowX[column(x)] * slowY[column(y)] + patch +
+                                 0.04F * fineX[column(x)] * fineY[column(y)] + grain[at % grain.size()];
       }
     }
   }
@@ -57,25 +72,31 @@ inline void countPixels(benchmark::State& state, IppiSize size, int planes = 1) 
       static_cast<double>(state.iterations()) * planes * size.width * size.height, benchmark::Counter::kIsRate);
 }
 
-// The given row of bodies is in force during its life. Where the machine lacks it, the benchmark is skipped, and found
-// to be so.
+// The given row of bodies is in force during its life, also after an ippInit. Where the machine lacks it, the benchmark
+// is skipped, and found to be so.
 class RowInForce {
  public:
   RowInForce(benchmark::State& state, std::int64_t row) {
-    ippInit();
-    isThere_ = row <= ippJumpIndexForMergedLibs;
-    if (isThere_) {
-      ippJumpIndexForMergedLibs = static_cast<std::int32_t>(row);
-    } else {
+    // What the rows' bodies use, in the bits of ippGetCpuFeatures.
+    constexpr std::uint64_t needed[] = {0x7, 0xDF, 0x3DF, 0x83DF, 0x2073083DF};
+    const std::uint64_t features = needed[row];
+    isThere_ = (featureMask(thisProcessor) & features) == features;
+    if (!isThere_) {
       state.SkipWithError("this machine lacks the row's instructions");
+      return;
     }
+    ippSetCpuFeaturesMask(features);
+    ippSetCpuFeatures(features | std::uint64_t{1} << 63);
   }
-  ~RowInForce() { ippInit(); }
+  ~RowInForce() {
+    ippSetCpuFeaturesMask(featureMask(thisProcessor));
+    ippInit();
+  }
   RowInForce(const RowInForce&) = delete;
   RowInForce& operator=(const RowInForce&) = delete;
 
   bool isThere() const { return isThere_; }
 
  private:
-  bool isThere_;
+  bool isThere_ = false;
 };
