@@ -104,7 +104,7 @@ struct Buffer {
 template <typename Sample>
 class Exchange : public testing::Test {};
 using Samples = testing::Types<unsigned char, unsigned short, float>;
-TYPED_TEST_SUITE(Exchange, Samples);
+TYPED_TEST_SUITE(Exchange, Samples, );
 
 // Bit for bit at every depth: 1 / 32768 is a power of two, so that even truncation finds whole numbers. Into a view,
 // whose row step no scratch plane has.
