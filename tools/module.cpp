@@ -4,8 +4,6 @@
 
 #include <filesystem>
 
-#include "failure.h"
-
 namespace fs = std::filesystem;
 
 namespace {
@@ -30,8 +28,8 @@ PluginEntry loadEntry(const std::string& file) {
   // Absolute: the loader looks for a bare name in the system's folders.
   const fs::path path = fs::absolute(file);
   void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (module == nullptr) throw Failure(file, "can't load this plug-in: " + reasonFor(path));
+  if (module == nullptr) throw NoPlugin(file, "can't load this plug-in: " + reasonFor(path));
   void* const entry = dlsym(module, "PluginMain");
-  if (entry == nullptr) throw Failure(file, "this is no plug-in, it has no PluginMain");
+  if (entry == nullptr) throw NoPlugin(file, "this is no plug-in, it has no PluginMain");
   return reinterpret_cast<PluginEntry>(entry);
 }

@@ -3,11 +3,17 @@
 
 #include <string>
 
+#include "failure.h"
 #include "plugin_host.h"
+
+// A plug-in that can't be loaded; what() names the file and the reason.
+struct NoPlugin : Failure {
+  using Failure::Failure;
+};
 
 // The plug-in that comes with this program: its file stands in the program's own folder.
 std::string ownModule();
 
-// The entry of the module in a file, which stays loaded until the program ends. Throws Failure, which names the file,
+// The entry of the module in a file, which stays loaded until the program ends. Throws NoPlugin
 // when there is no such file, when it is no module, and when it has no PluginMain.
 PluginEntry loadEntry(const std::string& file);
