@@ -1,97 +1,236 @@
 // orbel apply: the equalizer on image files.
 
-#include <iostream>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <map>
 #include <memory>
-#include <new>
 #include <optional>
 #include <string>
 #include <thread>
-#include <vector>
 
+#include "batch.h"
 #include "commands.h"
-#include "estimate.h"
-#include "failure.h"
-#include "image_file.h"
+#include "inputs.h"
+#include "machine.h"
 #include "module.h"
-#include "plugin_host.h"
+#include "naming.h"
 #include "settings_options.h"
-#include "target_file.h"
+#include "talk.h"
 
 namespace {
 
+namespace fs = std::filesystem;
+
 struct ApplyArguments {
-  std::vector<std::string> inputs;
-  std::optional<std::string> output;
-  bool plain = false;  // the last input is the output
+  InputArguments inputs;
+  NamingArguments naming;
   SettingsArguments settings;
+  TalkOptions talk;
+  BatchOptions batch;
+  WorkOptions work;
+  bool plain = false;  // the last name is the output
+  bool noBackup = false;
+  std::optional<VipsBandFormat> samples;
+  std::optional<unsigned> jobs;
+  std::optional<unsigned> threads;
+  std::optional<std::uint64_t> memory;
   std::optional<std::string> plugin;
-  bool force = false;
-  bool quiet = false;
-  bool verbose = false;
 };
 
-// Returns what was done, in a line.
-std::string equalizeFile(const ApplyArguments& arguments, const Settings& settings) {
-  const std::string& input = arguments.inputs.front();
-  const std::string& output = *arguments.output;
-  const FileFormat& format = formatOf(output);
-  vips::VImage picture = loadPicture(input);
-  requireThatFormatHolds(format, picture, output);
-  requireThatWindowsFit(input, settings, picture.width(), picture.height());
-  if (!arguments.force) {
-    requireShortWork(input, settings, picture.width(), picture.height(), std::thread::hardware_concurrency());
-  }
-  const PluginEntry entry = loadEntry(arguments.plugin ? *arguments.plugin : ownModule());
-  // Opened before the work, so that a target that can't be written doesn't cost the work first.
-  TargetFile target(output);
+constexpr const char* notes =
+    "Examples:\n"
+    "  orbel in.jpg out.jpg --contrast 100,150,130,100,100\n"
+    "      more texture, into a new file\n"
+    "  orbel apply *.tif -o done/ -j 2 --contrast 100,140,160,130,110\n"
+    "      many pictures into a folder, two at a time\n"
+    "  orbel apply -r photos -o 'web/%s.jpg' -d u8 --quality 90 -u\n"
+    "      a tree of folders as JPEG; again later, for those that are new or have changed\n"
+    "  orbel apply --in-place --recipe portrait.png --radius 6 --edges on\n"
+    "      in its place; the original stays as portrait.png_original, the settings as portrait.png.toml\n"
+    "  orbel apply in.tif -o details.tif --factor 0 --half --planes --host-depth 32\n"
+    "      detail alone, around middle grey\n"
+    "\n"
+    "16-bit files are handed to the plug-in as floats, because its host's 16 bits have 32769 levels only and a file's\n"
+    "65536; --host-depth 16 does as the host would. 8-bit files are handed over as they are.\n"
+    "What a format can't hold is told in a note; exiftool, where it is installed, puts back what the image library\n"
+    "leaves out.";
 
-  Document document;
-  try {
-    document = documentOf(picture);
-    runPlugin(entry, settings.script(), document);
-  } catch (const PluginRefusal& refusal) {
-    throw Failure(input, refusal.what());
-  } catch (const std::bad_alloc&) {
-    throw Failure(input, "not enough memory for a picture of this size");
-  }
-  putDocument(document, picture);
-
-  savePicture(picture, format, target.descriptor(), output);
-  target.replace();
-  return input + " -> " + output + " (" + std::to_string(document.width) + " x " + std::to_string(document.height) +
-         ", " + std::to_string(document.depth) + " bits)";
+void describeInputs(CLI::App& command, ApplyArguments& a) {
+  command.add_option("IN", a.inputs.names, "Pictures, or folders with -r; - is the standard input")->type_name("");
+  const char* group = "Input";
+  command.add_flag("-r,--recursive", a.inputs.recursive, "Take the pictures in folders, and in the folders therein")
+      ->group(group);
+  command
+      .add_option("--from-list", a.inputs.list,
+                  "Take the names in this file, or - for the standard input: one a line, or ended by zero bytes")
+      ->group(group)
+      ->type_name("FILE");
 }
 
-void apply(ApplyArguments& arguments) {
-  if (arguments.plain && !arguments.output) {
-    if (arguments.inputs.size() != 2) throw SettingsError("the plain form is: orbel IN OUT (orbel --help tells more)");
-    arguments.output = arguments.inputs.back();
-    arguments.inputs.pop_back();
+void describeOutput(CLI::App& command, ApplyArguments& a) {
+  const char* group = "Output";
+  const std::map<std::string, VipsBandFormat> depths = {
+      {"u8", VIPS_FORMAT_UCHAR}, {"u16", VIPS_FORMAT_USHORT}, {"float", VIPS_FORMAT_FLOAT}};
+  command
+      .add_option("-o,--output", a.naming.output,
+                  "File, folder, or pattern in which %s stands for the name; - is the standard output (default: "
+                  "NAME_orbel.EXT beside the input)")
+      ->group(group)
+      ->type_name("OUT");
+  command.add_flag("-f,--force", a.naming.overwrite, "Overwrite files that are there")->group(group);
+  command.add_flag("-u,--update", a.naming.update, "Leave out what is up to date, overwrite what is older")
+      ->group(group);
+  auto* inPlace = command.add_flag("--in-place", a.naming.inPlace, "Overwrite the input, and keep it as NAME_original");
+  inPlace->group(group);
+  command.add_flag("--no-backup", a.noBackup, "Keep no original")->group(group)->needs(inPlace);
+  command.add_option("--ext", a.naming.extension, "Extension of the output, which tells its format")
+      ->group(group)
+      ->type_name("EXT");
+  command.add_option("-d,--depth", a.samples, "Samples of the output: u8, u16 or float (default: as the input)")
+      ->group(group)
+      ->type_name("DEPTH")
+      ->transform(CLI::CheckedTransformer(depths).description(""));
+  command.add_option("--quality", a.work.save.quality, "For JPEG, WebP, HEIF and JPEG 2000, 1 to 100 (default 95)")
+      ->group(group)
+      ->type_name("N")
+      ->check(CLI::Range(1, 100).description(""));
+  command
+      .add_option("--compression", a.work.save.compression,
+                  "TIFF: none, lzw, deflate, zstd; PNG: 0 to 9; WebP, HEIF, JPEG 2000: lossy, lossless")
+      ->group(group)
+      ->type_name("HOW");
+  command.add_flag("--recipe", a.work.writesRecipe, "Write the settings beside the picture, as OUT.toml")->group(group);
+}
+
+void describeWork(CLI::App& command, ApplyArguments& a) {
+  const char* group = "Work";
+  const auto positive = CLI::Range(1U, 4096U).description("");
+  command.add_flag("--dry-run", a.work.dryRun, "Write nothing; say what would be done, and the memory for it")
+      ->group(group);
+  command.add_option("-j,--jobs", a.jobs, "Files at the same time (default 1)")
+      ->group(group)
+      ->type_name("N")
+      ->check(positive);
+  command.add_option("-t,--threads", a.threads, "Threads for each (default: the processors, shared out)")
+      ->group(group)
+      ->type_name("N")
+      ->check(positive);
+  command
+      .add_option("--memory", a.memory,
+                  "Memory for all of them, as 800M or 4G (default: what the machine has to offer)")
+      ->group(group)
+      ->type_name("BYTES")
+      ->transform(CLI::AsSizeValue(true).description(""));
+  command
+      .add_option("--max-minutes", a.work.mostMinutes,
+                  "Refuse a file that would take longer by the estimate; 0: none (default 10)")
+      ->group(group)
+      ->type_name("N")
+      ->check(CLI::NonNegativeNumber.description(""));
+  command.add_flag("--fail-fast", a.batch.failFast, "Begin no more files after one that failed")->group(group);
+  command
+      .add_option("--host-depth", a.work.hostDepth,
+                  "Bits of the samples that the plug-in gets: 8, 16 or 32 (default: 8 for 8-bit files, else 32)")
+      ->group(group)
+      ->type_name("BITS")
+      ->check(CLI::IsMember({8, 16, 32}).description(""));
+  command.add_option("--plugin", a.plugin, "Plug-in module to run (default: the one that comes with orbel)")
+      ->group(group)
+      ->type_name("FILE");
+}
+
+void describeMessages(CLI::App& command, ApplyArguments& a) {
+  const char* group = "Messages";
+  const std::map<std::string, Progress> kinds = {{"auto", Progress::Auto},
+                                                 {"bar", Progress::Bar},
+                                                 {"lines", Progress::Lines},
+                                                 {"json", Progress::Json},
+                                                 {"none", Progress::None}};
+  command
+      .add_option("--progress", a.talk.progress,
+                  "bar, lines, json or none, on the error output (default auto: a bar on a terminal)")
+      ->group(group)
+      ->type_name("KIND")
+      ->transform(CLI::CheckedTransformer(kinds).description(""));
+  command.add_flag("--json", a.talk.json, "Results as JSON, an object a line")->group(group);
+  auto* quiet = command.add_flag("-q,--quiet", a.talk.quiet, "Say nothing but errors");
+  quiet->group(group);
+  command.add_flag("-v,--verbose", a.batch.verbose, "Show the image library's warnings as well")
+      ->group(group)
+      ->excludes(quiet);
+}
+
+double totalSize(const std::vector<Job>& jobs) {
+  double bytes = 0;
+  for (const Job& job : jobs) {
+    std::error_code unknown;
+    const auto size = fs::file_size(job.input, unknown);
+    if (!unknown) bytes += static_cast<double>(size);
   }
-  const SettingsChoice choice = chooseSettings(arguments.settings);
-  const ImageLibrary library("orbel", arguments.verbose);
-  removeTemporaryOnSignals();
-  const std::string done = equalizeFile(arguments, choice.settings);
-  if (!arguments.quiet) std::cout << done << '\n';
+  return bytes;
+}
+
+void takePlainForm(ApplyArguments& a) {
+  if (!a.plain || a.naming.output) return;
+  if (a.inputs.names.size() != 2) throw SettingsError("the plain form is: orbel IN OUT (orbel --help tells more)");
+  a.naming.output = a.inputs.names.back();
+  a.inputs.names.pop_back();
+}
+
+void shareOutMachine(ApplyArguments& a) {
+  const unsigned processors = std::max(1U, std::thread::hardware_concurrency());
+  a.batch.processes = a.jobs.value_or(1);
+  a.work.threads = a.threads.value_or(std::max(1U, processors / a.batch.processes));
+  if (a.threads || a.jobs) useThreads(a.work.threads);
+  a.batch.memory = a.memory ? static_cast<double>(*a.memory) : availableMemory();
+  a.work.mostMemory = a.batch.memory;
+}
+
+ExitCode apply(ApplyArguments& a) {
+  takePlainForm(a);
+  shareOutMachine(a);
+  a.work.choice = chooseSettings(a.settings);
+  if (a.naming.extension) writableFormat(*a.naming.extension, "--ext " + *a.naming.extension);
+  if (a.inputs.names.empty() && !a.inputs.list) throw SettingsError("no picture is named (orbel --help tells more)");
+  a.work.samples = a.samples;
+  a.work.keepsOriginal = a.naming.inPlace && !a.noBackup;
+  a.talk.dryRun = a.work.dryRun;
+  a.talk.resultsToErrors = a.naming.output == pipeName;
+
+  const Inputs inputs = listInputs(a.inputs);
+  const Plan plan = planJobs(inputs, a.naming, a.inputs.recursive);
+  a.work.entry = loadEntry(a.plugin.value_or(ownModule()));
+  if (inputs.leftAlone > 0 && !a.talk.quiet) {
+    fmt::print(stderr, "orbel: {} files are no pictures by their names, and left alone\n", inputs.leftAlone);
+  }
+  Talk talk(a.talk, plan.jobs.size() + plan.settled.size(), totalSize(plan.jobs));
+  for (const Outcome& outcome : plan.settled) talk.tell(outcome);
+  if (!a.work.dryRun) {
+    std::error_code shownByTheFiles;
+    for (const std::string& folder : plan.folders) fs::create_directories(folder, shownByTheFiles);
+  }
+  const ExitCode code = runBatch(plan.jobs, a.work, a.batch, talk);
+  talk.summarize();
+  const bool anyFailed = std::any_of(plan.settled.begin(), plan.settled.end(),
+                                     [](const Outcome& o) { return o.status == Outcome::Status::Failed; });
+  return code == exitGood && anyFailed ? exitFileFailed : code;
 }
 
 }  // namespace
 
-void addApplyCommand(CLI::App& program, ExitCode&) {
+void addApplyCommand(CLI::App& program, ExitCode& outcome) {
   CLI::App* command = program.add_subcommand("apply", "Equalize pictures");
+  command->footer(notes);
   const auto arguments = std::make_shared<ApplyArguments>();
   ApplyArguments& a = *arguments;
-  command->add_option("IN", a.inputs, "Pictures to read")->required();
-  command->add_option("-o,--output", a.output, "Picture to write")->type_name("FILE");
   command->add_flag("--plain", a.plain)->group("");
+  describeInputs(*command, a);
+  describeOutput(*command, a);
   addSettingsOptions(*command, a.settings);
-  const char* work = "Work";
-  command->add_option("--plugin", a.plugin, "Plug-in module to run (default: the one in orbel's own folder)")
-      ->group(work)
-      ->type_name("FILE");
-  command->add_flag("--force", a.force, "Run also when it will take more than ten minutes")->group(work);
-  const char* talk = "Messages";
-  command->add_flag("--quiet", a.quiet, "Say nothing but errors")->group(talk);
-  command->add_flag("--verbose", a.verbose, "Show the image library's warnings as well")->group(talk);
-  command->callback([arguments] { apply(*arguments); });
+  describeWork(*command, a);
+  describeMessages(*command, a);
+  command->callback([arguments, &outcome] { outcome = apply(*arguments); });
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <iomanip>
 #include <numeric>
 #include <sstream>
 
@@ -13,7 +14,15 @@ namespace {
 
 constexpr std::size_t bandCount = 5;
 constexpr std::int64_t largestSide = 65535;
-constexpr double longestMinutes = 10;
+constexpr int longestHostSide = 32767;
+constexpr std::int64_t largestBlock = 0x7FFFFFFF;
+
+// What the plug-in has in memory at most, in bytes a pixel: its float image, and the equalizer's own, which is less
+// when one plane is worked on.
+constexpr double moduleBytesOnLuminance = 40;
+constexpr double moduleBytesOnPlanes = 40;
+// A process that has loaded the libraries and the module, and read and written a small picture.
+constexpr double processBytes = 80e6;
 
 // One tap of the edge-preserving filter on one core: between AVX-512 (0.13) and SSE2 (0.36) on an AMD EPYC, as measured
 // by the benchmark `bilateral`. A Gaussian's took 0.04, but it has too few to matter.
@@ -94,12 +103,40 @@ void requireThatWindowsFit(const std::string& file, const Settings& settings, in
   }
 }
 
-void requireShortWork(const std::string& file, const Settings& settings, int width, int height, unsigned cores) {
+void requireShortWork(const std::string& file, const Settings& settings, int width, int height, unsigned cores,
+                      double mostMinutes) {
   const std::array<double, bandCount> taps = tapsOf(settings, width, height);
   const double nanoseconds = std::accumulate(taps.begin(), taps.end(), 0.0) * nanosecondsPerTap / std::max(cores, 1U);
   const double minutes = nanoseconds / 60e9;
-  if (!(minutes > longestMinutes)) return;
+  if (mostMinutes == 0 || !(minutes > mostMinutes)) return;
   const auto costliest = static_cast<std::size_t>(std::max_element(taps.begin(), taps.end()) - taps.begin());
   throw Failure(file, "these settings ask for " + duration(minutes) + " of work, most of it for " +
-                          radiusInBand(settings, costliest) + "; --force does it all the same");
+                          radiusInBand(settings, costliest) + "; --max-minutes 0 does it all the same");
+}
+
+void requireThatHostHolds(const std::string& file, int width, int height) {
+  const std::string size = "is " + std::to_string(width) + " x " + std::to_string(height) + " pixels; ";
+  if (std::max(width, height) > longestHostSide) {
+    throw Failure(file, size + "the plug-in's host knows no side above " + std::to_string(longestHostSide));
+  }
+  const std::int64_t rowBytes = (std::int64_t{width} * 4 + 63) / 64 * 64;
+  if (const std::int64_t block = 3 * rowBytes * height; block > largestBlock) {
+    throw Failure(file, size + "as floats that is " + memoryText(static_cast<double>(block)) +
+                            ", and the plug-in's block of memory ends at 2 GiB");
+  }
+}
+
+double memoryOf(const RunShape& s, const Settings& settings) {
+  const double pixels = static_cast<double>(s.width) * s.height;
+  const double pictures = s.bands * std::max(s.readBytes, s.writtenBytes);
+  const double documents = (s.colours + 3) * s.documentBytes;
+  const double module = settings.value("LUMI") != 0.0 ? moduleBytesOnLuminance : moduleBytesOnPlanes;
+  return processBytes + pixels * (pictures + documents + module);
+}
+
+std::string memoryText(double bytes) {
+  std::ostringstream text;
+  const bool large = bytes >= 1e9;
+  text << std::fixed << std::setprecision(large ? 1 : 0) << bytes / (large ? 1e9 : 1e6) << (large ? " GB" : " MB");
+  return text.str();
 }

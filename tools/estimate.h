@@ -16,6 +16,27 @@ std::array<double, 5> tapsOf(const Settings& settings, int width, int height);
 // the window on either side of it exceed 65535 samples in a direction.
 void requireThatWindowsFit(const std::string& file, const Settings& settings, int width, int height);
 
-// Throws Failure about the file, with the estimate, when the low-passes would take more than ten minutes on so many
-// cores.
-void requireShortWork(const std::string& file, const Settings& settings, int width, int height, unsigned cores);
+// Throws Failure about the file, with the estimate, when the low-passes would take more than so many minutes on so many
+// cores. 0 minutes: no limit.
+void requireShortWork(const std::string& file, const Settings& settings, int width, int height, unsigned cores,
+                      double mostMinutes);
+
+// Throws Failure about the file when a side exceeds the host's 32767 pixels, or the plug-in's float image its 2 GiB.
+void requireThatHostHolds(const std::string& file, int width, int height);
+
+// What a run is made of, beside the picture's size.
+struct RunShape {
+  int width = 0;
+  int height = 0;
+  int bands = 0;         // of the file, with alpha
+  int colours = 0;       // of the document: 1 or 3
+  int readBytes = 0;     // a sample of the file that is read
+  int writtenBytes = 0;  // and of the one that is written
+  int documentBytes = 0;
+};
+
+// Bytes that a process of one run has in memory at most.
+double memoryOf(const RunShape& shape, const Settings& settings);
+
+// "1.2 GB", "380 MB"
+std::string memoryText(double bytes);

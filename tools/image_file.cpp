@@ -1,50 +1,31 @@
 #include "image_file.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
-#include <algorithm>
-#include <cctype>
+#include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <iterator>
+#include <limits>
 #include <system_error>
+#include <type_traits>
 
+#include "colour_models.h"
 #include "failure.h"
 
 using vips::VError;
 using vips::VImage;
 using vips::VOption;
 
-struct FileFormat {
-  std::vector<const char*> extensions;
-  const char* name;
-  const char* operation;
-  int quality;  // 0: the format has none
-  int colours;  // bands beside alpha: 1, 3, or 0 for either
-  bool alpha;
-  std::vector<VipsBandFormat> samples;
-};
-
 namespace {
 
 constexpr VipsBandFormat bits8 = VIPS_FORMAT_UCHAR;
 constexpr VipsBandFormat bits16 = VIPS_FORMAT_USHORT;
 constexpr VipsBandFormat floats = VIPS_FORMAT_FLOAT;
-
-const std::vector<FileFormat>& formats() {
-  static const std::vector<FileFormat> all = {
-      {{"jpg", "jpeg", "jpe"}, "JPEG", "jpegsave_target", 95, 0, false, {bits8}},
-      {{"png"}, "PNG", "pngsave_target", 0, 0, true, {bits8, bits16}},
-      {{"tif", "tiff"}, "TIFF", "tiffsave_target", 0, 0, true, {bits8, bits16, floats}},
-      {{"webp"}, "WebP", "webpsave_target", 95, 0, true, {bits8}},
-      {{"heic", "heif"}, "HEIF", "heifsave_target", 95, 0, true, {bits8}},
-      {{"jp2"}, "JPEG 2000", "jp2ksave_target", 95, 0, true, {bits8, bits16}},
-      {{"ppm"}, "PPM", "ppmsave_target", 0, 3, false, {bits8, bits16}},
-      {{"pgm"}, "PGM", "ppmsave_target", 0, 1, false, {bits8, bits16}},
-      {{"pfm"}, "PFM", "ppmsave_target", 0, 0, false, {floats}},
-  };
-  return all;
-}
 
 // What libvips has to say about its last failure, in one line: the system's own reason, where there is one, without
 // all that followed from it.
@@ -65,14 +46,13 @@ void silence(const gchar*, GLogLevelFlags, const gchar*, gpointer) {}
 
 const char* nickname(GType type, int value) { return vips_enum_nick(type, value); }
 
-int colourBands(const VImage& picture) { return picture.bands() >= 3 ? 3 : 1; }
-bool hasAlpha(const VImage& picture) { return picture.bands() != colourBands(picture); }
-
 int pages(const VImage& picture) {
   if (picture.get_typeof(VIPS_META_N_PAGES) == 0) return 1;
-  // The pages of a JPEG 2000 file are the one picture at several resolutions.
-  const bool resolutions = std::strncmp(picture.get_string(VIPS_META_LOADER), "jp2k", 4) == 0;
-  return resolutions ? 1 : picture.get_int(VIPS_META_N_PAGES);
+  // The pages of a JPEG 2000 file are the one picture at several resolutions; those of Photoshop's are the picture and
+  // then its layers.
+  const std::string loader = picture.get_string(VIPS_META_LOADER);
+  const bool onePicture = loader.rfind("jp2k", 0) == 0 || loader.rfind("magick", 0) == 0;
+  return onePicture ? 1 : picture.get_int(VIPS_META_N_PAGES);
 }
 
 // Empty when orbel can work on such a picture, else why not.
@@ -119,40 +99,128 @@ void takeResolutionFromExif(VImage& picture) {
   if (x > 0 && y > 0) picture = picture.copy(VImage::option()->set("xres", x)->set("yres", y));
 }
 
-// Between a 16-bit file's white of 65535 and the document's, rounding to nearest. 65535 is odd and the document's white
-// a power of two: no value lies half way, either way.
-std::uint16_t toDocument(std::uint16_t sample) {
-  return static_cast<std::uint16_t>((std::uint32_t{sample} * white16 + 32767U) / 65535U);
-}
-std::uint16_t fromDocument(std::uint16_t sample) {
-  const std::uint32_t inside = std::min<std::uint32_t>(sample, white16);
-  return static_cast<std::uint16_t>((inside * 65535U + white16 / 2) / white16);
-}
-
-template <typename T>
-T unchanged(T sample) {
-  return sample;
-}
-
-template <typename T, T (*convert)(T)>
-void split(const VImage& picture, Document& document) {
-  const auto count = static_cast<std::size_t>(document.width) * static_cast<std::size_t>(document.height);
-  const auto bands = static_cast<std::size_t>(picture.bands());
-  for (std::size_t band = 0; band < document.planes.size(); ++band) {
-    const T* from = static_cast<const T*>(picture.data()) + band;
-    T* to = reinterpret_cast<T*>(document.planes[band].data());
-    for (std::size_t i = 0; i < count; ++i) to[i] = convert(from[i * bands]);
+// Integers are rounded and kept within their range; NaN becomes black.
+template <typename To>
+To converted(double value) {
+  if constexpr (std::is_floating_point_v<To>) {
+    return static_cast<To>(value);
+  } else {
+    constexpr double most = std::numeric_limits<To>::max();
+    if (!(value > 0)) return 0;
+    return static_cast<To>(value < most ? value + 0.5 : most);
   }
 }
 
-template <typename T, T (*convert)(T)>
-void merge(const Document& document, VImage& picture) {
+double whiteOf(VipsBandFormat format) { return format == bits8 ? 255 : format == bits16 ? 65535 : 1; }
+double whiteOf(const Document& document) { return document.depth == 8 ? 255 : document.depth == 16 ? white16 : 1; }
+
+// One band of interleaved samples, and one plane.
+template <typename Sample, typename PlaneSample>
+void read(const Sample* from, PlaneSample* to, std::size_t count, std::size_t bands, double scale) {
+  for (std::size_t i = 0; i < count; ++i) to[i] = converted<PlaneSample>(from[i * bands] * scale);
+}
+template <typename Sample, typename PlaneSample>
+void write(const PlaneSample* from, Sample* to, std::size_t count, std::size_t bands, double scale) {
+  for (std::size_t i = 0; i < count; ++i) to[i * bands] = converted<Sample>(from[i] * scale);
+}
+
+// Calls use(pointer) with data as samples of the depth's type.
+template <typename Use>
+void withType(int depth, void* data, Use use) {
+  if (depth == 8) use(static_cast<std::uint8_t*>(data));
+  if (depth == 16) use(static_cast<std::uint16_t*>(data));
+  if (depth == 32) use(static_cast<float*>(data));
+}
+
+// Calls each(sample, planeSample, count, bands) for all planes, with the first of the band's samples and of the
+// plane's.
+template <typename Each>
+void forEachPlane(const Document& document, const VImage& picture, Each each) {
   const auto count = static_cast<std::size_t>(document.width) * static_cast<std::size_t>(document.height);
   const auto bands = static_cast<std::size_t>(picture.bands());
+  // Whoever wants to write owns the memory; the interface's pointers tell less than that.
+  void* const samples = const_cast<void*>(picture.data());
   for (std::size_t band = 0; band < document.planes.size(); ++band) {
-    const T* from = reinterpret_cast<const T*>(document.planes[band].data());
-    T* to = const_cast<T*>(static_cast<const T*>(picture.data())) + band;
-    for (std::size_t i = 0; i < count; ++i) to[i * bands] = convert(from[i]);
+    void* const plane = const_cast<unsigned char*>(document.planes[band].data());
+    withType(depthOf(picture), samples, [&](auto* sample) {
+      withType(document.depth, plane, [&](auto* planeSample) { each(sample + band, planeSample, count, bands); });
+    });
+  }
+}
+
+// The values of --compression.
+std::string compressionsOf(const FileFormat& format) {
+  if (format.name == "TIFF") return "none, lzw, deflate, zstd";
+  if (format.name == "PNG") return "0, 1, 2, 3, 4, 5, 6, 7, 8, 9";
+  if (format.name == "WebP" || format.name == "HEIF" || format.name == "JPEG 2000") return "lossy, lossless";
+  return "";
+}
+
+bool isAmong(const std::string& list, const std::string& word) {
+  return !word.empty() && word.find_first_of(", ") == std::string::npos &&
+         (", " + list + ",").find(", " + word + ",") != std::string::npos;
+}
+
+void setCompression(const FileFormat& format, const std::string& compression, VOption* options) {
+  if (format.name == "TIFF") {
+    options->set("compression", vips_enum_from_nick("orbel", VIPS_TYPE_FOREIGN_TIFF_COMPRESSION, compression.c_str()));
+  } else if (format.name == "PNG") {
+    options->set("compression", compression.front() - '0');
+  } else {
+    options->set("lossless", compression == "lossless");
+  }
+}
+
+std::string contentOf(const std::string& name) {
+  std::ifstream file(name, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// Photoshop's own files go by another library, which takes no stream.
+bool isPhotoshopFile(const std::string& name) {
+  std::array<char, 4> magic{};
+  std::ifstream(name, std::ios::binary).read(magic.data(), magic.size());
+  return std::string(magic.data(), magic.size()) == "8BPS";
+}
+
+VImage openFile(const std::string& name) {
+  if (name != pipeName && isPhotoshopFile(name)) {
+    const std::string content = contentOf(name);
+    VipsBlob* const blob = vips_blob_copy(content.data(), content.size());
+    const VImage picture = VImage::magickload_buffer(blob, VImage::option()->set("fail_on", VIPS_FAIL_ON_ERROR));
+    vips_area_unref(VIPS_AREA(blob));
+    return picture;
+  }
+  // From a source, because a file name would be searched for options in square brackets.
+  const vips::VSource source =
+      name == pipeName ? vips::VSource::new_from_descriptor(STDIN_FILENO) : vips::VSource::new_from_file(name.c_str());
+  return VImage::new_from_source(
+      source, "", VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_ERROR));
+}
+
+void requireFileWithContent(const std::string& name) {
+  struct stat file {};
+  if (stat(name.c_str(), &file) != 0) throw Failure(name, std::generic_category().message(errno));
+  if (S_ISDIR(file.st_mode)) throw Failure(name, std::generic_category().message(EISDIR));
+  // Anything else may never end, or never begin.
+  if (!S_ISREG(file.st_mode)) throw Failure(name, "is not a regular file");
+  if (file.st_size == 0) throw Failure(name, "the file is empty");
+}
+
+void encode(const VImage& picture, const FileFormat& format, const vips::VTarget& target, const std::string& name,
+            const SaveOptions& choice) {
+  try {
+    VOption* options = VImage::option()->set("in", picture)->set("target", target);
+    if (format.quality != 0) options->set("Q", choice.quality.value_or(format.quality));
+    if (choice.compression) setCompression(format, *choice.compression, options);
+    if (std::strcmp(format.operation, "ppmsave_target") == 0) {
+      options->set("format", format.colours == 1   ? VIPS_FOREIGN_PPM_FORMAT_PGM
+                             : format.colours == 3 ? VIPS_FOREIGN_PPM_FORMAT_PPM
+                                                   : VIPS_FOREIGN_PPM_FORMAT_PFM);
+    }
+    VImage::call(format.operation, options);
+  } catch (const VError&) {
+    throw Failure(name, lastError());
   }
 }
 
@@ -170,18 +238,30 @@ ImageLibrary::ImageLibrary(const char* programName, bool verbose) {
 
 ImageLibrary::~ImageLibrary() { vips_shutdown(); }
 
-VImage loadPicture(const std::string& name) {
-  struct stat file {};
-  if (stat(name.c_str(), &file) != 0) throw Failure(name, std::generic_category().message(errno));
-  if (S_ISDIR(file.st_mode)) throw Failure(name, std::generic_category().message(EISDIR));
-  if (S_ISREG(file.st_mode) && file.st_size == 0) throw Failure(name, "the file is empty");
+int colourBands(const VImage& picture) { return picture.bands() >= 3 ? 3 : 1; }
+bool hasAlpha(const VImage& picture) { return picture.bands() != colourBands(picture); }
+int depthOf(const VImage& picture) { return picture.format() == bits8 ? 8 : picture.format() == bits16 ? 16 : 32; }
+
+VImage openPicture(const std::string& name, Notes& notes) {
+  if (name != pipeName) requireFileWithContent(name);
   try {
-    // From a source, because a file name would be searched for options in square brackets.
-    VImage opened = VImage::new_from_source(
-        vips::VSource::new_from_file(name.c_str()), "",
-        VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_ERROR));
+    VImage opened = openFile(name);
+    const std::string packed = name == pipeName ? "" : noteOnPackedSamples(name, opened);
+    if (!packed.empty()) notes.push_back(packed);
+    if (pages(opened) == 1) {
+      const std::string converted = convertToRgb(opened);
+      if (!converted.empty()) notes.push_back(converted);
+    }
     if (const std::string reason = objection(opened); !reason.empty()) throw Failure(name, reason);
     if (std::strncmp(opened.get_string(VIPS_META_LOADER), "webp", 4) == 0) takeResolutionFromExif(opened);
+    return opened;
+  } catch (const VError&) {
+    throw Failure(name, lastError());
+  }
+}
+
+VImage decodePicture(const VImage& opened, const std::string& name) {
+  try {
     VImage picture = VImage::new_memory();
     opened.write(picture);
     return picture;
@@ -190,64 +270,68 @@ VImage loadPicture(const std::string& name) {
   }
 }
 
-Document documentOf(const VImage& picture) {
-  const std::int32_t depth = picture.format() == bits8 ? 8 : picture.format() == bits16 ? 16 : 32;
+VImage loadPicture(const std::string& name) {
+  Notes notes;
+  return decodePicture(openPicture(name, notes), name);
+}
+
+VImage withSamples(const VImage& picture, VipsBandFormat samples) {
+  if (picture.format() == samples) return picture;
+  const bool grey = colourBands(picture) == 1;
+  const VipsInterpretation model = samples == bits16  ? (grey ? VIPS_INTERPRETATION_GREY16 : VIPS_INTERPRETATION_RGB16)
+                                   : grey             ? VIPS_INTERPRETATION_B_W
+                                   : samples == bits8 ? VIPS_INTERPRETATION_sRGB
+                                                      : VIPS_INTERPRETATION_scRGB;
+  const VImage scaled = picture * (whiteOf(samples) / whiteOf(picture.format()));
+  return (samples == floats ? scaled : scaled.rint())
+      .cast(samples)
+      .copy(VImage::option()->set("interpretation", model))
+      .copy_memory();
+}
+
+Document documentOf(const VImage& picture, int depth) {
   Document document{picture.width(), picture.height(), depth, {}};
   document.planes.resize(static_cast<std::size_t>(colourBands(picture)));
   for (auto& plane : document.planes) plane.resize(document.rowBytes() * static_cast<std::size_t>(document.height));
-  if (depth == 8) split<unsigned char, unchanged>(picture, document);
-  if (depth == 16) split<std::uint16_t, toDocument>(picture, document);
-  if (depth == 32) split<float, unchanged>(picture, document);
+  const double scale = whiteOf(document) / whiteOf(picture.format());
+  forEachPlane(document, picture, [&](const auto* sample, auto* planeSample, std::size_t count, std::size_t bands) {
+    read(sample, planeSample, count, bands, scale);
+  });
   return document;
 }
 
 void putDocument(const Document& document, VImage& picture) {
-  if (document.depth == 8) merge<unsigned char, unchanged>(document, picture);
-  if (document.depth == 16) merge<std::uint16_t, fromDocument>(document, picture);
-  if (document.depth == 32) merge<float, unchanged>(document, picture);
+  const double scale = whiteOf(picture.format()) / whiteOf(document);
+  forEachPlane(document, picture, [&](auto* sample, const auto* planeSample, std::size_t count, std::size_t bands) {
+    write(planeSample, sample, count, bands, scale);
+  });
 }
 
-const FileFormat& formatOf(const std::string& name) {
-  const std::size_t dot = name.find_last_of("./");
-  std::string extension = dot == std::string::npos || name[dot] == '/' ? "" : name.substr(dot + 1);
-  std::transform(extension.begin(), extension.end(), extension.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  std::string known;
-  for (const FileFormat& format : formats()) {
-    for (const char* candidate : format.extensions) {
-      if (extension == candidate) return format;
-      known += std::string(known.empty() ? "" : ", ") + candidate;
-    }
-  }
-  throw Failure(name, (extension.empty() ? "no extension tells" : "'" + extension + "' doesn't tell") +
-                          std::string(" the file format; known are ") + known);
-}
-
-void requireThatFormatHolds(const FileFormat& format, const VImage& picture, const std::string& name) {
-  const auto refuse = [&](const std::string& what) {
-    throw Failure(name, std::string(format.name) + " files hold no " + what + "; TIFF files do");
-  };
-  if (hasAlpha(picture) && !format.alpha) refuse("alpha channel");
-  if (format.colours == 1 && colourBands(picture) == 3) refuse("colour");
-  if (format.colours == 3 && colourBands(picture) == 1) refuse("grey pictures");
-  const VipsBandFormat samples = picture.format();
-  if (std::find(format.samples.begin(), format.samples.end(), samples) == format.samples.end()) {
-    refuse(samples == bits8 ? "8-bit samples" : samples == bits16 ? "16-bit samples" : "float samples");
+void requireThatFormatKnows(const FileFormat& format, const SaveOptions& options, const std::string& name) {
+  if (options.quality && format.quality == 0) throw Failure(name, format.name + " files have no --quality");
+  if (!options.compression) return;
+  const std::string known = compressionsOf(format);
+  if (!isAmong(known, *options.compression)) {
+    throw Failure(name, known.empty() ? format.name + " files have no --compression"
+                                      : "--compression for " + format.name + " files is one of: " + known);
   }
 }
 
-void savePicture(const VImage& picture, const FileFormat& format, int descriptor, const std::string& name) {
-  try {
-    VOption* options =
-        VImage::option()->set("in", picture)->set("target", vips::VTarget::new_to_descriptor(descriptor));
-    if (format.quality != 0) options->set("Q", format.quality);
-    if (std::strcmp(format.operation, "ppmsave_target") == 0) {
-      options->set("format", format.colours == 1   ? VIPS_FOREIGN_PPM_FORMAT_PGM
-                             : format.colours == 3 ? VIPS_FOREIGN_PPM_FORMAT_PPM
-                                                   : VIPS_FOREIGN_PPM_FORMAT_PFM);
-    }
-    VImage::call(format.operation, options);
-  } catch (const VError&) {
-    throw Failure(name, lastError());
+void savePicture(const VImage& picture, const FileFormat& format, int descriptor, const std::string& name,
+                 const SaveOptions& options) {
+  encode(picture, format, vips::VTarget::new_to_descriptor(descriptor), name, options);
+}
+
+void savePictureToPipe(const VImage& picture, const FileFormat& format, const SaveOptions& options) {
+  const std::string name = "standard output";
+  const vips::VTarget target = vips::VTarget::new_to_memory();
+  encode(picture, format, target, name, options);
+  std::size_t size = 0;
+  const auto* bytes = static_cast<const char*>(vips_blob_get(target.get_target()->blob, &size));
+  while (size > 0) {
+    const ssize_t written = ::write(STDOUT_FILENO, bytes, size);
+    if (written < 0) throw Failure(name, std::generic_category().message(errno));
+    bytes += written;
+    size -= static_cast<std::size_t>(written);
   }
 }

@@ -1,9 +1,12 @@
 // Image files in and out, through libvips.
 #pragma once
 
+#include <optional>
 #include <string>
+#include <vector>
 #include <vips/vips8>
 
+#include "formats.h"
 #include "plugin_host.h"
 
 // libvips, started and shut down; pictures live in between. Its own warnings go to the error output when verbose,
@@ -16,29 +19,55 @@ class ImageLibrary {
   ImageLibrary& operator=(const ImageLibrary&) = delete;
 };
 
-// The whole picture, decoded into memory of its own. Colour is three bands, grey one, and one band of alpha may follow;
-// samples are of 8 or 16 bits or floats. Throws Failure for what is no such picture: colour models other than RGB and
-// grey, several pages, other sample types, and files that can't be read to their end.
+// The standard input or output in the place of a file.
+inline const std::string pipeName = "-";
+
+using Notes = std::vector<std::string>;
+
+// A picture whose header has been read; its samples are decoded when it is written somewhere, once. Colour is three
+// bands, grey one, and one band of alpha may follow; samples are of 8 or 16 bits or floats. What was converted to get
+// there is noted. Throws Failure for what is no such picture: other colour models, several pages, other sample types,
+// and files that can't be read.
+vips::VImage openPicture(const std::string& name, Notes& notes);
+
+// The whole picture in memory of its own. Throws Failure about the file when it can't be read to its end.
+vips::VImage decodePicture(const vips::VImage& opened, const std::string& name);
+
+// Both, for whoever does without the notes.
 vips::VImage loadPicture(const std::string& name);
 
-// The picture's colour planes as a document of the depth of its samples: one plane for grey, alpha left out.
+int colourBands(const vips::VImage& picture);  // 1 or 3
+bool hasAlpha(const vips::VImage& picture);
+
+// The picture with samples of this format, scaled from white to white, alpha too; in memory of its own.
+vips::VImage withSamples(const vips::VImage& picture, VipsBandFormat samples);
+
+// The depth of the picture's samples: 8, 16 or 32.
+int depthOf(const vips::VImage& picture);
+
+// The picture's colour planes as a document of this depth: one plane for grey, alpha left out. White goes to white.
 //
-// 16-bit files reach to 65535 and documents to 32768, so two levels of a file share one of the document: samples that
-// the plug-in leaves alone come back at most 1 of 65535 away.
-Document documentOf(const vips::VImage& picture);
+// 16-bit files reach to 65535 and 16-bit documents to 32768, so two levels of a file share one of such a document:
+// samples that the plug-in leaves alone come back at most 1 of 65535 away. By way of 32 bits they come back as they
+// were.
+Document documentOf(const vips::VImage& picture, int depth);
+inline Document documentOf(const vips::VImage& picture) { return documentOf(picture, depthOf(picture)); }
 
 // Puts the document's planes in the place of the picture's colour samples, where they lie in memory: alpha and metadata
-// stay as they were loaded. What exceeds a 16-bit file's white becomes white.
+// stay as they are. What exceeds the range of the picture's integers becomes its black or white.
 void putDocument(const Document& document, vips::VImage& picture);
 
-// A file format that pictures can be written in.
-struct FileFormat;
+struct SaveOptions {
+  std::optional<int> quality;              // 1 to 100
+  std::optional<std::string> compression;  // as the format knows it
+};
 
-// The format that a name's extension stands for. Throws Failure when there is none.
-const FileFormat& formatOf(const std::string& name);
-
-// Throws Failure when the format would lose something of the picture: alpha, colour or the depth of its samples.
-void requireThatFormatHolds(const FileFormat& format, const vips::VImage& picture, const std::string& name);
+// Throws Failure about the file when the format has no such quality or compression.
+void requireThatFormatKnows(const FileFormat& format, const SaveOptions& options, const std::string& name);
 
 // Encodes the picture into an open file. name is for messages. Throws Failure.
-void savePicture(const vips::VImage& picture, const FileFormat& format, int descriptor, const std::string& name);
+void savePicture(const vips::VImage& picture, const FileFormat& format, int descriptor, const std::string& name,
+                 const SaveOptions& options = {});
+
+// The same to the standard output, which gets all or nothing.
+void savePictureToPipe(const vips::VImage& picture, const FileFormat& format, const SaveOptions& options);

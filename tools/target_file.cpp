@@ -18,13 +18,20 @@ namespace {
 namespace fs = std::filesystem;
 
 // The temporary file that a signal has to remove; a plain array, because a handler may touch nothing better.
+// And the one that exiftool makes beside it.
+constexpr const char* exiftoolSuffix = "_exiftool_tmp";
 char doomed[4096];
+char doomedToo[4096];
 volatile std::sig_atomic_t doomedIsThere = 0;
 
-extern "C" void removeAndDie(int signal) {
-  if (doomedIsThere != 0) unlink(doomed);
-  // The default action was put back on entry (SA_RESETHAND): it ends the program with the right status.
-  raise(signal);
+int statusWhenStopped = 0;
+
+extern "C" void removeAndDie(int) {
+  if (doomedIsThere != 0) {
+    unlink(doomed);
+    unlink(doomedToo);
+  }
+  _exit(statusWhenStopped);
 }
 
 std::string reason(int error) { return std::generic_category().message(error); }
@@ -41,14 +48,22 @@ std::string withoutLinks(const std::string& name) {
   return path.string();
 }
 
+std::string temporaryName(const fs::path& target, int process) {
+  return (target.parent_path() / (".orbel-" + std::to_string(process) + ".tmp")).string();
+}
+
+const char* const isThere = "is there already; -f overwrites it";
+
 }  // namespace
 
-TargetFile::TargetFile(const std::string& name) : name_(name), target_(withoutLinks(name)) {
+TargetFile::TargetFile(const std::string& name, bool overwrite)
+    : name_(name), target_(withoutLinks(name)), overwrite_(overwrite) {
   mode_t mode = 0666;
   struct stat existing {};
   if (stat(target_.c_str(), &existing) == 0) {
     if (S_ISDIR(existing.st_mode)) throw Failure(name_, reason(EISDIR));
-    if (!S_ISREG(existing.st_mode)) throw Failure(name_, "Is not a regular file");
+    if (!S_ISREG(existing.st_mode)) throw Failure(name_, "is not a regular file");
+    if (!overwrite_) throw Failure(name_, isThere);
     // A rename would get past this; whoever took the permission away meant it.
     if (access(target_.c_str(), W_OK) != 0) throw Failure(name_, reason(errno));
     mode = existing.st_mode & 0777;
@@ -56,15 +71,14 @@ TargetFile::TargetFile(const std::string& name) : name_(name), target_(withoutLi
     throw Failure(name_, reason(errno));
   }
 
-  const fs::path folder = fs::path(target_).parent_path();
-  for (int attempt = 0; descriptor_ < 0; ++attempt) {
-    const std::string leaf = ".orbel-" + std::to_string(getpid()) + "-" + std::to_string(attempt) + ".tmp";
-    temporary_ = (folder / leaf).string();
-    descriptor_ = open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode | S_IWUSR);
-    if (descriptor_ < 0 && (errno != EEXIST || attempt == 100)) throw Failure(name_, reason(errno));
-  }
-  if (temporary_.size() < sizeof doomed) {
+  temporary_ = temporaryName(target_, getpid());
+  unlink(temporary_.c_str());  // of a process of the same number, long ago
+  descriptor_ = open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode | S_IWUSR);
+  if (descriptor_ < 0) throw Failure(name_, reason(errno));
+  const std::string exiftools = temporary_ + exiftoolSuffix;
+  if (exiftools.size() < sizeof doomed) {
     std::memcpy(doomed, temporary_.c_str(), temporary_.size() + 1);
+    std::memcpy(doomedToo, exiftools.c_str(), exiftools.size() + 1);
     doomedIsThere = 1;
   }
 }
@@ -83,7 +97,15 @@ void TargetFile::replace() {
     if (fchmod(descriptor_, existing.st_mode & 07777) != 0) throw Failure(name_, reason(errno));
   }
   if (fsync(descriptor_) != 0) throw Failure(name_, reason(errno));
-  if (std::rename(temporary_.c_str(), target_.c_str()) != 0) throw Failure(name_, reason(errno));
+  // A file that has come into being meanwhile is somebody's, too. Where the system can't rename with that condition,
+  // the look at the start has to do.
+  const unsigned flags = overwrite_ ? 0 : RENAME_NOREPLACE;
+  const char* const from = temporary_.c_str();
+  if (renameat2(AT_FDCWD, from, AT_FDCWD, target_.c_str(), flags) != 0) {
+    if (errno == EEXIST) throw Failure(name_, isThere);
+    if (errno != EINVAL && errno != ENOSYS) throw Failure(name_, reason(errno));
+    if (std::rename(from, target_.c_str()) != 0) throw Failure(name_, reason(errno));
+  }
   doomedIsThere = 0;
   temporary_.clear();
 
@@ -96,10 +118,29 @@ void TargetFile::replace() {
   }
 }
 
-void removeTemporaryOnSignals() {
+void requireFree(const std::string& name) {
+  struct stat existing {};
+  if (lstat(name.c_str(), &existing) == 0) throw Failure(name, isThere);
+}
+
+void removeTemporaryOnSignals(int status) {
+  statusWhenStopped = status;
   struct sigaction action {};
   action.sa_handler = removeAndDie;
-  action.sa_flags = static_cast<int>(SA_RESETHAND);
   sigemptyset(&action.sa_mask);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &action, nullptr);
+}
+
+void removeLeftovers(const std::string& target, int process) {
+  const std::string temporary = temporaryName(withoutLinks(target), process);
+  unlink(temporary.c_str());
+  unlink((temporary + exiftoolSuffix).c_str());
+}
+
+void keepOriginal(const std::string& name) {
+  const std::string original = name + "_original";
+  if (link(withoutLinks(name).c_str(), original.c_str()) == 0 || errno == EEXIST) return;
+  std::error_code error;  // a file system without links
+  fs::copy_file(name, original, fs::copy_options::skip_existing, error);
+  if (error) throw Failure(original, error.message());
 }

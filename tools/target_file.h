@@ -6,8 +6,9 @@
 class TargetFile {
  public:
   // Opens the temporary file. Where name is a symbolic link, the file that it points to is the target. Throws Failure
-  // when the target is there and can't be replaced (a directory, a device, not writable), or its folder takes no file.
-  explicit TargetFile(const std::string& name);
+  // when the target is there and can't be replaced (a directory, a device, not writable, or overwrite is not set), or
+  // its folder takes no file.
+  TargetFile(const std::string& name, bool overwrite);
 
   // Removes the temporary file, unless it has become the target.
   ~TargetFile();
@@ -17,6 +18,9 @@ class TargetFile {
   // Write here; readable and seekable.
   int descriptor() const { return descriptor_; }
 
+  // Where the content grows.
+  const std::string& temporary() const { return temporary_; }
+
   // Brings the content to the disk and puts it in the target's place, with the permissions that the target had, and
   // its owner as far as that is allowed. Throws Failure; the target is then as it was.
   void replace();
@@ -25,8 +29,19 @@ class TargetFile {
   std::string name_;    // as given, for messages
   std::string target_;  // without symbolic links
   std::string temporary_;
+  bool overwrite_;
   int descriptor_ = -1;
 };
 
-// From here on SIGINT, SIGTERM and SIGHUP remove the temporary file before they end the program.
-void removeTemporaryOnSignals();
+// Throws Failure when there is something of that name.
+void requireFree(const std::string& name);
+
+// From here on SIGINT, SIGTERM and SIGHUP remove the temporary file, and end the process with this status.
+void removeTemporaryOnSignals(int status);
+
+// The name of the temporary file of a process for the target; what a process left that could not clean up behind itself
+// (killed by the system) goes away with removeLeftovers.
+void removeLeftovers(const std::string& target, int process);
+
+// Keeps a file under the name NAME_original, unless there is one: that is the older and truer original. Throws Failure.
+void keepOriginal(const std::string& name);

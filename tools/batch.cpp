@@ -1,0 +1,202 @@
+#include "batch.h"
+
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <list>
+#include <new>
+#include <system_error>
+
+#include "failure.h"
+#include "target_file.h"
+
+namespace {
+
+volatile std::sig_atomic_t interrupted = 0;
+
+extern "C" void noteInterruption(int) { interrupted = 1; }
+
+void catchInterruptions() {
+  interrupted = 0;
+  struct sigaction action {};
+  action.sa_handler = noteInterruption;
+  sigemptyset(&action.sa_mask);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &action, nullptr);
+}
+
+bool sendLine(int connection, const std::string& line) {
+  return send(connection, line.data(), line.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(line.size());
+}
+
+// --- In the process of one file. It says what memory it needs, waits for a byte, works, and says what came of it.
+
+Outcome failed(const Job& job, const std::string& reason) {
+  Outcome outcome;
+  outcome.input = job.input;
+  outcome.output = job.output;
+  outcome.reason = reason;
+  return outcome;
+}
+
+Outcome workOn(const Job& job, const WorkOptions& options, int connection) {
+  const auto waitFor = [&](double bytes) {
+    sendLine(connection, jsonLine({{"needs", bytes}}));
+    char go = 0;
+    if (read(connection, &go, 1) != 1) _exit(exitInterrupted);
+  };
+  try {
+    return work(job, options, waitFor);
+  } catch (const std::bad_alloc&) {
+    return failed(job, job.input + ": not enough memory for a picture of this size");
+  } catch (const std::exception& error) {
+    return failed(job, error.what());
+  }
+}
+
+[[noreturn]] void beWorker(const Job& job, const WorkOptions& options, bool verbose, int connection, pid_t parent) {
+  removeTemporaryOnSignals(exitInterrupted);
+  prctl(PR_SET_PDEATHSIG, SIGTERM);
+  if (getppid() != parent) _exit(exitInterrupted);
+  const ImageLibrary library("orbel", verbose);
+  const bool told = sendLine(connection, jsonLine(toJson(workOn(job, options, connection))));
+  _exit(told ? exitGood : exitInterrupted);
+}
+
+// --- In the process that began it all.
+
+struct Worker {
+  const Job* job;
+  pid_t process;
+  int connection;
+  double needs = 0;
+  bool runs = false;
+  std::string received{};
+};
+
+class Batch {
+ public:
+  Batch(const std::vector<Job>& jobs, const WorkOptions& work, const BatchOptions& options, Talk& talk)
+      : jobs_(jobs), work_(work), options_(options), talk_(talk) {}
+
+  ExitCode run() {
+    catchInterruptions();
+    while (!workers_.empty() || moreToBegin()) {
+      while (workers_.size() < options_.processes && moreToBegin()) begin(jobs_[next_++]);
+      listen();
+      if (interrupted != 0) {
+        for (const Worker& worker : workers_) kill(worker.process, SIGTERM);
+      }
+      grantMemory();
+      talk_.tick();
+    }
+    return interrupted != 0 ? exitInterrupted : anyFailed_ ? exitFileFailed : exitGood;
+  }
+
+ private:
+  bool moreToBegin() const { return next_ < jobs_.size() && interrupted == 0 && !(options_.failFast && anyFailed_); }
+
+  void begin(const Job& job) {
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+      throw std::system_error(errno, std::generic_category(), "no connection to a new process");
+    }
+    talk_.flush();  // or the new process would say it again
+    const pid_t self = getpid();
+    const pid_t process = fork();
+    if (process == 0) {
+      close(ends[0]);
+      beWorker(job, work_, options_.verbose, ends[1], self);
+    }
+    close(ends[1]);
+    if (process < 0) {
+      close(ends[0]);
+      throw std::system_error(errno, std::generic_category(), "no new process");
+    }
+    workers_.push_back({&job, process, ends[0]});
+  }
+
+  void listen() {
+    std::vector<pollfd> ears;
+    for (const Worker& worker : workers_) ears.push_back({worker.connection, POLLIN, 0});
+    constexpr int milliseconds = 100;
+    if (poll(ears.data(), ears.size(), milliseconds) <= 0) return;
+    auto ear = ears.begin();
+    for (auto worker = workers_.begin(); worker != workers_.end(); ++ear) {
+      const bool ended = ear->revents != 0 && !receive(*worker);
+      if (ended) finish(*worker);
+      worker = ended ? workers_.erase(worker) : std::next(worker);
+    }
+  }
+
+  // False at the end of what the worker has to say.
+  static bool receive(Worker& worker) {
+    char buffer[4096];
+    const ssize_t count = read(worker.connection, buffer, sizeof buffer);
+    if (count < 0) return errno == EINTR;
+    worker.received.append(buffer, static_cast<std::size_t>(count));
+    const std::string::size_type end = worker.received.find('\n');
+    if (worker.needs == 0 && end != std::string::npos) {
+      const auto line = nlohmann::json::parse(worker.received.substr(0, end));
+      if (line.contains("needs")) {
+        worker.needs = line["needs"];
+        worker.received.erase(0, end + 1);
+      }
+    }
+    return count > 0;
+  }
+
+  void finish(const Worker& worker) {
+    close(worker.connection);
+    int status = 0;
+    while (waitpid(worker.process, &status, 0) < 0 && errno == EINTR) continue;
+    Outcome outcome;
+    if (!worker.received.empty()) {
+      outcome = outcomeFrom(nlohmann::json::parse(worker.received));
+    } else {
+      outcome = failed(*worker.job, worker.job->input + ": " + endOf(status));
+      if (worker.job->output != pipeName) removeLeftovers(worker.job->output, worker.process);
+    }
+    anyFailed_ = anyFailed_ || outcome.status == Outcome::Status::Failed;
+    talk_.tell(outcome);
+  }
+
+  static std::string endOf(int status) {
+    if (WIFSIGNALED(status)) {
+      return std::string("the work was ended by a signal: ") + strsignal(WTERMSIG(status));
+    }
+    return WEXITSTATUS(status) == exitInterrupted ? "interrupted" : "the work ended without a result";
+  }
+
+  // The first that asked comes first; one that is alone gets what it needs.
+  void grantMemory() {
+    double taken = 0;
+    for (const Worker& worker : workers_) taken += worker.runs ? worker.needs : 0;
+    for (Worker& worker : workers_) {
+      if (worker.runs || worker.needs == 0) continue;
+      if (taken > 0 && taken + worker.needs > options_.memory) return;
+      worker.runs = sendLine(worker.connection, "g");
+      taken += worker.needs;
+    }
+  }
+
+  const std::vector<Job>& jobs_;
+  const WorkOptions& work_;
+  const BatchOptions& options_;
+  Talk& talk_;
+  std::size_t next_ = 0;
+  std::list<Worker> workers_;
+  bool anyFailed_ = false;
+};
+
+}  // namespace
+
+ExitCode runBatch(const std::vector<Job>& jobs, const WorkOptions& work, const BatchOptions& batch, Talk& talk) {
+  return Batch(jobs, work, batch, talk).run();
+}

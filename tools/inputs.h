@@ -1,0 +1,28 @@
+// Which files a command works on.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+struct Input {
+  std::string file;
+  std::string below;  // its path below the folder that was given, or its bare name
+};
+
+struct InputArguments {
+  std::vector<std::string> names;
+  std::optional<std::string> list;  // file with more names, or "-"
+  bool recursive = false;
+};
+
+struct Inputs {
+  std::vector<Input> files;
+  std::size_t leftAlone = 0;  // files in folders that are no pictures by their names
+};
+
+// The named files and those of the list, in that order; with recursive, in the place of a folder the pictures below it,
+// by their names' extensions, in the order of names. Hidden files and folders, and what keepOriginal left, don't count;
+// links to folders aren't followed. A list has one name a line, or names that end with zero bytes (find -print0).
+// Throws Failure when the list or a folder can't be read.
+Inputs listInputs(const InputArguments& arguments);

@@ -1,0 +1,15 @@
+// What a picture's file says about it beside its samples, and how it gets into the file that is written.
+#pragma once
+
+#include <string>
+
+#include "image_file.h"
+
+// As far as the image library sees it. It doesn't see EXIF and IPTC of TIFF and Photoshop files.
+Metadata metadataOf(const vips::VImage& picture);
+
+// Puts into a file that the image library has written what the library leaves out, by exiftool where that is installed.
+// Tags of structure are left out, the colour profile is the library's business. Returns notes on what is missing then,
+// and why. format is that of the written file.
+Notes completeMetadata(const std::string& input, const vips::VImage& picture, const std::string& written,
+                       const FileFormat& format);

@@ -1,0 +1,137 @@
+#include "naming.h"
+
+#include <filesystem>
+#include <map>
+
+#include "failure.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+enum class Target { Beside, InPlace, File, Folder, Pattern, Pipe };
+
+Target targetOf(const NamingArguments& a, bool several) {
+  if (a.inPlace && a.output) throw SettingsError("--in-place and -o exclude each other");
+  if (a.inPlace) return Target::InPlace;
+  if (!a.output) return Target::Beside;
+  const std::string& output = *a.output;
+  if (output.empty()) throw SettingsError("-o: the name is empty");
+  if (output == pipeName && several) throw SettingsError("-o -: the standard output takes one picture");
+  if (output == pipeName) return Target::Pipe;
+  if (output.find("%s") != std::string::npos) return Target::Pattern;
+  if (output.back() == '/' || fs::is_directory(output)) return Target::Folder;
+  if (!several) return Target::File;
+  if (fs::exists(output) || findFormat(extensionOf(output)) != nullptr) {
+    throw SettingsError("-o " + output + ": several inputs need a folder or a pattern with %s");
+  }
+  return Target::Folder;
+}
+
+std::string withoutExtension(const std::string& name) { return fs::path(name).replace_extension().string(); }
+
+std::string filled(std::string pattern, const std::string& name) {
+  for (std::size_t at = 0; (at = pattern.find("%s", at)) != std::string::npos; at += name.size()) {
+    pattern.replace(at, 2, name);
+  }
+  return pattern;
+}
+
+// The extension as it is written in the name, with its point.
+std::string suffixFor(const Input& input, const NamingArguments& a, Job& job) {
+  if (a.extension) return "." + *a.extension;
+  const FileFormat* const format = findFormat(extensionOf(input.file));
+  if (format != nullptr && format->operation == nullptr) {
+    job.notes.push_back(format->name + " files can be read only; comes back as TIFF");
+    return ".tif";
+  }
+  return fs::path(input.file).extension().string();
+}
+
+Job jobFor(const Input& input, const NamingArguments& a, Target target) {
+  Job job;
+  job.input = input.file;
+  job.overwrite = a.overwrite || target == Target::InPlace;
+  const std::string output = a.output.value_or("");
+  switch (target) {
+    case Target::Pipe:
+      job.output = pipeName;
+      job.extension = extensionOf("x" + suffixFor(input, a, job));
+      return job;
+    case Target::InPlace:
+      job.output = input.file;
+      break;
+    case Target::Beside:
+      job.output = withoutExtension(input.file) + "_orbel" + suffixFor(input, a, job);
+      break;
+    case Target::Folder:
+      job.output = (fs::path(output) / withoutExtension(input.below)).string() + suffixFor(input, a, job);
+      break;
+    case Target::Pattern:
+      job.output = filled(output, withoutExtension(input.below));
+      if (a.extension || extensionOf(output).empty())
+        job.output = withoutExtension(job.output) + suffixFor(input, a, job);
+      break;
+    case Target::File:
+      job.output = output;
+      if (extensionOf(output).empty() && a.extension) {
+        job.extension = *a.extension;
+        return job;
+      }
+      break;
+  }
+  job.extension = extensionOf(job.output);
+  return job;
+}
+
+bool isUpToDate(const Job& job) {
+  std::error_code missing;
+  const auto written = fs::last_write_time(job.output, missing);
+  if (missing) return false;
+  const auto read = fs::last_write_time(job.input, missing);
+  return !missing && written >= read;
+}
+
+Outcome settled(const Job& job, Outcome::Status status, const std::string& reason) {
+  Outcome outcome;
+  outcome.input = job.input;
+  outcome.output = job.output;
+  outcome.status = status;
+  outcome.reason = reason;
+  return outcome;
+}
+
+}  // namespace
+
+Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {
+  const bool several = inputs.files.size() > 1 || recursive;
+  const Target target = targetOf(a, several);
+  Plan plan;
+  std::map<std::string, std::string> writers;
+  for (const Input& input : inputs.files) {
+    if (input.file == pipeName && (inputs.files.size() > 1 || !a.output || (target == Target::Pipe && !a.extension))) {
+      throw SettingsError("the standard input is read alone, and needs -o; -o - needs --ext");
+    }
+    Job job = jobFor(input, a, target);
+    const std::string self = fs::absolute(job.output).lexically_normal().string();
+    if (const auto [other, isNew] = writers.emplace(self, input.file); !isNew && job.output != pipeName) {
+      const std::string reason = job.input + ": " + job.output + " is already the output of " + other->second;
+      plan.settled.push_back(settled(job, Outcome::Status::Failed, reason));
+      continue;
+    }
+    if (a.update && target != Target::InPlace && job.output != pipeName) {
+      if (isUpToDate(job)) {
+        const std::string reason = job.input + ": " + job.output + " is up to date";
+        plan.settled.push_back(settled(job, Outcome::Status::Skipped, reason));
+        continue;
+      }
+      job.overwrite = true;
+    }
+    if (target == Target::Folder || target == Target::Pattern) {
+      const std::string folder = fs::path(job.output).parent_path().string();
+      if (!folder.empty() && (plan.folders.empty() || plan.folders.back() != folder)) plan.folders.push_back(folder);
+    }
+    plan.jobs.push_back(std::move(job));
+  }
+  return plan;
+}

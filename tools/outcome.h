@@ -1,0 +1,32 @@
+// What became of one file.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+struct Outcome {
+  enum class Status { Done, Failed, Skipped };
+
+  std::string input;
+  std::string output;
+  Status status = Status::Failed;
+  std::string reason;              // of what failed or was skipped, in a line that begins with the file it is about
+  std::vector<std::string> notes;  // on what the output doesn't hold, or holds otherwise
+  int width = 0;
+  int height = 0;
+  int bits = 0;       // of the output's samples
+  double memory = 0;  // bytes, as estimated
+  double seconds = 0;
+
+  double megapixels() const { return 1e-6 * width * height; }
+};
+
+// Names that are no UTF-8 lose their odd bytes in the text.
+std::string jsonLine(const nlohmann::json& json);
+
+nlohmann::json toJson(const Outcome& outcome);
+Outcome outcomeFrom(const nlohmann::json& json);
+
+// The text in one line and fit for a terminal: control characters become escapes.
+std::string printable(const std::string& text);

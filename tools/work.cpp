@@ -1,0 +1,94 @@
+#include "work.h"
+
+#include <chrono>
+#include <fstream>
+#include <memory>
+
+#include "estimate.h"
+#include "failure.h"
+#include "metadata.h"
+#include "target_file.h"
+
+using vips::VImage;
+
+namespace {
+
+// The document's depth. Between two depths, and at 16 bits, floats: the host's own 16 bits have half the levels of a
+// file's.
+int documentDepth(VipsBandFormat read, VipsBandFormat written, const WorkOptions& options) {
+  if (options.hostDepth) return *options.hostDepth;
+  const bool bytes = read == VIPS_FORMAT_UCHAR && written == VIPS_FORMAT_UCHAR;
+  return bytes ? 8 : 32;
+}
+
+int bytesOf(VipsBandFormat format) { return static_cast<int>(vips_format_sizeof(format)); }
+
+void equalize(const Job& job, const WorkOptions& options, int depth, VipsBandFormat samples, VImage& picture) {
+  Document document = documentOf(picture, depth);
+  try {
+    runPlugin(options.entry, options.choice.settings.script(), document);
+  } catch (const PluginRefusal& refusal) {
+    throw Failure(job.input, refusal.what());
+  }
+  picture = withSamples(picture, samples);
+  putDocument(document, picture);
+}
+
+void writeTo(TargetFile& target, const Job& job, const WorkOptions& options, const FileFormat& format,
+             const VImage& picture, Notes& notes) {
+  savePicture(picture, format, target.descriptor(), job.output, options.save);
+  for (const std::string& note : completeMetadata(job.input, picture, target.temporary(), format)) {
+    notes.push_back(note);
+  }
+  if (options.keepsOriginal) keepOriginal(job.output);
+  target.replace();
+}
+
+}  // namespace
+
+Outcome work(const Job& job, const WorkOptions& options, const std::function<void(double)>& waitFor) {
+  const auto start = std::chrono::steady_clock::now();
+  Outcome outcome;
+  outcome.input = job.input;
+  outcome.output = job.output;
+  outcome.notes = job.notes;
+  const FileFormat& format = writableFormat(job.extension, job.output);
+  requireThatFormatKnows(format, options.save, job.output);
+  if (job.output != pipeName && !job.overwrite) requireFree(job.output);
+  const VImage opened = openPicture(job.input, outcome.notes);
+  const VipsBandFormat samples = options.samples.value_or(opened.format());
+  const int depth = documentDepth(opened.format(), samples, options);
+  requireThatFormatHolds(format, opened, samples, job.output);
+  const int width = opened.width();
+  const int height = opened.height();
+  requireThatHostHolds(job.input, width, height);
+  requireThatWindowsFit(job.input, options.choice.settings, width, height);
+  requireShortWork(job.input, options.choice.settings, width, height, options.threads, options.mostMinutes);
+  outcome.width = width;
+  outcome.height = height;
+  outcome.bits = 8 * bytesOf(samples);
+  outcome.memory = memoryOf(
+      {width, height, opened.bands(), colourBands(opened), bytesOf(opened.format()), bytesOf(samples), depth / 8},
+      options.choice.settings);
+  if (options.mostMemory > 0 && outcome.memory > options.mostMemory) {
+    throw Failure(job.input, "needs about " + memoryText(outcome.memory) + " of memory, and " +
+                                 memoryText(options.mostMemory) + " are to be had (--memory)");
+  }
+  outcome.status = Outcome::Status::Done;
+  if (options.dryRun) return outcome;
+
+  waitFor(outcome.memory);
+  if (job.output == pipeName) {
+    VImage picture = decodePicture(opened, job.input);
+    equalize(job, options, depth, samples, picture);
+    savePictureToPipe(picture, format, options.save);
+  } else {
+    // Opened before the work, so that a target that can't be written doesn't cost the work first.
+    TargetFile target(job.output, job.overwrite);
+    VImage picture = decodePicture(opened, job.input);
+    equalize(job, options, depth, samples, picture);
+    writeTo(target, job, options, format, picture, outcome.notes);
+  }
+  outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  return outcome;
+}

@@ -1,0 +1,37 @@
+// One file from its reading to its writing.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "image_file.h"
+#include "outcome.h"
+#include "plugin_host.h"
+#include "settings_options.h"
+
+struct Job {
+  std::string input;
+  std::string output;
+  std::string extension;  // of the format to write
+  bool overwrite = false;
+  Notes notes{};  // that are known beforehand
+};
+
+struct WorkOptions {
+  SettingsChoice choice;
+  PluginEntry entry = nullptr;
+  std::optional<VipsBandFormat> samples;  // of the output; as the input's if not given
+  std::optional<int> hostDepth;           // the least that loses nothing if not given
+  SaveOptions save;
+  bool keepsOriginal = false;
+  bool writesRecipe = false;
+  bool dryRun = false;
+  double mostMinutes = 10;
+  double mostMemory = 0;  // bytes; 0: no limit
+  unsigned threads = 1;   // for the estimate of time
+};
+
+// Does the job. Once its needs are known, and before they are taken, waitFor is called with the bytes of memory; it
+// returns when they are free. Throws Failure, and std::bad_alloc.
+Outcome work(const Job& job, const WorkOptions& options, const std::function<void(double)>& waitFor);
