@@ -4,6 +4,8 @@
 
 #include <filesystem>
 
+#include "program_folder.h"
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -19,10 +21,7 @@ std::string reasonFor(const fs::path& path) {
 
 }  // namespace
 
-std::string ownModule() {
-  std::error_code ignored;  // without /proc the bare name is left, and the message about it
-  return fs::read_symlink("/proc/self/exe", ignored).replace_filename(ORBEL_MODULE_NAME).string();
-}
+std::string ownModule() { return programData(ORBEL_MODULE_NAME, ORBEL_MODULE_FOLDER "/" ORBEL_MODULE_NAME); }
 
 PluginEntry loadEntry(const std::string& file) {
   // Absolute: the loader looks for a bare name in the system's folders.

@@ -11,7 +11,7 @@ struct NoPlugin : Failure {
   using Failure::Failure;
 };
 
-// The plug-in that comes with this program: its file stands in the program's own folder.
+// The plug-in that comes with this program: its file stands beside the program, or where it was installed to.
 std::string ownModule();
 
 // The entry of the module in a file, which stays loaded until the program ends. Throws NoPlugin

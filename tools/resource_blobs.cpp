@@ -15,10 +15,7 @@
 namespace {
 
 constexpr OSType eventClass = fourCharacters("OrBE");
-constexpr OSType eventId = fourCharacters("obEq");
 constexpr std::uint16_t terminologyId = 16000;
-// Keeps our keys apart from every other filter's.
-constexpr const char* scope = "6d1f0f5e-7a0c-4c52-9b43-2f6a86a1c7d4";
 constexpr const char* vendorName = "Orbel";
 constexpr const char* menuName = "Band Equalizer";
 constexpr const char* eventName = "Band Equalization";
@@ -101,7 +98,7 @@ Blob properties() {
   list.add("mode", imageModes());
   list.add("enbl", Blob().cString("in (PSHOP_ImageMode, RGBMode, RGB48Mode, RGB96Mode)"));
   list.add("fici", filterCases());
-  list.add("hstm", Blob().int32(0).int32(eventClass).int32(eventId).int16(terminologyId).cString(scope));
+  list.add("hstm", Blob().int32(0).int32(eventClass).int32(filterEventId).int16(terminologyId).cString(filterScope));
   return list.finished();
 }
 
@@ -112,7 +109,7 @@ Blob terminology() {
   Blob blob;
   blob.int16(1).int8(1).int8(0).int16(english).int16(roman);
   blob.int16(1).pascalString(vendorName).pascalString(none).int32(eventClass).int16(1).int16(1);
-  blob.int16(1).pascalString(eventName).pascalString(none).int32(eventClass).int32(eventId);
+  blob.int16(1).pascalString(eventName).pascalString(none).int32(eventClass).int32(filterEventId);
   blob.int32(typeNull).pascalString(none).int16(0);
   blob.int32(typeNull).pascalString(none).int16(0);
   blob.int16(scriptKeyCount);

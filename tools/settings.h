@@ -1,17 +1,33 @@
-// The plug-in's settings as people write them: its 24 four-character keys, and lists of one value a band.
+// The plug-in's settings: its 24 four-character keys, and the words by which people know them.
 #pragma once
 
+#include <array>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "host/script_keys.h"
 #include "script_descriptor.h"
+#include "text_values.h"
 
-// A setting that can't be understood; what() names the option and the value.
-struct SettingsError : std::runtime_error {
-  using std::runtime_error::runtime_error;
+// A setting with a value for each band ("contrast": CON1 to CON5), or one for the whole picture ("factor": FCTR). The
+// words are those of the command line and of settings files alike.
+struct SettingWord {
+  const char* word;
+  const char* key;  // the first three characters of a band's keys, or the whole key
+  ScriptKind kind;
 };
+inline constexpr SettingWord bandWords[] = {{"contrast", "CON", ScriptKind::Float},
+                                            {"radius", "RAD", ScriptKind::Float},
+                                            {"threshold", "THR", ScriptKind::Float},
+                                            {"edges", "EDG", ScriptKind::Flag}};
+inline constexpr SettingWord pictureWords[] = {{"factor", "FCTR", ScriptKind::Float},
+                                               {"half", "HALF", ScriptKind::Flag},
+                                               {"luminance", "LUMI", ScriptKind::Flag},
+                                               {"cross", "WDTH", ScriptKind::Integer}};
+
+// The four characters of a key.
+std::string nameOf(DescriptorKeyID code);
 
 // The keys that were given a value; the plug-in's own defaults hold for the others. WDTH alone starts out with 0: the
 // plug-in would draw its overlay.
@@ -19,9 +35,11 @@ class Settings {
  public:
   Settings();
 
-  // One key, from text. Throws SettingsError when there is no such key or the text is no value of its type: a finite
-  // number, an integer of 32 bits, or one of on, off, true, false, yes, no, 1, 0.
+  // One key, from text. Throws SettingsError when there is no such key or the text is no value of its type.
   void set(const std::string& option, const std::string& key, const std::string& value);
+
+  // One key, from a number that suits its type. For keys that there are.
+  void setNumber(const std::string& key, double value);
 
   // "KEY=VALUE"
   void setPair(const std::string& option, const std::string& pair);
@@ -30,12 +48,16 @@ class Settings {
   // one value for all.
   void setBands(const std::string& option, const std::string& family, const std::string& values);
 
+  // "N:WORD=VALUE,...": some of one band's values, by the words of bandWords.
+  void setBand(const std::string& option, const std::string& text);
+
   // What the plug-in runs with: the value that was given, or the plug-in's default. For keys that there are.
   double value(const std::string& key) const;
 
-  // In the order of the plug-in's record.
+  // In the order of the plug-in's record: the keys that were given a value, or all of them.
   std::vector<ScriptValue> script() const;
+  std::vector<ScriptValue> wholeScript() const;
 
  private:
-  std::vector<std::optional<double>> values_;  // one a key
+  std::array<std::optional<double>, scriptKeyCount> values_;  // one a key
 };

@@ -1,37 +1,38 @@
-// The settings as options of a command line.
+// The options that settings are given by, shared by all commands that run the plug-in or speak of its settings.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "settings.h"
+#include "settings_choice.h"
 
-// As typed; lists and values are still text.
+namespace CLI {
+class App;
+}
+
+// The options as they were typed; lists and values are still text.
 struct SettingsArguments {
+  std::optional<std::string> preset;
   std::optional<std::string> contrast;
   std::optional<std::string> radius;
   std::optional<std::string> threshold;
-  std::optional<std::string> edge;
-  std::optional<std::string> factor;
-  std::optional<std::string> cross;
+  std::optional<std::string> edges;
+  std::vector<std::string> bands;
   std::vector<std::string> pairs;
-  bool half = false;
-  bool luminance = false;
-  bool planes = false;
-};
-
-struct SettingsChoice {
-  Settings settings;
-  double mix = 100;
+  std::optional<std::string> factor;
+  std::optional<bool> half;
+  std::optional<bool> luminance;
+  std::optional<std::string> cross;
+  std::optional<std::string> mix;
   std::optional<std::string> mask;
-  std::optional<int> refEdge;
+  std::optional<std::string> refEdge;
   bool printSettings = false;
 };
 
-// Registers all settings in groups of the command's help.
+// Registers all of them with the command, in groups by purpose. The arguments must outlive the parse.
 void addSettingsOptions(CLI::App& command, SettingsArguments& arguments);
 
-// Throws SettingsError.
+// What the arguments ask for. Each of these wins over those before it: what is built in, the preset, lists and options
+// for the whole picture, options for one band, keys. Throws SettingsError, which names the option or the file.
 SettingsChoice chooseSettings(const SettingsArguments& arguments);

@@ -1,4 +1,5 @@
-// The 24 script keys: the one place where a key's code, kind, place in the stored record and default are written down.
+// The 24 script keys: the one place where a key's code, kind, place in the stored record and default are written down,
+// and by what name actions play the filter.
 // The descriptor reader and writer, the default fill and the terminology resource all work from this table.
 #pragma once
 
@@ -6,6 +7,11 @@
 #include <iterator>
 
 #include "host/host_interface.h"
+
+// What a recorded action calls the filter: the event of its terminology, in a scope of its own that keeps event and keys
+// apart from every other filter's.
+inline constexpr OSType filterEventId = fourCharacters("obEq");
+inline constexpr const char* filterScope = "6d1f0f5e-7a0c-4c52-9b43-2f6a86a1c7d4";
 
 enum class ScriptKind { Float, Flag, Integer };  // double, one byte, int32 in the record
 
