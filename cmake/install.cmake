@@ -1,0 +1,66 @@
+# What cmake --install puts where, by component, and the Debian packages that cpack -G DEB makes of it:
+# orbel: the program, its presets and the plug-in module; libband-equalizer-dev: the static library for other programs.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(ORBEL_MODULE_DESTINATION ${CMAKE_INSTALL_LIBDIR}/orbel)
+set(ORBEL_PRESETS_DESTINATION ${CMAKE_INSTALL_DATADIR}/orbel/presets)
+
+# After all targets are there: a function, because the destinations above are needed before.
+function(orbel_install)
+  install(TARGETS orbel RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT orbel)
+  install(DIRECTORY tools/presets/ DESTINATION ${ORBEL_PRESETS_DESTINATION} COMPONENT orbel FILES_MATCHING PATTERN *.toml)
+  install(TARGETS OrbelBandEqualizer LIBRARY DESTINATION ${ORBEL_MODULE_DESTINATION} COMPONENT module)
+
+  set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/band_equalizer)
+  install(TARGETS band_equalizer EXPORT band_equalizer
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/band_equalizer COMPONENT dev)
+  install(EXPORT band_equalizer FILE band_equalizerTargets.cmake NAMESPACE band_equalizer::
+    DESTINATION ${config_folder} COMPONENT dev)
+  configure_package_config_file(cmake/band_equalizerConfig.cmake.in band_equalizerConfig.cmake
+    INSTALL_DESTINATION ${config_folder})
+  write_basic_package_version_file(band_equalizerConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/band_equalizerConfig.cmake
+    ${CMAKE_CURRENT_BINARY_DIR}/band_equalizerConfigVersion.cmake DESTINATION ${config_folder} COMPONENT dev)
+
+  # Relative, so that the files may be moved as a whole.
+  set(pkgconfig_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  file(RELATIVE_PATH prefix_from_pkgconfig /${pkgconfig_folder} /)
+  configure_file(cmake/band_equalizer.pc.in band_equalizer.pc @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/band_equalizer.pc DESTINATION ${pkgconfig_folder} COMPONENT dev)
+
+  install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/orbel RENAME copyright COMPONENT orbel)
+  install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libband-equalizer-dev RENAME copyright COMPONENT dev)
+endfunction()
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_CONTACT "Orbel Band Equalizer maintainers <orbel@localhost>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_COMPONENTS_ALL orbel module dev)
+set(CPACK_COMPONENT_ORBEL_GROUP orbel)
+set(CPACK_COMPONENT_MODULE_GROUP orbel)
+set(CPACK_COMPONENT_DEV_GROUP dev)
+set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_ORBEL_PACKAGE_NAME orbel)
+set(CPACK_DEBIAN_ORBEL_PACKAGE_SECTION graphics)
+set(CPACK_DEBIAN_ORBEL_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_ORBEL_PACKAGE_RECOMMENDS libimage-exiftool-perl)
+set(CPACK_DEBIAN_ORBEL_DESCRIPTION
+  "equalizer for the detail in photographs\n"
+  "Takes pictures apart into five bands of detail and a residual, weighs each, and\n"
+  "puts them together again: one file or thousands, with presets.")
+string(JOIN "" CPACK_DEBIAN_ORBEL_DESCRIPTION ${CPACK_DEBIAN_ORBEL_DESCRIPTION})
+set(CPACK_DEBIAN_DEV_PACKAGE_NAME libband-equalizer-dev)
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS libgomp1)
+set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS g++)
+set(CPACK_DEBIAN_DEV_DESCRIPTION
+  "equalizer for the detail in photographs: static library\n"
+  "The band equalizer and its image toolkit for other programs, with files for CMake\n"
+  "and pkg-config.")
+string(JOIN "" CPACK_DEBIAN_DEV_DESCRIPTION ${CPACK_DEBIAN_DEV_DESCRIPTION})
+include(CPack)
