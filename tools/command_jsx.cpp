@@ -17,7 +17,9 @@ struct JsxArguments {
 };
 
 void writeScript(const JsxArguments& arguments) {
-  const std::string script = photoshopScript(chooseSettings(arguments.settings));
+  const SettingsChoice choice = chooseSettings(arguments.settings);
+  if (printIfAsked(choice)) return;
+  const std::string script = photoshopScript(choice);
   if (arguments.output) {
     writeTextFile(*arguments.output, script, arguments.force);
   } else {

@@ -64,7 +64,9 @@ void show(const PresetsArguments& arguments) {
 }
 
 void save(const PresetsArguments& arguments) {
-  const std::string text = settingsText(chooseSettings(arguments.settings), arguments.description);
+  const SettingsChoice choice = chooseSettings(arguments.settings);
+  if (printIfAsked(choice)) return;
+  const std::string text = settingsText(choice, arguments.description);
   const std::string file = ownPresetFile(arguments.name);
   fs::create_directories(fs::path(file).parent_path());
   writeTextFile(file, text, arguments.force);

@@ -12,6 +12,7 @@ enum ExitCode { exitGood = 0, exitFileFailed = 1, exitUsage = 2, exitNoPlugin = 
 using AddCommand = void (*)(CLI::App& program, ExitCode& outcome);
 
 void addApplyCommand(CLI::App& program, ExitCode& outcome);
+void addBandsCommand(CLI::App& program, ExitCode& outcome);
 void addJsxCommand(CLI::App& program, ExitCode& outcome);
 void addKeysCommand(CLI::App& program, ExitCode& outcome);
 void addPresetsCommand(CLI::App& program, ExitCode& outcome);

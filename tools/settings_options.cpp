@@ -1,6 +1,7 @@
 #include "settings_options.h"
 
 #include <CLI/CLI.hpp>
+#include <iostream>
 
 #include "presets.h"
 #include "settings_file.h"
@@ -96,4 +97,9 @@ SettingsChoice chooseSettings(const SettingsArguments& a) {
   for (const std::string& pair : a.pairs) settings.setPair("--set", pair);
   choice.printSettings = a.printSettings;
   return choice;
+}
+
+bool printIfAsked(const SettingsChoice& choice) {
+  if (choice.printSettings) std::cout << settingsText(choice, "");
+  return choice.printSettings;
 }

@@ -36,3 +36,6 @@ void addSettingsOptions(CLI::App& command, SettingsArguments& arguments);
 // What the arguments ask for. Each of these wins over those before it: what is built in, the preset, lists and options
 // for the whole picture, options for one band, keys. Throws SettingsError, which names the option or the file.
 SettingsChoice chooseSettings(const SettingsArguments& arguments);
+
+// With --print-settings: prints the choice to standard output, as a settings file, and returns true.
+bool printIfAsked(const SettingsChoice& choice);

@@ -1,0 +1,52 @@
+#!/usr/bin/env bash
+# scripts/try_packages.sh [BUILD]: makes the Debian packages of a finished build (build/release), installs them on a bare
+# Debian system that debootstrap makes in a temporary folder, and uses them there. Needs root and a Debian mirror, and
+# some 1.5 GB.
+set -eu
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=${1:-$root/build/release}
+bare=$(mktemp -d /var/tmp/orbel-bare-XXXXXX)
+leave() {
+  if mountpoint -q "$bare/proc"; then umount "$bare/proc"; fi
+  rm -rf --one-file-system "$bare"
+}
+trap leave EXIT
+
+inside() { chroot "$bare" env DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8 "$@"; }
+install() { inside apt-get install -q -y --no-install-recommends "$@" >"$bare/tmp/log" || { cat "$bare/tmp/log"; exit 1; }; }
+
+(cd "$build" && cpack -G DEB >/dev/null)
+debootstrap --variant=minbase bookworm "$bare" >"$bare.log" && rm "$bare.log"
+mount -t proc proc "$bare/proc"  # orbel finds its module by it
+inside apt-get update -q >/dev/null
+mkdir "$bare/tmp/try"
+cp "$build"/orbel_*.deb "$bare/tmp/try/orbel.deb"
+cp "$build"/libband-equalizer-dev_*.deb "$bare/tmp/try/dev.deb"
+cp "$root/examples/chelsea.png" "$bare/tmp/try"
+cp -r "$root/tests/packaging" "$bare/tmp/try"
+
+echo "== orbel, with its dependencies alone"
+install /tmp/try/orbel.deb
+inside orbel --version
+inside orbel presets list
+inside orbel apply /tmp/try/chelsea.png -o /tmp/try/out.png -p clarity
+inside orbel bands /tmp/try/chelsea.png -o /tmp/try/bands
+
+echo "== libband-equalizer-dev, by CMake and by pkg-config"
+install /tmp/try/dev.deb g++ cmake make pkg-config
+inside sh -ec '
+  cd /tmp/try
+  cmake -S packaging -B found >/dev/null
+  cmake --build found >/dev/null
+  found/uses_band_equalizer
+  g++ -std=c++17 packaging/uses_band_equalizer.cpp $(pkg-config --cflags --libs band_equalizer) -o by_pkg_config
+  ./by_pkg_config
+  ldd by_pkg_config'
+
+echo "== and away again"
+inside apt-get purge -q -y orbel libband-equalizer-dev >/dev/null
+if inside find /usr -iname '*orbel*' -o -iname '*band*equalizer*' | grep .; then
+  echo "left behind"
+  exit 1
+fi
+echo "good"
