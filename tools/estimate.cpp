@@ -19,10 +19,10 @@ constexpr std::int64_t largestBlock = 0x7FFFFFFF;
 
 // What the plug-in has in memory at most, in bytes a pixel: its float image, and the equalizer's own, which is less
 // when one plane is worked on.
-constexpr double moduleBytesOnLuminance = 40;
-constexpr double moduleBytesOnPlanes = 40;
+constexpr double moduleBytesOnLuminance = 32;
+constexpr double moduleBytesOnPlanes = 25;
 // A process that has loaded the libraries and the module, and read and written a small picture.
-constexpr double processBytes = 80e6;
+constexpr double processBytes = 62e6;
 
 // One tap of the edge-preserving filter on one core: between AVX-512 (0.13) and SSE2 (0.36) on an AMD EPYC, as measured
 // by the benchmark `bilateral`. A Gaussian's took 0.04, but it has too few to matter.
