@@ -13,6 +13,7 @@
 
 #include "batch.h"
 #include "commands.h"
+#include "finish.h"
 #include "inputs.h"
 #include "machine.h"
 #include "module.h"
@@ -190,9 +191,13 @@ void shareOutMachine(ApplyArguments& a) {
 }
 
 ExitCode apply(ApplyArguments& a) {
+  a.work.choice = chooseSettings(a.settings);
+  if (printIfAsked(a.work.choice)) return exitGood;
   takePlainForm(a);
   shareOutMachine(a);
-  a.work.choice = chooseSettings(a.settings);
+  if (isBlended(a.work.choice) && a.work.hostDepth.value_or(32) != 32) {
+    throw SettingsError("--mix and --mask blend floats: they go with --host-depth 32 alone");
+  }
   if (a.naming.extension) writableFormat(*a.naming.extension, "--ext " + *a.naming.extension);
   if (a.inputs.names.empty() && !a.inputs.list) throw SettingsError("no picture is named (orbel --help tells more)");
   a.work.samples = a.samples;

@@ -29,7 +29,7 @@ struct BandsArguments {
   SettingsArguments settings;
   std::optional<std::string> plugin;
   bool overwrite = false;
-  bool force = false;
+  double mostMinutes = 10;
   bool json = false;
   bool verbose = false;
 };
@@ -48,17 +48,15 @@ class BandFiles {
     for (const BandRun& run : runs) names_.push_back(inFolder(run.name + extension));
     names_.push_back(inFolder("contact-sheet.png"));
     for (const std::string& name : names_) {
-      if (!arguments.overwrite && fs::exists(fs::symlink_status(name))) {
-        throw Failure(name, "is there already; -f replaces it");
-      }
+      if (!arguments.overwrite) requireFree(name);
     }
     fs::create_directories(arguments.folder);
   }
 
   void writeNext(const VImage& picture) {
     const std::string& name = names_.at(written_++);
-    TargetFile target(name);
-    savePicture(picture, formatOf(name), target.descriptor(), name);
+    TargetFile target(name, arguments_.overwrite);
+    savePicture(picture, writableFormat(extensionOf(name), name), target.descriptor(), name);
     target.replace();
   }
 
@@ -91,17 +89,17 @@ void takeApart(const BandsArguments& arguments) {
   const SettingsChoice choice = chooseSettings(arguments.settings);
   if (printIfAsked(choice)) return;
   const ImageLibrary library("orbel", arguments.verbose);
-  removeTemporaryOnSignals();
+  removeTemporaryOnSignals(exitInterrupted);
   try {
     const VImage picture = colourOf(arguments.input);
     const int width = picture.width();
     const int height = picture.height();
     const std::vector<BandRun> runs = bandRuns(settingsFor(choice, width, height));
+    requireThatHostHolds(arguments.input, width, height);
     for (const BandRun& band : runs) {
       requireThatWindowsFit(arguments.input, band.settings, width, height);
-      if (!arguments.force) {
-        requireShortWork(arguments.input, band.settings, width, height, std::thread::hardware_concurrency());
-      }
+      requireShortWork(arguments.input, band.settings, width, height, std::thread::hardware_concurrency(),
+                       arguments.mostMinutes);
     }
     BandFiles files(arguments, runs, picture.format() == VIPS_FORMAT_FLOAT);
     run(arguments, runs, picture, files);
@@ -137,7 +135,15 @@ void addBandsCommand(CLI::App& program, ExitCode&) {
   command->add_flag("--json", a.json, "Print JSON");
   addSettingsOptions(*command, a.settings);
   const char* work = "Work";
-  command->add_option("--plugin", a.plugin, "Plug-in module to run")->group(work)->type_name("FILE");
+  command
+      ->add_option("--max-minutes", a.mostMinutes,
+                   "Refuse to work longer on one of them, by the estimate; 0: no limit (default 10)")
+      ->group(work)
+      ->type_name("N")
+      ->check(CLI::NonNegativeNumber.description(""));
+  command->add_option("--plugin", a.plugin, "Plug-in module to run (default: the one that comes with orbel)")
+      ->group(work)
+      ->type_name("FILE");
   command->add_flag("-v,--verbose", a.verbose, "Show the image library's warnings as well")->group("Messages");
   command->callback([arguments] { takeApart(*arguments); });
 }

@@ -33,6 +33,7 @@ struct RunShape {
   int readBytes = 0;     // a sample of the file that is read
   int writtenBytes = 0;  // and of the one that is written
   int documentBytes = 0;
+  bool blended = false;  // with the original, by a weight a pixel
 };
 
 // Bytes that a process of one run has in memory at most.

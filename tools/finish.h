@@ -25,5 +25,5 @@ bool isBlended(const SettingsChoice& choice);
 std::vector<float> weightsOf(const SettingsChoice& choice, const vips::VImage& picture);
 
 // result = original * (1 - weight) + result * weight, for documents of floats and one weight a pixel. Nothing clips; at
-// weights of 0 and 1 the samples are exactly the one's or the other's.
+// weights of 0 and 1 the samples are exactly the one's or the other's. Without weights the result stays as it is.
 void blend(const Document& original, const std::vector<float>& weights, Document& result);

@@ -3,18 +3,13 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <system_error>
 
 #include "failure.h"
 #include "target_file.h"
 
 void writeTextFile(const std::string& file, const std::string& text, bool replace) {
-  std::error_code ignored;
-  if (!replace && std::filesystem::exists(std::filesystem::symlink_status(file, ignored))) {
-    throw Failure(file, "is there already; -f replaces it");
-  }
-  TargetFile target(file);
+  TargetFile target(file, replace);
   for (std::size_t done = 0; done < text.size();) {
     const ssize_t count = write(target.descriptor(), text.data() + done, text.size() - done);
     if (count < 0) throw Failure(file, std::generic_category().message(errno));

@@ -6,8 +6,11 @@
 
 #include "estimate.h"
 #include "failure.h"
+#include "finish.h"
 #include "metadata.h"
+#include "settings_file.h"
 #include "target_file.h"
+#include "text_file.h"
 
 using vips::VImage;
 
@@ -17,19 +20,29 @@ namespace {
 // file's.
 int documentDepth(VipsBandFormat read, VipsBandFormat written, const WorkOptions& options) {
   if (options.hostDepth) return *options.hostDepth;
+  if (isBlended(options.choice)) return 32;
   const bool bytes = read == VIPS_FORMAT_UCHAR && written == VIPS_FORMAT_UCHAR;
   return bytes ? 8 : 32;
 }
+
+std::string recipeOf(const Job& job) { return job.output + ".toml"; }
 
 int bytesOf(VipsBandFormat format) { return static_cast<int>(vips_format_sizeof(format)); }
 
 void equalize(const Job& job, const WorkOptions& options, int depth, VipsBandFormat samples, VImage& picture) {
   Document document = documentOf(picture, depth);
+  Document original;
+  std::vector<float> weights;
+  if (isBlended(options.choice)) {
+    weights = weightsOf(options.choice, picture);
+    original = document;
+  }
   try {
-    runPlugin(options.entry, options.choice.settings.script(), document);
+    runPlugin(options.entry, settingsFor(options.choice, picture.width(), picture.height()).script(), document);
   } catch (const PluginRefusal& refusal) {
     throw Failure(job.input, refusal.what());
   }
+  blend(original, weights, document);
   picture = withSamples(picture, samples);
   putDocument(document, picture);
 }
@@ -42,6 +55,7 @@ void writeTo(TargetFile& target, const Job& job, const WorkOptions& options, con
   }
   if (options.keepsOriginal) keepOriginal(job.output);
   target.replace();
+  if (options.writesRecipe) writeTextFile(recipeOf(job), settingsText(options.choice, ""), job.overwrite);
 }
 
 }  // namespace
@@ -54,7 +68,10 @@ Outcome work(const Job& job, const WorkOptions& options, const std::function<voi
   outcome.notes = job.notes;
   const FileFormat& format = writableFormat(job.extension, job.output);
   requireThatFormatKnows(format, options.save, job.output);
-  if (job.output != pipeName && !job.overwrite) requireFree(job.output);
+  if (job.output != pipeName && !job.overwrite) {
+    requireFree(job.output);
+    if (options.writesRecipe) requireFree(recipeOf(job));
+  }
   const VImage opened = openPicture(job.input, outcome.notes);
   const VipsBandFormat samples = options.samples.value_or(opened.format());
   const int depth = documentDepth(opened.format(), samples, options);
@@ -62,14 +79,15 @@ Outcome work(const Job& job, const WorkOptions& options, const std::function<voi
   const int width = opened.width();
   const int height = opened.height();
   requireThatHostHolds(job.input, width, height);
-  requireThatWindowsFit(job.input, options.choice.settings, width, height);
-  requireShortWork(job.input, options.choice.settings, width, height, options.threads, options.mostMinutes);
+  const Settings settings = settingsFor(options.choice, width, height);
+  requireThatWindowsFit(job.input, settings, width, height);
+  requireShortWork(job.input, settings, width, height, options.threads, options.mostMinutes);
   outcome.width = width;
   outcome.height = height;
   outcome.bits = 8 * bytesOf(samples);
-  outcome.memory = memoryOf(
-      {width, height, opened.bands(), colourBands(opened), bytesOf(opened.format()), bytesOf(samples), depth / 8},
-      options.choice.settings);
+  outcome.memory = memoryOf({width, height, opened.bands(), colourBands(opened), bytesOf(opened.format()),
+                             bytesOf(samples), depth / 8, isBlended(options.choice)},
+                            settings);
   if (options.mostMemory > 0 && outcome.memory > options.mostMemory) {
     throw Failure(job.input, "needs about " + memoryText(outcome.memory) + " of memory, and " +
                                  memoryText(options.mostMemory) + " are to be had (--memory)");
