@@ -45,9 +45,8 @@ class FinishTest : public testing::Test {
 // White to the left of column `edge` and above row `edge`, else black.
 VImage corner(int width, int height, int edge, double white) {
   const VImage xy = VImage::xyz(width, height);
-  return ((xy[0] < edge) & (xy[1] < edge))
-      .ifthenelse(white, 0.0)
-      .cast(white > 255 ? VIPS_FORMAT_USHORT : VIPS_FORMAT_UCHAR);
+  const VImage corner = (xy[0] < edge) & (xy[1] < edge);  // 255 or 0
+  return (corner * (white / 255)).cast(white > 255 ? VIPS_FORMAT_USHORT : VIPS_FORMAT_UCHAR);
 }
 
 SettingsChoice masked(const std::string& file, double mix = 100) {
