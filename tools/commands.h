@@ -13,6 +13,10 @@ using AddCommand = void (*)(CLI::App& program, ExitCode& outcome);
 
 void addApplyCommand(CLI::App& program, ExitCode& outcome);
 void addBandsCommand(CLI::App& program, ExitCode& outcome);
+void addCompletionCommand(CLI::App& program, ExitCode& outcome);
+void addFormatsCommand(CLI::App& program, ExitCode& outcome);
+void addInfoCommand(CLI::App& program, ExitCode& outcome);
 void addJsxCommand(CLI::App& program, ExitCode& outcome);
 void addKeysCommand(CLI::App& program, ExitCode& outcome);
+void addManCommand(CLI::App& program, ExitCode& outcome);
 void addPresetsCommand(CLI::App& program, ExitCode& outcome);

@@ -1,0 +1,104 @@
+// orbel info: what pictures are, and what a run on them would need.
+
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <exception>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "commands.h"
+#include "estimate.h"
+#include "image_file.h"
+#include "metadata.h"
+#include "outcome.h"
+#include "settings.h"
+
+namespace {
+
+using nlohmann::json;
+
+struct InfoArguments {
+  std::vector<std::string> inputs;
+  bool json = false;
+};
+
+double memoryFor(const vips::VImage& picture) {
+  const int bytes = depthOf(picture) / 8;
+  const int documentBytes = bytes == 1 ? 1 : 4;
+  RunShape shape;
+  shape.width = picture.width();
+  shape.height = picture.height();
+  shape.bands = picture.bands();
+  shape.colours = colourBands(picture);
+  shape.readBytes = bytes;
+  shape.writtenBytes = bytes;
+  shape.documentBytes = documentBytes;
+  return memoryOf(shape, Settings());
+}
+
+json describe(const std::string& file) {
+  Notes notes;
+  const vips::VImage picture = openPicture(file, notes);
+  requireThatHostHolds(file, picture.width(), picture.height());
+  const Metadata metadata = metadataOf(picture);
+  const int orientation = vips_image_get_orientation(picture.get_image());
+  const std::string loader = picture.get_string(VIPS_META_LOADER);
+  return {{"file", file},
+          {"width", picture.width()},
+          {"height", picture.height()},
+          {"bits", depthOf(picture)},
+          {"colour", colourBands(picture) == 3},
+          {"alpha", hasAlpha(picture)},
+          {"orientation", orientation},
+          {"icc", metadata.icc},
+          {"exif", metadata.exif},
+          {"xmp", metadata.xmp},
+          {"iptc", metadata.iptc},
+          {"loader", loader.substr(0, loader.find("load"))},
+          {"memory", memoryFor(picture)},
+          {"notes", notes}};
+}
+
+std::string textOf(const json& info) {
+  std::string kept;
+  for (const char* kind : {"icc", "exif", "xmp", "iptc"}) {
+    if (info[kind]) kept += std::string(", ") + kind;
+  }
+  std::string text = fmt::format("{}: {} x {}, {} bits, {}{}{}; about {} to equalize",
+                                 printable(info["file"].get<std::string>()), info["width"].get<int>(),
+                                 info["height"].get<int>(), info["bits"].get<int>(), info["colour"] ? "RGB" : "grey",
+                                 info["alpha"] ? " with alpha" : "", kept, memoryText(info["memory"]));
+  for (const std::string note : info["notes"]) text += "; " + note;
+  return text;
+}
+
+ExitCode informAbout(const InfoArguments& arguments) {
+  const ImageLibrary library("orbel", false);
+  ExitCode code = exitGood;
+  for (const std::string& file : arguments.inputs) {
+    json info;
+    try {
+      info = describe(file);
+    } catch (const std::exception& error) {
+      code = exitFileFailed;
+      fmt::print(stderr, "orbel: {}\n", printable(error.what()));
+      info = {{"file", file}, {"reason", error.what()}};
+      if (!arguments.json) continue;
+    }
+    fmt::print("{}", arguments.json ? jsonLine(info) : textOf(info) + "\n");
+  }
+  return code;
+}
+
+}  // namespace
+
+void addInfoCommand(CLI::App& program, ExitCode& outcome) {
+  CLI::App* const command = program.add_subcommand("info", "Tell what pictures are, and the memory that a run takes");
+  const auto arguments = std::make_shared<InfoArguments>();
+  command->add_option("IN", arguments->inputs, "Pictures; - is the standard input")->required()->type_name("");
+  command->add_flag("--json", arguments->json, "Print JSON, an object a line");
+  command->callback([arguments, &outcome] { outcome = informAbout(*arguments); });
+}
