@@ -11,6 +11,7 @@ leave() {
   rm -rf --one-file-system "$bare"
 }
 trap leave EXIT
+chmod 755 "$bare"
 
 inside() { chroot "$bare" env DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8 "$@"; }
 install() { inside apt-get install -q -y --no-install-recommends "$@" >"$bare/tmp/log" || { cat "$bare/tmp/log"; exit 1; }; }
