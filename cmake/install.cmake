@@ -10,6 +10,12 @@ set(ORBEL_PRESETS_DESTINATION ${CMAKE_INSTALL_DATADIR}/orbel/presets)
 function(orbel_install)
   install(TARGETS orbel RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT orbel)
   install(DIRECTORY tools/presets/ DESTINATION ${ORBEL_PRESETS_DESTINATION} COMPONENT orbel FILES_MATCHING PATTERN *.toml)
+  install(FILES ${CMAKE_BINARY_DIR}/orbel.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT orbel)
+  install(FILES ${CMAKE_BINARY_DIR}/orbel.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+    RENAME orbel COMPONENT orbel)
+  install(FILES ${CMAKE_BINARY_DIR}/_orbel DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT orbel)
+  install(FILES ${CMAKE_BINARY_DIR}/orbel.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d
+    COMPONENT orbel)
   install(TARGETS OrbelBandEqualizer LIBRARY DESTINATION ${ORBEL_MODULE_DESTINATION} COMPONENT module)
 
   set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/band_equalizer)
