@@ -24,13 +24,14 @@ const std::vector<FileFormat>& fileFormats() {
   constexpr Metadata all{true, true, true, true};
   constexpr Metadata noIptc{true, true, true, false};
   constexpr Metadata noExif{true, false, true, false};
+  constexpr Metadata exifAndXmp{false, true, true, false};
   constexpr Metadata texts{false, true, true, true};
   static const std::vector<FileFormat> formats = {
-      {{"jpg", "jpeg", "jpe"}, "JPEG", "jpegsave_target", 95, 0, false, {bits8}, all, none},
+      {{"jpg", "jpeg", "jpe"}, "JPEG", "jpegsave_target", 95, 0, false, {bits8}, all, texts},
       {{"png"}, "PNG", "pngsave_target", 0, 0, true, {bits8, bits16}, noIptc, texts},
       {{"tif", "tiff"}, "TIFF", "tiffsave_target", 0, 0, true, {bits8, bits16, floats}, noExif, texts},
-      {{"webp"}, "WebP", "webpsave_target", 95, 0, true, {bits8}, noIptc, none},
-      {{"heic", "heif"}, "HEIF", "heifsave_target", 95, 0, true, {bits8}, noIptc, none},
+      {{"webp"}, "WebP", "webpsave_target", 95, 0, true, {bits8}, noIptc, exifAndXmp},
+      {{"heic", "heif"}, "HEIF", "heifsave_target", 95, 0, true, {bits8}, noIptc, exifAndXmp},
       {{"jp2"}, "JPEG 2000", "jp2ksave_target", 95, 0, true, {bits8, bits16}, none, texts},
       {{"ppm"}, "PPM", "ppmsave_target", 0, 3, false, {bits8, bits16}, none, none},
       {{"pgm"}, "PGM", "ppmsave_target", 0, 1, false, {bits8, bits16}, none, none},

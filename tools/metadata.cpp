@@ -46,10 +46,11 @@ bool mayHoldMore(const vips::VImage& picture) {
 enum class Repair { Done, Failed, NotInstalled };
 
 // The written file keeps its inode, which its writer has open.
-Repair runExiftool(const std::string& input, const std::string& written) {
+Repair runExiftool(const std::string& input, const std::string& written, bool lenient) {
   std::vector<std::string> words = {"exiftool", "-q", "-q", "-m", "-overwrite_original_in_place", "-tagsFromFile",
                                     // Absolute: a name may begin with a hyphen.
                                     fs::absolute(input).string(), "-all:all", fs::absolute(written).string()};
+  if (lenient) words.insert(words.begin() + 1, "-m");
   std::vector<char*> raw;
   for (std::string& word : words) raw.push_back(word.data());
   raw.push_back(nullptr);
@@ -67,6 +68,13 @@ Repair runExiftool(const std::string& input, const std::string& written) {
   return status == 0 ? Repair::Done : Repair::Failed;
 }
 
+// Small faults in the input stop exiftool at times, and at other times being lenient with them makes it skip EXIF (in
+// WebP files of the image library's, which have a header too many).
+Repair repair(const std::string& input, const std::string& written) {
+  const Repair strict = runExiftool(input, written, false);
+  return strict == Repair::Failed ? runExiftool(input, written, true) : strict;
+}
+
 }  // namespace
 
 Metadata metadataOf(const vips::VImage& picture) {
@@ -82,7 +90,7 @@ Notes completeMetadata(const std::string& input, const vips::VImage& picture, co
   const bool more = mayHoldMore(picture);
   Notes notes;
   if (input != pipeName && any(format.repaired) && (more || any(both(lost, format.repaired)))) {
-    switch (runExiftool(input, written)) {
+    switch (repair(input, written)) {
       case Repair::Done:
         lost = without(lost, format.repaired);
         break;
