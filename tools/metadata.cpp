@@ -47,7 +47,7 @@ enum class Repair { Done, Failed, NotInstalled };
 
 // The written file keeps its inode, which its writer has open.
 Repair runExiftool(const std::string& input, const std::string& written, bool lenient) {
-  std::vector<std::string> words = {"exiftool", "-q", "-q", "-m", "-overwrite_original_in_place", "-tagsFromFile",
+  std::vector<std::string> words = {"exiftool", "-q", "-q", "-overwrite_original_in_place", "-tagsFromFile",
                                     // Absolute: a name may begin with a hyphen.
                                     fs::absolute(input).string(), "-all:all", fs::absolute(written).string()};
   if (lenient) words.insert(words.begin() + 1, "-m");
