@@ -45,12 +45,16 @@ bool mayHoldMore(const vips::VImage& picture) {
 
 enum class Repair { Done, Failed, NotInstalled };
 
-// The written file keeps its inode, which its writer has open.
-Repair runExiftool(const std::string& input, const std::string& written, bool lenient) {
+// The written file keeps its inode, which its writer has open. What is present there already stays as it is: exiftool
+// would write it in its own way.
+Repair runExiftool(const std::string& input, const std::string& written, const Metadata& present, bool lenient) {
   std::vector<std::string> words = {"exiftool", "-q", "-q", "-overwrite_original_in_place", "-tagsFromFile",
                                     // Absolute: a name may begin with a hyphen.
                                     fs::absolute(input).string(), "-all:all", fs::absolute(written).string()};
   if (lenient) words.insert(words.begin() + 1, "-m");
+  if (present.exif) words.insert(words.end() - 1, "--EXIF:all");
+  if (present.xmp) words.insert(words.end() - 1, "--XMP:all");
+  if (present.iptc) words.insert(words.end() - 1, "--IPTC:all");
   std::vector<char*> raw;
   for (std::string& word : words) raw.push_back(word.data());
   raw.push_back(nullptr);
@@ -70,9 +74,9 @@ Repair runExiftool(const std::string& input, const std::string& written, bool le
 
 // Small faults in the input stop exiftool at times, and at other times being lenient with them makes it skip EXIF (in
 // WebP files of the image library's, which have a header too many).
-Repair repair(const std::string& input, const std::string& written) {
-  const Repair strict = runExiftool(input, written, false);
-  return strict == Repair::Failed ? runExiftool(input, written, true) : strict;
+Repair repair(const std::string& input, const std::string& written, const Metadata& present) {
+  const Repair strict = runExiftool(input, written, present, false);
+  return strict == Repair::Failed ? runExiftool(input, written, present, true) : strict;
 }
 
 }  // namespace
@@ -90,7 +94,7 @@ Notes completeMetadata(const std::string& input, const vips::VImage& picture, co
   const bool more = mayHoldMore(picture);
   Notes notes;
   if (input != pipeName && any(format.repaired) && (more || any(both(lost, format.repaired)))) {
-    switch (repair(input, written)) {
+    switch (repair(input, written, both(there, format.kept))) {
       case Repair::Done:
         lost = without(lost, format.repaired);
         break;

@@ -66,8 +66,8 @@ TEST(Estimate, RefusesHoursOfWorkAndSaysWhatTheyAreFor) {
       {"0,100,0,0,0", "on", 1, ""},  // a quarter of that
       {"0,0,100,0,0", "on", 1, ""},
       {"100,0,0,0,0", "on", 4, ""},
-      {"100,0,0,0,0", "on", 1, "about 32 minutes of work, most of it for --radius 100 in band 1; --force"},
-      {"1,1,400,1,1", "on", 1, "about 32 minutes of work, most of it for --radius 400 in band 3; --force"},
+      {"100,0,0,0,0", "on", 1, "about 32 minutes of work, most of it for --radius 100 in band 1; --max-minutes"},
+      {"1,1,400,1,1", "on", 1, "about 32 minutes of work, most of it for --radius 400 in band 3; --max-minutes"},
       {"400,0,0,0,0", "on", 1, "about 9 hours"},
       {"100,0,0,0,0", "off", 1, ""},
       {"1e300", "off", 2, "more than a thousand years of work, most of it for --radius 1e+300 in band 1"}};
@@ -75,7 +75,7 @@ TEST(Estimate, RefusesHoursOfWorkAndSaysWhatTheyAreFor) {
     Settings settings;
     settings.setBands("--radius", "RAD", work.radius);
     settings.setBands("--edge", "EDG", work.edge);
-    const std::string refusal = refusalOf([&] { requireShortWork("a.png", settings, 4000, 3000, work.cores); });
+    const std::string refusal = refusalOf([&] { requireShortWork("a.png", settings, 4000, 3000, work.cores, 10); });
     if (work.says.empty()) {
       EXPECT_EQ(refusal, "") << work.radius;
     } else {
@@ -114,6 +114,18 @@ TEST(Estimate, RefusesTheWindowsThatThePluginRefuses) {
       EXPECT_THROW(runPlugin(PluginMain, settings.script(), document), PluginRefusal);
     }
   }
+}
+
+// The largest squares and strips that a host's documents and the plug-in's block have room for.
+TEST(Estimate, RefusesWhatTheHostCannotHold) {
+  const auto refusal = [](int width, int height) {
+    return refusalOf([&] { requireThatHostHolds("a.png", width, height); });
+  };
+  EXPECT_EQ(refusal(32767, 5461), "");
+  EXPECT_EQ(refusal(13376, 13376), "");
+  EXPECT_NE(refusal(32768, 1).find("no side above 32767"), std::string::npos);
+  EXPECT_NE(refusal(1, 32768).find("no side above 32767"), std::string::npos);
+  EXPECT_NE(refusal(13377, 13377).find("2 GiB"), std::string::npos);
 }
 
 }  // namespace

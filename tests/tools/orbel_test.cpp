@@ -111,7 +111,7 @@ struct Kind {
   const char* extension;
   int bands;
   VipsBandFormat format;
-  double tolerance;  // 16-bit samples pass through half as many levels
+  double tolerance;
 };
 std::ostream& operator<<(std::ostream& out, const Kind& kind) {
   return out << kind.extension << ' ' << kind.bands << " bands, format " << kind.format;
@@ -141,7 +141,7 @@ TEST_P(Kinds, ShowTheirWhiteAndKeepTheirAlpha) {
   fs::rename(path(std::string("plain.") + extension), file);
   const VImage before = vips::VImage::new_from_source(vips::VSource::new_from_file(file.c_str()), "").copy_memory();
   const Outcome outcome =
-      run({file, file, "--set", "CON1=0", "--contrast", "1,0,0,0,0", "--factor", "0", "--half", "--planes"});
+      run({file, file, "-f", "--set", "CON1=0", "--contrast", "1,0,0,0,0", "--factor", "0", "--half", "--planes"});
   ASSERT_EQ(outcome.code(), 0) << outcome.errors;
   const VImage after = vips::VImage::new_from_source(vips::VSource::new_from_file(file.c_str()), "").copy_memory();
   const double middle = format == VIPS_FORMAT_UCHAR ? 128 : format == VIPS_FORMAT_USHORT ? 32768 : 0.5;
@@ -158,9 +158,9 @@ TEST_P(Kinds, ShowTheirWhiteAndKeepTheirAlpha) {
 INSTANTIATE_TEST_SUITE_P(Files, Kinds,
                          testing::Values(Kind{"png", 3, VIPS_FORMAT_UCHAR, 0}, Kind{"png", 1, VIPS_FORMAT_UCHAR, 0},
                                          Kind{"png", 4, VIPS_FORMAT_UCHAR, 0}, Kind{"tif", 2, VIPS_FORMAT_UCHAR, 0},
-                                         Kind{"ppm", 3, VIPS_FORMAT_UCHAR, 0}, Kind{"pgm", 1, VIPS_FORMAT_USHORT, 1},
-                                         Kind{"png", 4, VIPS_FORMAT_USHORT, 1}, Kind{"png", 1, VIPS_FORMAT_USHORT, 1},
-                                         Kind{"tif", 3, VIPS_FORMAT_USHORT, 1}, Kind{"tif", 3, VIPS_FORMAT_FLOAT, 1e-6},
+                                         Kind{"ppm", 3, VIPS_FORMAT_UCHAR, 0}, Kind{"pgm", 1, VIPS_FORMAT_USHORT, 0},
+                                         Kind{"png", 4, VIPS_FORMAT_USHORT, 0}, Kind{"png", 1, VIPS_FORMAT_USHORT, 0},
+                                         Kind{"tif", 3, VIPS_FORMAT_USHORT, 0}, Kind{"tif", 3, VIPS_FORMAT_FLOAT, 1e-6},
                                          Kind{"tif", 4, VIPS_FORMAT_FLOAT, 1e-6},
                                          Kind{"pfm", 1, VIPS_FORMAT_FLOAT, 1e-6}));
 
@@ -234,11 +234,6 @@ void shortenedJpeg(const std::string& in) {
   shortened(jpeg);
   fs::rename(jpeg, in);
 }
-void inked(const std::string& in) {
-  testPicture(4, VIPS_FORMAT_UCHAR)
-      .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_CMYK))
-      .tiffsave((in).c_str());
-}
 void manyChannels(const std::string& in) { testPicture(6, VIPS_FORMAT_UCHAR).tiffsave(in.c_str()); }
 void paged(const std::string& in) {
   const VImage picture = testPicture(3, VIPS_FORMAT_UCHAR).copy();
@@ -271,7 +266,7 @@ TEST_P(Troubles, LeaveTheTargetAsItWas) {
   getrlimit(RLIMIT_FSIZE, &old);
   const rlimit limit{std::min(trouble.fileLimit, old.rlim_max), old.rlim_max};
   setrlimit(RLIMIT_FSIZE, &limit);
-  const pid_t process = start({in, out});
+  const pid_t process = start({in, out, "-f"});
   setrlimit(RLIMIT_FSIZE, &old);
   const Outcome outcome = finish(process);
   EXPECT_EQ(outcome.code(), 1);
@@ -288,7 +283,6 @@ INSTANTIATE_TEST_SUITE_P(Files, Troubles,
                                          Trouble{"Text", text, "out.png", "in.png: "},
                                          Trouble{"Cut", shortened, "out.png", "in.png: "},
                                          Trouble{"CutJpeg", shortenedJpeg, "out.png", "in.png: "},
-                                         Trouble{"Inked", inked, "out.tif", "colour model (cmyk)"},
                                          Trouble{"Channels", manyChannels, "out.tif", "6 channels"},
                                          Trouble{"Paged", paged, "out.tif", "several pages"},
                                          Trouble{"Integers", integers, "out.tif", "sample type (int)"},
@@ -303,13 +297,9 @@ INSTANTIATE_TEST_SUITE_P(Files, Troubles,
 
 TEST_F(Orbel, NamesTheTargetThatCannotBeWritten) {
   good(path("in.png"));
-  fs::create_directory(path("folder.png"));
-  for (const char* target : {"folder.png", "nowhere/out.png"}) {
-    const Outcome outcome = run({path("in.png"), path(target)});
-    EXPECT_EQ(outcome.code(), 1);
-    EXPECT_EQ(outcome.errors.rfind("orbel: " + path(target) + ": ", 0), 0U) << outcome.errors;
-  }
-  EXPECT_FALSE(temporaryIsThere());
+  const Outcome outcome = run({path("in.png"), path("nowhere/out.png")});
+  EXPECT_EQ(outcome.code(), 1);
+  EXPECT_EQ(outcome.errors.rfind("orbel: " + path("nowhere/out.png") + ": ", 0), 0U) << outcome.errors;
 }
 
 TEST_F(Orbel, KeepsPermissionsAndFollowsLinks) {
@@ -317,7 +307,7 @@ TEST_F(Orbel, KeepsPermissionsAndFollowsLinks) {
   fs::create_symlink("real.png", path("link.png"));
   chmod(path("real.png").c_str(), 0604);
   const std::string before = contentOf(path("real.png"));
-  const Outcome outcome = run({path("link.png"), path("link.png"), "--contrast", "300"});
+  const Outcome outcome = run({path("link.png"), path("link.png"), "-f", "--contrast", "300"});
   ASSERT_EQ(outcome.code(), 0) << outcome.errors;
   EXPECT_TRUE(fs::is_symlink(path("link.png")));
   EXPECT_NE(contentOf(path("real.png")), before);
@@ -333,14 +323,15 @@ TEST_F(Orbel, LeavesNothingBehindWhenItIsStopped) {
   ASSERT_TRUE(temporaryIsThere());
   kill(process, SIGTERM);
   const Outcome outcome = finish(process);
-  EXPECT_TRUE(WIFSIGNALED(outcome.status) && WTERMSIG(outcome.status) == SIGTERM);
+  EXPECT_EQ(outcome.code(), 130);
+  EXPECT_EQ(outcome.errors, "orbel: " + path("in.png") + ": interrupted\n");
   EXPECT_FALSE(temporaryIsThere());
   EXPECT_FALSE(fs::exists(path("out.png")));
 }
 
 TEST_F(Orbel, NamesTheOptionAndTheValueThatItDoesNotUnderstand) {
   const std::vector<std::vector<std::string>> wrong = {
-      {"--contrast", "1,2"}, {"--radius", "1,2,3,4,x"}, {"--threshold", ""}, {"--edge", "maybe"},
+      {"--contrast", "1,2"}, {"--radius", "1,2,3,4,x"}, {"--threshold", ""}, {"--edges", "maybe"},
       {"--factor", "inf"},   {"--cross", "1.5"},        {"--set", "CON6=1"}, {"--set", "CON1"},
       {"--set", "HALF=2"},   {"--set", "WDTH=3e9"}};
   for (const auto& option : wrong) {
@@ -352,7 +343,7 @@ TEST_F(Orbel, NamesTheOptionAndTheValueThatItDoesNotUnderstand) {
 }
 
 // 3 * 4001 * 4001 taps on 8 megapixels and more: hours, on up to 200 cores.
-TEST_F(Orbel, RefusesHoursOfWorkUnlessForced) {
+TEST_F(Orbel, RefusesHoursOfWorkUnlessTheyAreAskedFor) {
   testPicture(1, VIPS_FORMAT_UCHAR).replicate(16, 8).write_to_file(path("in.png").c_str());
   std::vector<std::string> arguments = {path("in.png"), path("out.png"), "--radius", "500", "--edge", "on", "--planes"};
   const Outcome refused = run(arguments);
@@ -361,7 +352,7 @@ TEST_F(Orbel, RefusesHoursOfWorkUnlessForced) {
       << refused.errors;
   EXPECT_FALSE(fs::exists(path("out.png")));
 
-  arguments.emplace_back("--force");
+  arguments.insert(arguments.end(), {"--max-minutes", "0"});
   const pid_t process = start(arguments);
   for (int i = 0; i < 6000 && !temporaryIsThere(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(5));
   EXPECT_TRUE(temporaryIsThere()) << "the work has not begun";
@@ -371,7 +362,7 @@ TEST_F(Orbel, RefusesHoursOfWorkUnlessForced) {
 
 TEST_F(Orbel, NamesTheRadiusThatNoRunHasRoomFor) {
   good(path("in.png"));
-  const Outcome outcome = run({path("in.png"), path("out.png"), "--radius", "9000", "--force"});
+  const Outcome outcome = run({path("in.png"), path("out.png"), "--radius", "9000"});
   EXPECT_EQ(outcome.code(), 1);
   // 65535 - 128 samples in band 2, half of them on either side, four times the radius.
   EXPECT_EQ(outcome.errors, "orbel: " + path("in.png") +
@@ -403,7 +394,7 @@ TEST_F(Orbel, RunsThePluginThatItIsGiven) {
     const std::string file = path(std::string(module.name) + ".so");
     module.prepare(file);
     const Outcome outcome = run({path("in.png"), path("out.png"), "--plugin", file});
-    EXPECT_EQ(outcome.code(), module.says == nullptr ? 0 : 1) << module.name;
+    EXPECT_EQ(outcome.code(), module.says == nullptr ? 0 : 3) << module.name;
     const std::string line = module.says == nullptr ? "" : "orbel: " + file + ": " + module.says;
     EXPECT_EQ(outcome.errors.substr(0, line.size()), line) << module.name;
     EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), line.empty() ? 0 : 1) << outcome.errors;
@@ -417,7 +408,7 @@ TEST_F(Orbel, RunsThePluginBesideIt) {
   program_ = path("orbel");
   fs::copy_file(ORBEL_PROGRAM, program_);
   const Outcome alone = run({path("in.png"), path("out.png")});
-  EXPECT_EQ(alone.code(), 1);
+  EXPECT_EQ(alone.code(), 3);
   EXPECT_EQ(alone.errors.rfind("orbel: " + path("OrbelBandEqualizer.so") + ": can't load", 0), 0U) << alone.errors;
   fs::copy_file(ORBEL_MODULE, path("OrbelBandEqualizer.so"));
   fs::create_symlink(program_, path("link"));
