@@ -85,6 +85,14 @@ std::string objection(const VImage& picture) {
   return {};
 }
 
+// The library counts IPTC in TIFF files in bytes where they count in words: it reads a part and writes a broken block.
+void dropIptc(VImage& picture) {
+  if (picture.get_typeof(VIPS_META_IPTC_NAME) == 0) return;
+  picture = picture.copy();
+  picture.remove(VIPS_META_IPTC_NAME);
+  picture.set(droppedIptc, 1);
+}
+
 // The library's WebP loader leaves the resolution in the EXIF block, and its saver writes the picture's own there.
 void takeResolutionFromExif(VImage& picture) {
   const auto field = [&](const char* name) {
@@ -207,9 +215,10 @@ void requireFileWithContent(const std::string& name) {
   if (file.st_size == 0) throw Failure(name, "the file is empty");
 }
 
-void encode(const VImage& picture, const FileFormat& format, const vips::VTarget& target, const std::string& name,
+void encode(VImage picture, const FileFormat& format, const vips::VTarget& target, const std::string& name,
             const SaveOptions& choice) {
   try {
+    if (!format.kept.iptc) dropIptc(picture);
     VOption* options = VImage::option()->set("in", picture)->set("target", target);
     if (format.quality != 0) options->set("Q", choice.quality.value_or(format.quality));
     if (choice.compression) setCompression(format, *choice.compression, options);
@@ -253,7 +262,9 @@ VImage openPicture(const std::string& name, Notes& notes) {
       if (!converted.empty()) notes.push_back(converted);
     }
     if (const std::string reason = objection(opened); !reason.empty()) throw Failure(name, reason);
-    if (std::strncmp(opened.get_string(VIPS_META_LOADER), "webp", 4) == 0) takeResolutionFromExif(opened);
+    const std::string loader = opened.get_string(VIPS_META_LOADER);
+    if (loader.rfind("webp", 0) == 0) takeResolutionFromExif(opened);
+    if (loader.rfind("tiff", 0) == 0) dropIptc(opened);
     return opened;
   } catch (const VError&) {
     throw Failure(name, lastError());

@@ -22,6 +22,9 @@ class ImageLibrary {
 // The standard input or output in the place of a file.
 inline const std::string pipeName = "-";
 
+// A field of pictures whose file holds IPTC that the library can't read.
+inline constexpr const char* droppedIptc = "orbel-dropped-iptc";
+
 using Notes = std::vector<std::string>;
 
 // A picture whose header has been read; its samples are decoded when it is written somewhere, once. Colour is three

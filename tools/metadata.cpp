@@ -54,7 +54,6 @@ Repair runExiftool(const std::string& input, const std::string& written, const M
   if (lenient) words.insert(words.begin() + 1, "-m");
   if (present.exif) words.insert(words.end() - 1, "--EXIF:all");
   if (present.xmp) words.insert(words.end() - 1, "--XMP:all");
-  if (present.iptc) words.insert(words.end() - 1, "--IPTC:all");
   std::vector<char*> raw;
   for (std::string& word : words) raw.push_back(word.data());
   raw.push_back(nullptr);
@@ -84,7 +83,7 @@ Repair repair(const std::string& input, const std::string& written, const Metada
 Metadata metadataOf(const vips::VImage& picture) {
   const auto has = [&](const char* name) { return picture.get_typeof(name) != 0; };
   return {has(VIPS_META_ICC_NAME), has(VIPS_META_EXIF_NAME) || has("exif-ifd0-Make"), has(VIPS_META_XMP_NAME),
-          has(VIPS_META_IPTC_NAME)};
+          has(VIPS_META_IPTC_NAME) || has(droppedIptc)};
 }
 
 Notes completeMetadata(const std::string& input, const vips::VImage& picture, const std::string& written,

@@ -30,6 +30,15 @@ Target targetOf(const NamingArguments& a, bool several) {
 
 std::string withoutExtension(const std::string& name) { return fs::path(name).replace_extension().string(); }
 
+constexpr const char* resultSuffix = "_orbel";
+
+// Of an earlier run beside its input: not to be done again when a folder is.
+bool isResult(const std::string& file) {
+  const std::string stem = fs::path(file).stem().string();
+  const std::string suffix = resultSuffix;
+  return stem.size() > suffix.size() && stem.compare(stem.size() - suffix.size(), suffix.size(), suffix) == 0;
+}
+
 std::string filled(std::string pattern, const std::string& name) {
   for (std::size_t at = 0; (at = pattern.find("%s", at)) != std::string::npos; at += name.size()) {
     pattern.replace(at, 2, name);
@@ -62,7 +71,7 @@ Job jobFor(const Input& input, const NamingArguments& a, Target target) {
       job.output = input.file;
       break;
     case Target::Beside:
-      job.output = withoutExtension(input.file) + "_orbel" + suffixFor(input, a, job);
+      job.output = withoutExtension(input.file) + resultSuffix + suffixFor(input, a, job);
       break;
     case Target::Folder:
       job.output = (fs::path(output) / withoutExtension(input.below)).string() + suffixFor(input, a, job);
@@ -113,6 +122,10 @@ Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {
       throw SettingsError("the standard input is read alone, and needs -o; -o - needs --ext");
     }
     Job job = jobFor(input, a, target);
+    if (target == Target::Beside && recursive && isResult(input.file)) {
+      plan.settled.push_back(settled(job, Outcome::Status::Skipped, input.file + ": is a result itself"));
+      continue;
+    }
     const std::string self = fs::absolute(job.output).lexically_normal().string();
     if (const auto [other, isNew] = writers.emplace(self, input.file); !isNew && job.output != pipeName) {
       const std::string reason = job.input + ": " + job.output + " is already the output of " + other->second;

@@ -1,111 +1,19 @@
 // Runs the built program on files, as people do, and looks at what it leaves behind.
 
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <spawn.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <csignal>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <string>
 #include <thread>
-#include <vector>
-#include <vips/vips8>
 
-extern char** environ;
+#include "orbel_run.h"
 
 namespace {
-
-namespace fs = std::filesystem;
-using vips::VImage;
-
-struct Outcome {
-  int status = 0;  // as of waitpid
-  std::string errors;
-  int code() const { return WIFEXITED(status) ? WEXITSTATUS(status) : -1; }
-};
-
-std::string contentOf(const fs::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-class Orbel : public testing::Test {
- protected:
-  static void SetUpTestSuite() {
-    VIPS_INIT("orbel_test");
-    vips_cache_set_max(0);
-  }
-  void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "orbel-test-XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
-  }
-  void TearDown() override { fs::remove_all(folder_); }
-
-  std::string path(const std::string& name) const { return (folder_ / name).string(); }
-
-  pid_t start(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), program_);
-    std::vector<char*> raw;
-    for (std::string& argument : arguments) raw.push_back(argument.data());
-    raw.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 2, path("errors").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    pid_t process = -1;
-    EXPECT_EQ(posix_spawn(&process, program_.c_str(), &actions, nullptr, raw.data(), environ), 0);
-    posix_spawn_file_actions_destroy(&actions);
-    return process;
-  }
-  Outcome finish(pid_t process) const {
-    Outcome outcome;
-    waitpid(process, &outcome.status, 0);
-    outcome.errors = contentOf(path("errors"));
-    return outcome;
-  }
-  Outcome run(const std::vector<std::string>& arguments) const { return finish(start(arguments)); }
-
-  bool temporaryIsThere() const {
-    return std::any_of(fs::directory_iterator(folder_), {}, [](const fs::directory_entry& entry) {
-      return entry.path().filename().string().rfind(".orbel-", 0) == 0;
-    });
-  }
-
-  fs::path folder_;
-  std::string program_ = ORBEL_PROGRAM;
-};
-
-// 256 x 256 samples that take every value of 16 bits, each band in another order; the same scaled for other formats.
-VImage testPicture(int bands, VipsBandFormat format) {
-  std::vector<VImage> planes;
-  const VImage xy = VImage::xyz(256, 256);
-  for (int band = 0; band < bands; ++band) {
-    const VImage value = band % 2 == 0 ? xy[0] * 256 + xy[1] : (65535 - xy[0] * 256) - xy[1];
-    planes.push_back(format == VIPS_FORMAT_USHORT  ? value
-                     : format == VIPS_FORMAT_UCHAR ? (value / 256).floor()
-                                                   : value / 65535 * 1.25 - 0.125);
-  }
-  const bool grey = bands < 3;
-  const VipsInterpretation model =
-      format == VIPS_FORMAT_UCHAR    ? (grey ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB)
-      : format == VIPS_FORMAT_USHORT ? (grey ? VIPS_INTERPRETATION_GREY16 : VIPS_INTERPRETATION_RGB16)
-                                     : (grey ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_scRGB);
-  return VImage::bandjoin(planes).cast(format).copy(VImage::option()->set("interpretation", model));
-}
-
-VImage load(const std::string& name) { return VImage::new_from_file(name.c_str()); }
-
-double difference(const VImage& a, const VImage& b) { return (a - b).abs().max(); }
 
 struct Kind {
   const char* extension;
@@ -123,7 +31,7 @@ TEST_P(Kinds, ComeBackAsTheyWereAtUnitGains) {
   const std::string in = path(std::string("in.") + extension);
   const std::string out = path(std::string("out.") + extension);
   testPicture(bands, format).write_to_file(in.c_str());
-  const Outcome outcome = run({in, out});
+  const Ending outcome = run({in, out});
   ASSERT_EQ(outcome.code(), 0) << outcome.errors;
   const VImage before = load(in);
   const VImage after = load(out);
@@ -140,7 +48,7 @@ TEST_P(Kinds, ShowTheirWhiteAndKeepTheirAlpha) {
   testPicture(bands, format).write_to_file(path(std::string("plain.") + extension).c_str());
   fs::rename(path(std::string("plain.") + extension), file);
   const VImage before = vips::VImage::new_from_source(vips::VSource::new_from_file(file.c_str()), "").copy_memory();
-  const Outcome outcome =
+  const Ending outcome =
       run({file, file, "-f", "--set", "CON1=0", "--contrast", "1,0,0,0,0", "--factor", "0", "--half", "--planes"});
   ASSERT_EQ(outcome.code(), 0) << outcome.errors;
   const VImage after = vips::VImage::new_from_source(vips::VSource::new_from_file(file.c_str()), "").copy_memory();
@@ -182,7 +90,7 @@ TEST_P(Metadata, GoesThroughUntouched) {
   picture.set(VIPS_META_ORIENTATION, 6);
   picture.copy(VImage::option()->set("xres", 11.811)->set("yres", 11.811)).write_to_file(in.c_str());
 
-  const Outcome outcome = run({in, out, "--contrast", "150"});
+  const Ending outcome = run({in, out, "--contrast", "150"});
   ASSERT_EQ(outcome.code(), 0) << outcome.errors;
   const VImage before = load(in);
   const VImage after = load(out);
@@ -268,7 +176,7 @@ TEST_P(Troubles, LeaveTheTargetAsItWas) {
   setrlimit(RLIMIT_FSIZE, &limit);
   const pid_t process = start({in, out, "-f"});
   setrlimit(RLIMIT_FSIZE, &old);
-  const Outcome outcome = finish(process);
+  const Ending outcome = finish(process);
   EXPECT_EQ(outcome.code(), 1);
   EXPECT_EQ(outcome.errors.rfind("orbel: " + folder_.string(), 0), 0U) << outcome.errors;
   EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1) << outcome.errors;
@@ -297,7 +205,7 @@ INSTANTIATE_TEST_SUITE_P(Files, Troubles,
 
 TEST_F(Orbel, NamesTheTargetThatCannotBeWritten) {
   good(path("in.png"));
-  const Outcome outcome = run({path("in.png"), path("nowhere/out.png")});
+  const Ending outcome = run({path("in.png"), path("nowhere/out.png")});
   EXPECT_EQ(outcome.code(), 1);
   EXPECT_EQ(outcome.errors.rfind("orbel: " + path("nowhere/out.png") + ": ", 0), 0U) << outcome.errors;
 }
@@ -307,7 +215,7 @@ TEST_F(Orbel, KeepsPermissionsAndFollowsLinks) {
   fs::create_symlink("real.png", path("link.png"));
   chmod(path("real.png").c_str(), 0604);
   const std::string before = contentOf(path("real.png"));
-  const Outcome outcome = run({path("link.png"), path("link.png"), "-f", "--contrast", "300"});
+  const Ending outcome = run({path("link.png"), path("link.png"), "-f", "--contrast", "300"});
   ASSERT_EQ(outcome.code(), 0) << outcome.errors;
   EXPECT_TRUE(fs::is_symlink(path("link.png")));
   EXPECT_NE(contentOf(path("real.png")), before);
@@ -322,7 +230,7 @@ TEST_F(Orbel, LeavesNothingBehindWhenItIsStopped) {
   for (int i = 0; i < 6000 && !temporaryIsThere(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(5));
   ASSERT_TRUE(temporaryIsThere());
   kill(process, SIGTERM);
-  const Outcome outcome = finish(process);
+  const Ending outcome = finish(process);
   EXPECT_EQ(outcome.code(), 130);
   EXPECT_EQ(outcome.errors, "orbel: " + path("in.png") + ": interrupted\n");
   EXPECT_FALSE(temporaryIsThere());
@@ -335,7 +243,7 @@ TEST_F(Orbel, NamesTheOptionAndTheValueThatItDoesNotUnderstand) {
       {"--factor", "inf"},   {"--cross", "1.5"},        {"--set", "CON6=1"}, {"--set", "CON1"},
       {"--set", "HALF=2"},   {"--set", "WDTH=3e9"}};
   for (const auto& option : wrong) {
-    const Outcome outcome = run({"in.png", "out.png", option[0], option[1]});
+    const Ending outcome = run({"in.png", "out.png", option[0], option[1]});
     EXPECT_EQ(outcome.code(), 2) << option[0];
     EXPECT_EQ(outcome.errors.rfind("orbel: " + option[0], 0), 0U) << outcome.errors;
     EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1) << outcome.errors;
@@ -346,7 +254,7 @@ TEST_F(Orbel, NamesTheOptionAndTheValueThatItDoesNotUnderstand) {
 TEST_F(Orbel, RefusesHoursOfWorkUnlessTheyAreAskedFor) {
   testPicture(1, VIPS_FORMAT_UCHAR).replicate(16, 8).write_to_file(path("in.png").c_str());
   std::vector<std::string> arguments = {path("in.png"), path("out.png"), "--radius", "500", "--edge", "on", "--planes"};
-  const Outcome refused = run(arguments);
+  const Ending refused = run(arguments);
   EXPECT_EQ(refused.code(), 1);
   EXPECT_EQ(refused.errors.rfind("orbel: " + path("in.png") + ": these settings ask for about ", 0), 0U)
       << refused.errors;
@@ -362,7 +270,7 @@ TEST_F(Orbel, RefusesHoursOfWorkUnlessTheyAreAskedFor) {
 
 TEST_F(Orbel, NamesTheRadiusThatNoRunHasRoomFor) {
   good(path("in.png"));
-  const Outcome outcome = run({path("in.png"), path("out.png"), "--radius", "9000"});
+  const Ending outcome = run({path("in.png"), path("out.png"), "--radius", "9000"});
   EXPECT_EQ(outcome.code(), 1);
   // 65535 - 128 samples in band 2, half of them on either side, four times the radius.
   EXPECT_EQ(outcome.errors, "orbel: " + path("in.png") +
@@ -393,7 +301,7 @@ TEST_F(Orbel, RunsThePluginThatItIsGiven) {
   for (const ModuleFile& module : modules) {
     const std::string file = path(std::string(module.name) + ".so");
     module.prepare(file);
-    const Outcome outcome = run({path("in.png"), path("out.png"), "--plugin", file});
+    const Ending outcome = run({path("in.png"), path("out.png"), "--plugin", file});
     EXPECT_EQ(outcome.code(), module.says == nullptr ? 0 : 3) << module.name;
     const std::string line = module.says == nullptr ? "" : "orbel: " + file + ": " + module.says;
     EXPECT_EQ(outcome.errors.substr(0, line.size()), line) << module.name;
@@ -407,13 +315,13 @@ TEST_F(Orbel, RunsThePluginBesideIt) {
   good(path("in.png"));
   program_ = path("orbel");
   fs::copy_file(ORBEL_PROGRAM, program_);
-  const Outcome alone = run({path("in.png"), path("out.png")});
+  const Ending alone = run({path("in.png"), path("out.png")});
   EXPECT_EQ(alone.code(), 3);
   EXPECT_EQ(alone.errors.rfind("orbel: " + path("OrbelBandEqualizer.so") + ": can't load", 0), 0U) << alone.errors;
   fs::copy_file(ORBEL_MODULE, path("OrbelBandEqualizer.so"));
   fs::create_symlink(program_, path("link"));
   program_ = path("link");
-  const Outcome outcome = run({path("in.png"), path("out.png")});
+  const Ending outcome = run({path("in.png"), path("out.png")});
   EXPECT_EQ(outcome.code(), 0) << outcome.errors;
 }
 
