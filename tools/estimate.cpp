@@ -130,7 +130,7 @@ double memoryOf(const RunShape& s, const Settings& settings) {
   const double pixels = static_cast<double>(s.width) * s.height;
   const double pictures = s.bands * std::max(s.readBytes, s.writtenBytes);
   const double documents = (s.colours + 3) * s.documentBytes;
-  const double blending = s.blended ? s.colours * s.documentBytes + sizeof(float) : 0;
+  const double blending = s.blended ? s.colours * s.documentBytes + 4 : 0;  // the original and the weights
   const double module = settings.value("LUMI") != 0.0 ? moduleBytesOnLuminance : moduleBytesOnPlanes;
   return processBytes + pixels * (pictures + documents + blending + module);
 }
