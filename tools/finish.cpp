@@ -77,11 +77,12 @@ bool isBlended(const SettingsChoice& choice) { return choice.mix != 100 || choic
 
 std::vector<float> weightsOf(const SettingsChoice& choice, const VImage& picture) {
   const auto mix = static_cast<float>(choice.mix / 100);
+  std::vector<float> weights;
   if (!choice.mask) {
-    return std::vector<float>(static_cast<std::size_t>(picture.width()) * static_cast<std::size_t>(picture.height()),
-                              mix);
+    weights.assign(static_cast<std::size_t>(picture.width()) * static_cast<std::size_t>(picture.height()), mix);
+    return weights;
   }
-  std::vector<float> weights = maskOf(*choice.mask, picture);
+  weights = maskOf(*choice.mask, picture);
   // A float mask may hold anything; what is no number counts as black.
   for (float& weight : weights) weight = weight > 0 ? std::min(weight, 1.0F) * mix : 0.0F;
   return weights;

@@ -57,6 +57,7 @@ std::vector<Preset> allPresets() {
   collect(programData("presets", ORBEL_PRESETS_FOLDER), false, byName);
   if (const auto folder = ownFolder()) collect(*folder, true, byName);
   std::vector<Preset> all;
+  all.reserve(byName.size());
   for (const auto& [name, preset] : byName) all.push_back(preset);
   return all;
 }

@@ -59,15 +59,15 @@ void Settings::setBand(const std::string& option, const std::string& text) {
   if (colon == std::string::npos || band.size() != 1 || band < "1" || band > "5") {
     throw SettingsError(option + ": " + quoted(text) + " is not BAND:WORD=VALUE,... with a band from 1 to 5");
   }
+  const std::string place = option + " " + text;
   for (const std::string& part : split(text.substr(colon + 1), ',')) {
-    const auto [key, value] = pairFrom(option + " " + text, part);
+    const Pair pair = pairFrom(place, part);
     const auto* const word = std::find_if(std::begin(bandWords), std::end(bandWords),
-                                          [&word = key](const SettingWord& known) { return known.word == word; });
+                                          [&](const SettingWord& known) { return known.word == pair.key; });
     if (word == std::end(bandWords)) {
-      throw SettingsError(option + " " + text + ": a band has contrast, radius, threshold and edges, but no " +
-                          quoted(key));
+      throw SettingsError(place + ": a band has contrast, radius, threshold and edges, but no " + quoted(pair.key));
     }
-    set(option + " " + text, word->key + band, value);
+    set(place, word->key + band, pair.value);
   }
 }
 
