@@ -11,7 +11,7 @@
 #include "primitives/rows.h"
 
 // Beyond it the rows in work outgrow the caches.
-constexpr int largestPairWindow = 64;
+constexpr int largestPairWindow = 256;
 
 struct GaussianFactors {
   float ks;  // of the squared distance in space
