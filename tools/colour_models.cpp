@@ -80,8 +80,8 @@ std::string convertToRgb(VImage& picture) {
 
 std::string noteOnPackedSamples(const std::string& name, const VImage& picture) {
   const std::string loader = picture.get_string(VIPS_META_LOADER);
-  const std::string indexed = "indexed colours converted to 8 bits";
-  const std::string oneBit = "one-bit samples converted to 8 bits";
+  const char* const indexed = "indexed colours converted to 8 bits";
+  const char* const oneBit = "one-bit samples converted to 8 bits";
   if (picture.get_typeof("palette-bit-depth") != 0) return indexed;
   if (loader.rfind("png", 0) == 0 && pngBits(name) == 1) return oneBit;
   if (loader.rfind("tiff", 0) == 0) {

@@ -195,7 +195,7 @@ VImage openFile(const std::string& name) {
   if (name != pipeName && isPhotoshopFile(name)) {
     const std::string content = contentOf(name);
     VipsBlob* const blob = vips_blob_copy(content.data(), content.size());
-    const VImage picture = VImage::magickload_buffer(blob, VImage::option()->set("fail_on", VIPS_FAIL_ON_ERROR));
+    VImage picture = VImage::magickload_buffer(blob, VImage::option()->set("fail_on", VIPS_FAIL_ON_ERROR));
     vips_area_unref(VIPS_AREA(blob));
     return picture;
   }

@@ -46,6 +46,7 @@ void useThreads(unsigned threads) {
   std::vector<std::string> words;
   for (std::size_t at = 0; at < line.size(); at += words.back().size() + 1) words.emplace_back(line.c_str() + at);
   std::vector<char*> raw;
+  raw.reserve(words.size() + 1);
   for (std::string& word : words) raw.push_back(word.data());
   raw.push_back(nullptr);
   execv("/proc/self/exe", raw.data());

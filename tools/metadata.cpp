@@ -8,8 +8,6 @@
 #include <filesystem>
 #include <vector>
 
-extern char** environ;
-
 namespace {
 
 namespace fs = std::filesystem;
@@ -55,6 +53,7 @@ Repair runExiftool(const std::string& input, const std::string& written, const M
   if (present.exif) words.insert(words.end() - 1, "--EXIF:all");
   if (present.xmp) words.insert(words.end() - 1, "--XMP:all");
   std::vector<char*> raw;
+  raw.reserve(words.size() + 1);
   for (std::string& word : words) raw.push_back(word.data());
   raw.push_back(nullptr);
   posix_spawn_file_actions_t actions;

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 
@@ -19,7 +21,7 @@ double sizeOf(const std::string& file) {
 }
 
 std::string clock(double seconds) {
-  const auto whole = static_cast<long>(seconds + 0.5);
+  const auto whole = std::lround(seconds);
   if (whole < 3600) return fmt::format("{}:{:02}", whole / 60, whole % 60);
   return fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
 }
