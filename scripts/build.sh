@@ -5,15 +5,22 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 build_packages="g++ cmake ninja-build pkg-config python3 libvips-dev libcli11-dev nlohmann-json3-dev libfmt-dev libtomlplusplus-dev libgtest-dev libgmock-dev libbenchmark-dev"
 check_packages="clang libomp-dev clang-format clang-tidy"
+windows_packages="g++-mingw-w64-x86-64-posix wine64 icoutils googletest"
 
 say() { printf '%s: %s\n' "$(basename "$0")" "$*" >&2; }
 
+# Those of the packages that are not installed, each after a blank.
+missing_packages() {
+  local package
+  for package in "$@"; do
+    dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q '^install ok' || printf ' %s' "$package"
+  done
+}
+
 # Installs those of the packages that are missing, or says how to.
 require_packages() {
-  local missing="" package
-  for package in "$@"; do
-    dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q '^install ok' || missing="$missing $package"
-  done
+  local missing
+  missing=$(missing_packages "$@")
   [ -n "$missing" ] || return 0
 
   local as_root=""

@@ -6,17 +6,17 @@
 namespace {
 
 // How often each sample is darkened, from the description of the three stripes.
-std::vector<int> darkenings(int w, int h, long thickness) {
+std::vector<int> darkenings(int w, int h, std::int64_t thickness) {
   std::vector<int> counts(static_cast<std::size_t>(w * h), 0);
-  const auto darken = [&](int y, long first, long count) {
-    for (long x = first; x < first + count && x < w; ++x) ++counts[static_cast<std::size_t>(y * w + x)];
+  const auto darken = [&](int y, std::int64_t first, std::int64_t count) {
+    for (std::int64_t x = first; x < first + count && x < w; ++x) ++counts[static_cast<std::size_t>(y * w + x)];
   };
   const float aspect = static_cast<float>(w) / static_cast<float>(h);
   const float reach = static_cast<float>(thickness) + aspect;
   float x = 0;
-  std::vector<long> edge;
+  std::vector<std::int64_t> edge;
   for (int y = 0; y < h; ++y) {
-    edge.push_back(static_cast<long>(x));
+    edge.push_back(static_cast<std::int64_t>(x));
     if (static_cast<float>(w) > x + reach) x += aspect;
   }
   for (int y = 0; y < h; ++y) {

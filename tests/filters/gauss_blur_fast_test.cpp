@@ -1,4 +1,6 @@
+#if defined(__linux__)
 #include <sys/resource.h>
+#endif
 
 #include <cmath>
 #include <cstdlib>

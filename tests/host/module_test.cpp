@@ -1,53 +1,40 @@
 // The loadable module as a file: loading, unloading after parallel work, and a host that does anything at any time.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <chrono>
 #include <cmath>
 #include <filesystem>
-#include <iterator>
 #include <limits>
 #include <memory>
 #include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "host/script_keys.h"
 #include "host/test_host.h"
+#include "support/loaded_module.h"
 
 namespace {
 
-int threadCount() {
-  const std::filesystem::directory_iterator tasks("/proc/self/task");
-  return static_cast<int>(std::distance(begin(tasks), end(tasks)));
-}
-
-// A thread that has been joined may stay listed for a moment.
-int threadCountOnceSettled(int expected) {
-  for (int i = 0; i < 200 && threadCount() != expected; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  return threadCount();
-}
-
 TEST(Module, UnloadsAfterParallelRunsAndLoadsAgain) {
   // A copy: other tests keep the module itself loaded.
-  const std::string copy = testing::TempDir() + "module_test_" + std::to_string(getpid()) + ".so";
-  std::filesystem::copy_file(ORBEL_MODULE, copy, std::filesystem::copy_options::overwrite_existing);
+  const auto name = "module_test_" + std::to_string(std::random_device()()) + ".module";
+  const std::string copy = (std::filesystem::temp_directory_path() / name).string();
+  std::filesystem::copy_file(ORBEL_MODULE, copy);
   const int threads = threadCount();
   for (int i = 0; i < 20; ++i) {
-    void* module = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(module, nullptr) << dlerror();
-    EXPECT_EQ(threadCount(), threads) << "loading started a thread";
-    TestHost host(64, 48, 3, 16, reinterpret_cast<PluginMainProc>(dlsym(module, "PluginMain")));
-    host.fillWithPattern(static_cast<unsigned>(i));
-    // On some paths the run ends early, with the runtime's threads already there.
-    host.failAt = i % 4 == 3 ? 8 : -1;
-    const bool failed = host.run() != 0;
-    EXPECT_EQ(failed, i % 4 == 3);
-    EXPECT_EQ(threadCountOnceSettled(threads), threads);
-    EXPECT_EQ(dlclose(module), 0);
-    EXPECT_EQ(dlopen(copy.c_str(), RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
+    {
+      const LoadedModule module(copy);
+      EXPECT_TRUE(LoadedModule::isLoaded(copy));
+      EXPECT_EQ(threadCount(), threads) << "loading started a thread";
+      TestHost host(64, 48, 3, 16, module.procedure<PluginMainProc>("PluginMain"));
+      host.fillWithPattern(static_cast<unsigned>(i));
+      // On some paths the run ends early, with the runtime's threads already there.
+      host.failAt = i % 4 == 3 ? 8 : -1;
+      const bool failed = host.run() != 0;
+      EXPECT_EQ(failed, i % 4 == 3);
+      EXPECT_EQ(threadCountOnceSettled(threads), threads);
+    }
+    EXPECT_FALSE(LoadedModule::isLoaded(copy));
   }
   std::filesystem::remove(copy);
 }

@@ -1,17 +1,15 @@
 // load_and_unload MODULE: a host without threads, OpenMP or the library loads the module, runs it and unloads it, time
 // and again. Fails when a thread outlives a run, when the module stays loaded, or when a run fails or changes its mind.
-#include <dlfcn.h>
-#include <link.h>
-
-#include <chrono>
 #include <cstdio>
-#include <filesystem>
-#include <iterator>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "host/test_host.h"
+#include "support/loaded_module.h"
+
+#if !defined(_WIN32)
+#include <link.h>
+#endif
 
 // There is no linked entry here: every host is given the loaded one.
 PluginMainProc linkedEntry() { return nullptr; }
@@ -26,60 +24,59 @@ void demand(bool holds, const char* what, int round) {
   failed = true;
 }
 
-bool isLoaded(const char* part) {
-  struct Search {
-    const char* part;
-    bool found;
-  } search = {part, false};
+// The Windows module has it linked in.
+bool hasOpenMp() {
+#if defined(_WIN32)
+  return false;
+#else
+  bool found = false;
   dl_iterate_phdr(
       [](dl_phdr_info* info, std::size_t, void* data) {
-        auto* const wanted = static_cast<Search*>(data);
-        if (std::string(info->dlpi_name).find(wanted->part) != std::string::npos) wanted->found = true;
+        const std::string name = info->dlpi_name;
+        for (const char* part : {"libgomp", "libomp"}) {
+          if (name.find(part) != std::string::npos) *static_cast<bool*>(data) = true;
+        }
         return 0;
       },
-      &search);
-  return search.found;
+      &found);
+  return found;
+#endif
 }
 
-// One, once threads that have ended are no longer listed.
-bool isAlone() {
-  const auto threads = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}); };
-  for (int i = 0; i < 200 && threads() != 1; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  return threads() == 1;
-}
+bool isAlone(int threads) { return threadCountOnceSettled(threads) == threads; }
 
 }  // namespace
 
-int main(int count, char** arguments) {
+int main(int count, char** arguments) try {
   if (count != 2) {
     std::fprintf(stderr, "usage: load_and_unload MODULE\n");
     return 2;
   }
-  demand(!isLoaded("libgomp") && !isLoaded("libomp"), "OpenMP is here before the module", 0);
+  demand(!hasOpenMp(), "OpenMP is here before the module", 0);
+  const int threads = threadCount();
   std::vector<std::vector<unsigned char>> first;
   for (int round = 1; round <= 10 && !failed; ++round) {
-    void* const module = dlopen(arguments[1], RTLD_NOW | RTLD_LOCAL);
-    if (module == nullptr) {
-      std::fprintf(stderr, "load_and_unload: %s\n", dlerror());
-      return 1;
+    {
+      const LoadedModule module(arguments[1]);
+      demand(isAlone(threads), "loading started a thread", round);
+      for (int run = 0; run < 2; ++run) {
+        TestHost host(96, 64, 3, 16, module.procedure<PluginMainProc>("PluginMain"));
+        host.fillWithPattern(1);
+        const auto before = host.planes;
+        demand(host.run() == 0, "the run failed", round);
+        demand(isAlone(threads), "a thread outlived the run", round);
+        host.checkFences();
+        demand(host.violations.empty(), "the run broke the interface", round);
+        demand(host.planes != before, "the run changed nothing", round);
+        if (first.empty()) first = host.planes;
+        demand(host.planes == first, "another picture than before", round);
+      }
     }
-    demand(isAlone(), "loading started a thread", round);
-    const auto entry = reinterpret_cast<PluginMainProc>(dlsym(module, "PluginMain"));
-    for (int run = 0; run < 2; ++run) {
-      TestHost host(96, 64, 3, 16, entry);
-      host.fillWithPattern(1);
-      const auto before = host.planes;
-      demand(host.run() == 0, "the run failed", round);
-      demand(isAlone(), "a thread outlived the run", round);
-      host.checkFences();
-      demand(host.violations.empty(), "the run broke the interface", round);
-      demand(host.planes != before, "the run changed nothing", round);
-      if (first.empty()) first = host.planes;
-      demand(host.planes == first, "another picture than before", round);
-    }
-    dlclose(module);
-    demand(!isLoaded(arguments[1]), "the module is still loaded", round);
-    demand(isAlone(), "a thread outlived the module", round);
+    demand(!LoadedModule::isLoaded(arguments[1]), "the module is still loaded", round);
+    demand(isAlone(threads), "a thread outlived the module", round);
   }
   return failed ? 1 : 0;
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "load_and_unload: %s\n", error.what());
+  return 1;
 }

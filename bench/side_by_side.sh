@@ -1,0 +1,11 @@
+#!/usr/bin/env bash
+# bench/side_by_side.sh [LINUX_BUILD [WINDOWS_BUILD]]: the Linux module and the Windows module under Wine on the same
+# picture, in turns. Both builds have to be there; the machine should have nothing else to do.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+linux=${1:-$root/build/release}
+windows=${2:-$root/build/windows}
+for turn in 1 2 3; do
+  echo "Linux:   $("$linux/bench/module_speed" "$linux/OrbelBandEqualizer.so" 5)"
+  echo "Windows: $("$root/scripts/under_wine.sh" "$windows/bench/module_speed.exe" "$windows/OrbelBandEqualizer.8bf" 5)"
+done
