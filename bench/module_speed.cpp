@@ -50,9 +50,9 @@ int main(int count, char** arguments) try {
     std::fprintf(stderr, "usage: module_speed MODULE [ROUNDS [WIDTH HEIGHT]]\n");
     return 2;
   }
-  const int rounds = count > 2 ? std::atoi(arguments[2]) : 5;
-  const int width = count > 3 ? std::atoi(arguments[3]) : 1500;
-  const int height = count > 3 ? std::atoi(arguments[4]) : 1000;
+  const int rounds = count > 2 ? std::atoi(arguments[2]) : 3;
+  const int width = count > 3 ? std::atoi(arguments[3]) : 6000;
+  const int height = count > 3 ? std::atoi(arguments[4]) : 4000;
   const LoadedModule module(arguments[1]);
   std::vector<double> seconds;
   for (int i = 0; i < rounds; ++i) {

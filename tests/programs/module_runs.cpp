@@ -52,7 +52,7 @@ double settingOf(const ScriptKey& key, Random& random) {
     const double odd[] = {0, -1, 1e-40, 1e300, inf, -inf, std::numeric_limits<double>::quiet_NaN()};
     return odd[random.below(7)];
   }
-  if (name.rfind("radius", 0) == 0) return random.between(0.2, 6);
+  if (name.rfind("radius", 0) == 0) return random.between(0.2, 3);
   if (name.rfind("threshold", 0) == 0) return random.between(0.5, 120);
   return random.between(-50, 300);
 }
@@ -109,7 +109,12 @@ void picture(PluginMainProc entry, const char* name) {
   int width = 0;
   int height = 0;
   int white = 0;
-  file >> kind >> width >> height >> white;
+  file >> kind >> std::ws;
+  while (file.peek() == '#') {
+    std::string comment;
+    std::getline(file, comment);
+  }
+  file >> width >> height >> white;
   file.get();
   if (!file || kind != "P6" || white != 255) throw std::runtime_error(std::string(name) + ": no such picture");
   const auto count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);

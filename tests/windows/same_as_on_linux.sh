@@ -2,6 +2,7 @@
 # Runs random documents and a photograph through the Linux and the Windows module and compares every sample.
 # Usage: same_as_on_linux.sh LINUX_BUILD WINDOWS_BUILD PICTURE
 set -euo pipefail
+export OMP_WAIT_POLICY=passive
 linux=$1 windows=$2 picture=$3
 for program in tests/programs/module_runs tests/programs/picture_as_ppm OrbelBandEqualizer.so; do
   [ -e "$linux/$program" ] || { echo "$linux/$program is missing: build for Linux first" >&2; exit 1; }
