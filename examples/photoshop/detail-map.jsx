@@ -1,17 +1,19 @@
-// Detail map: the detail alone, around mid-grey, to look at or to blend with the picture
 // Orbel Band Equalizer on the active document. Run it with File > Scripts > Browse.
 (function () {
+  // The radii are meant for a picture with a long edge of 1024 pixels.
+  var document = app.activeDocument;
+  var scale = Math.max(document.width.as("px"), document.height.as("px")) / 1024;
   var settings = new ActionDescriptor();
   settings.putDouble(charIDToTypeID("CON1"), 100); // contrast 1
   settings.putDouble(charIDToTypeID("CON2"), 100); // contrast 2
   settings.putDouble(charIDToTypeID("CON3"), 100); // contrast 3
   settings.putDouble(charIDToTypeID("CON4"), 100); // contrast 4
   settings.putDouble(charIDToTypeID("CON5"), 100); // contrast 5
-  settings.putDouble(charIDToTypeID("RAD1"), 3); // radius 1
-  settings.putDouble(charIDToTypeID("RAD2"), 3); // radius 2
-  settings.putDouble(charIDToTypeID("RAD3"), 3); // radius 3
-  settings.putDouble(charIDToTypeID("RAD4"), 3); // radius 4
-  settings.putDouble(charIDToTypeID("RAD5"), 3); // radius 5
+  settings.putDouble(charIDToTypeID("RAD1"), 3 * scale); // radius 1
+  settings.putDouble(charIDToTypeID("RAD2"), 3 * scale); // radius 2
+  settings.putDouble(charIDToTypeID("RAD3"), 3 * scale); // radius 3
+  settings.putDouble(charIDToTypeID("RAD4"), 3 * scale); // radius 4
+  settings.putDouble(charIDToTypeID("RAD5"), 3 * scale); // radius 5
   settings.putDouble(charIDToTypeID("THR1"), 255); // threshold 1
   settings.putDouble(charIDToTypeID("THR2"), 10); // threshold 2
   settings.putDouble(charIDToTypeID("THR3"), 10); // threshold 3
@@ -24,7 +26,7 @@
   settings.putBoolean(charIDToTypeID("EDG5"), true); // keep edges 5
   settings.putDouble(charIDToTypeID("FCTR"), 0); // base factor
   settings.putBoolean(charIDToTypeID("HALF"), true); // add half
-  settings.putBoolean(charIDToTypeID("LUMI"), true); // luminance only
+  settings.putBoolean(charIDToTypeID("LUMI"), false); // luminance only
   settings.putInteger(charIDToTypeID("WDTH"), 0); // cross width
   try {
     // Photoshop knows a filter with a scope of its own by that scope.

@@ -1,7 +1,6 @@
 // The registration resources, read back as hosts read them.
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -127,34 +126,6 @@ TEST(Registration, TerminologyNamesTheKeys) {
   EXPECT_EQ(types, expected);
   EXPECT_EQ(names.size(), 24U);
   EXPECT_EQ(names.count(""), 0U);
-}
-
-// The scripts that people start from: every key once, by the procedure of its kind, and the event by both names.
-TEST(Registration, ExampleScriptsUseTheKeys) {
-  int scripts = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(ORBEL_EXAMPLES "/photoshop")) {
-    SCOPED_TRACE(entry.path());
-    std::ifstream file(entry.path(), std::ios::binary);
-    const std::string script{std::istreambuf_iterator<char>(file), {}};
-    const auto count = [&](const std::string& text) {
-      int found = 0;
-      for (auto at = script.find(text); at != std::string::npos; at = script.find(text, at + 1)) ++found;
-      return found;
-    };
-    EXPECT_EQ(count("settings.put"), scriptKeyCount);
-    for (const ScriptKey& key : scriptKeys) {
-      const char* const procedures[] = {"putDouble", "putBoolean", "putInteger"};
-      std::string line = "settings." + std::string(procedures[static_cast<int>(key.kind)]) + "(charIDToTypeID(\"";
-      for (int shift = 24; shift >= 0; shift -= 8) line += static_cast<char>(key.code >> shift & 0xFF);
-      EXPECT_EQ(count(line + "\"), "), 1) << line;
-    }
-    const std::string scripting = properties()["hstm"];
-    const std::string event(scripting.rend() - 12, scripting.rend() - 8);
-    EXPECT_EQ(count("stringIDToTypeID(\"" + std::string(scripting.c_str() + 14) + "\")"), 1);
-    EXPECT_EQ(count("charIDToTypeID(\"" + event + "\")"), 1);
-    ++scripts;
-  }
-  EXPECT_GT(scripts, 0);
 }
 
 }  // namespace
