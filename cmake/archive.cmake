@@ -24,4 +24,4 @@ add_custom_command(OUTPUT ${archive_file}
   COMMAND ${CMAKE_COMMAND} -E copy ${scripts} ${folder}/scripts
   COMMAND ${CMAKE_COMMAND} -E chdir ${CMAKE_BINARY_DIR}/archive ${CMAKE_COMMAND} -E tar ${pack} ${archive}
   DEPENDS OrbelBandEqualizer ${texts} ${scripts} VERBATIM)
-add_custom_target(archive DEPENDS ${archive_file})
+add_custom_target(archive ALL DEPENDS ${archive_file})
