@@ -25,8 +25,8 @@ constexpr double moduleBytesOnPlanes = 17;
 // A process that has loaded the libraries and the module, and read and written a small picture.
 constexpr double processBytes = 62e6;
 
-// One tap of the edge-preserving filter on one core with a window so wide that it takes long: between AVX-512 (0.13) and
-// SSE2 (0.36) on an AMD EPYC. Common windows take two thirds of it. A Gaussian has too few taps to matter.
+// One tap of the edge-preserving filter on one core with a window so wide that it takes long: between AVX-512 (0.13)
+// and SSE2 (0.36) on an AMD EPYC. Common windows take two thirds of it. A Gaussian has too few taps to matter.
 constexpr double nanosecondsPerTap = 0.25;
 
 // A band's low-pass as the plug-in sees it, in its single precision.

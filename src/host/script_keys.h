@@ -8,8 +8,8 @@
 
 #include "host/host_interface.h"
 
-// What a recorded action calls the filter: the event of its terminology, in a scope of its own that keeps event and keys
-// apart from every other filter's.
+// What a recorded action calls the filter: the event of its terminology, in a scope of its own that keeps event and
+// keys apart from every other filter's.
 inline constexpr OSType filterEventId = fourCharacters("obEq");
 inline constexpr const char* filterScope = "6d1f0f5e-7a0c-4c52-9b43-2f6a86a1c7d4";
 
