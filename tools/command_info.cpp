@@ -40,8 +40,8 @@ double memoryFor(const vips::VImage& picture) {
 }
 
 json describe(const std::string& file) {
-  Notes notes;
-  const vips::VImage picture = openPicture(file, notes);
+  Notes remarks;
+  const vips::VImage picture = openPicture(file, remarks);
   requireThatHostHolds(file, picture.width(), picture.height());
   const Metadata metadata = metadataOf(picture);
   const int orientation = vips_image_get_orientation(picture.get_image());
@@ -59,7 +59,7 @@ json describe(const std::string& file) {
           {"iptc", metadata.iptc},
           {"loader", loader.substr(0, loader.find("load"))},
           {"memory", memoryFor(picture)},
-          {"notes", notes}};
+          {"notes", remarks}};
 }
 
 std::string textOf(const json& info) {

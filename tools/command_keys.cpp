@@ -17,11 +17,11 @@ const char* typeOf(ScriptKind kind) {
 // orbel draws no overlay unless it is asked for one.
 double defaultOf(const ScriptKey& key) { return Settings().value(nameOf(key.code)); }
 
-void printKeys(bool json) {
+void printKeys(bool asJson) {
   nlohmann::ordered_json list = nlohmann::ordered_json::array();
   for (const ScriptKey& key : scriptKeys) {
     const nlohmann::ordered_json value = valueJson(defaultOf(key), key.kind);
-    if (json) {
+    if (asJson) {
       list.push_back({{"key", nameOf(key.code)}, {"name", key.name}, {"type", typeOf(key.kind)}, {"default", value}});
     } else {
       const std::string text =
@@ -29,7 +29,7 @@ void printKeys(bool json) {
       std::cout << fmt::format("{}  {:<16} {:<13} default {}\n", nameOf(key.code), key.name, typeOf(key.kind), text);
     }
   }
-  if (json) std::cout << jsonText(list);
+  if (asJson) std::cout << jsonText(list);
 }
 
 }  // namespace

@@ -89,6 +89,7 @@ std::vector<float> weightsOf(const SettingsChoice& choice, const VImage& picture
 }
 
 void blend(const Document& original, const std::vector<float>& weights, Document& result) {
+  if (weights.empty()) return;
   for (std::size_t plane = 0; plane < result.planes.size(); ++plane) {
     const auto* const from = reinterpret_cast<const float*>(original.planes[plane].data());
     auto* const to = reinterpret_cast<float*>(result.planes[plane].data());
