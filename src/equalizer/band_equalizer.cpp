@@ -27,7 +27,7 @@ struct Scaled {
   }
 
   Pyramid pyramidOf(const KivImage& plane) const {
-    return Pyramid(plane, planLevels(plane.size, radii, thresholds, edges), gains, baseGain);
+    return {plane, planLevels(plane.size, radii, thresholds, edges), gains, baseGain};
   }
   void equalize(KivImage& plane) { EqualizeIT(plane, plane, gains, radii, thresholds, edges, levelCount, baseGain); }
 };

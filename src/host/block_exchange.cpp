@@ -9,9 +9,9 @@ constexpr int colours = 3;
 // The scratch table, typed. Null scratch is left to the primitives to refuse.
 template <typename Sample>
 struct ScratchPlanes {
-  Sample* planes[colours];
+  Sample* planes[colours] = {};
 
-  ScratchPlanes(void* const* tmp, int count) : planes{} {
+  ScratchPlanes(void* const* tmp, int count) {
     for (int i = 0; tmp != nullptr && i < colours && i < count; ++i) planes[i] = static_cast<Sample*>(tmp[i]);
   }
 };
