@@ -21,10 +21,8 @@
 namespace ROW {
 namespace {
 
-// A source whose windows all lie in memory; src is the top left sample of the first window.
+// Where results go, and over which windows.
 struct BoxTask {
-  const float* src;
-  std::ptrdiff_t srcStep;
   float* dst;
   std::ptrdiff_t dstStep;
   IppiSize size;  // of dst
@@ -75,11 +73,11 @@ inline Vector groupedSum(const float* s, std::ptrdiff_t mask) {
   return i < mask ? sum + directSum<Vector>(s + i, mask - i) : sum;
 }
 
-template <std::ptrdiff_t mask>
-inline void sumDirectly(const float* s, float* sums, int width) {
+template <std::ptrdiff_t mask, typename Take>
+inline void sumDirectly(const float* s, int width, Take take) {
   int x = 0;
-  for (; x <= width - LANES; x += LANES) store(sums + x, directSum<Floats>(s + x, mask));
-  for (; x < width; ++x) store(sums + x, directSum<float>(s + x, mask));
+  for (; x <= width - LANES; x += LANES) take(x, directSum<Floats>(s + x, mask));
+  for (; x < width; ++x) take(x, directSum<float>(s + x, mask));
 }
 
 template <typename Vector>
@@ -87,77 +85,79 @@ inline Vector slide(Vector sum, const float* s, std::ptrdiff_t mask) {
   return (sum - sumOfFour<Vector>(s)) + sumOfFour<Vector>(s + mask);
 }
 
-inline void sumSliding(const float* s, float* sums, int width, std::ptrdiff_t mask) {
+template <typename Take>
+inline void sumSliding(const float* s, int width, std::ptrdiff_t mask, Take take) {
   constexpr int group = 4;
-  int x = 0;
-  if (width >= group) {
-    Floats4 sum = groupedSum<Floats4>(s, mask);
-    store(sums, sum);
-    for (x = group; x <= width - group; x += group) {
-      sum = slide(sum, s + x - group, mask);
-      store(sums + x, sum);
-    }
+  if (width < group) {
+    for (int x = 0; x < width; ++x) take(x, groupedSum<float>(s + x, mask));
+    return;
+  }
+  Floats4 sum = groupedSum<Floats4>(s, mask);
+  take(0, sum);
+  int x = group;
+  for (; x <= width - group; x += group) {
+    sum = slide(sum, s + x - group, mask);
+    take(x, sum);
   }
   // A last group of fewer columns: its source ends with its windows.
-  for (; x < width; ++x) {
-    const float sum =
-        x < group ? groupedSum<float>(s + x, mask) : slide(load<float>(sums + x - group), s + x - group, mask);
-    store(sums + x, sum);
-  }
+  for (int lane = 0; x + lane < width; ++lane) take(x + lane, slide(sum[lane], s + x + lane - group, mask));
 }
 
-inline void sumAlong(const float* s, float* sums, int width, std::ptrdiff_t mask) {
+// Calls take(x, sums) along a row, with the sums of one column or of the columns of a vector. The sums of a row depend
+// on each other, one group of four after the other: what take does with them costs hardly any time of its own.
+template <typename Take>
+inline void sumAlong(const float* s, int width, std::ptrdiff_t mask, Take take) {
   switch (mask) {
     case 1:
-      return sumDirectly<1>(s, sums, width);
+      return sumDirectly<1>(s, width, take);
     case 3:
-      return sumDirectly<3>(s, sums, width);
+      return sumDirectly<3>(s, width, take);
     case 5:
-      return sumDirectly<5>(s, sums, width);
+      return sumDirectly<5>(s, width, take);
     case 7:
-      return sumDirectly<7>(s, sums, width);
+      return sumDirectly<7>(s, width, take);
     default:
-      return sumSliding(s, sums, width, mask);
+      return sumSliding(s, width, mask, take);
   }
 }
 
-// One result row; leaving takes the window's first row out of the accumulator.
-inline void finishRow(float* accumulator, const float* entering, const float* leaving, float* dst, int width,
-                      float inverse) {
-  int x = 0;
-  for (; x <= width - LANES; x += LANES) {
-    const Floats total = load<Floats>(accumulator + x) + load<Floats>(entering + x);
-    const Floats old = load<Floats>(leaving + x);  // before the store: may be the same row
-    store(dst + x, total * inverse);
-    store(accumulator + x, total - old);
-  }
-  for (; x < width; ++x) {
-    const float total = load<float>(accumulator + x) + load<float>(entering + x);
-    const float old = load<float>(leaving + x);
-    store(dst + x, total * inverse);
-    store(accumulator + x, total - old);
-  }
-}
-
-inline void filterBox(const BoxTask& task, const BoxRows& rows) {
+// rowAt(r) is the source's row r, which starts with the first sample of the first window. All windows lie in memory.
+template <typename RowAt>
+inline void filterBox(const BoxTask& task, const BoxRows& rows, RowAt rowAt) {
   const int width = task.size.width;
   const std::ptrdiff_t maskHeight = task.mask.height;
   const std::ptrdiff_t last = task.size.height + maskHeight - 2;
+  const float inverse = task.inverse;
+  float* const accumulator = rows.accumulator;
   for (std::ptrdiff_t r = 0; r <= last; ++r) {
     float* const sums = rows.sumsOf(task, r);
-    sumAlong(advance(task.src, r * task.srcStep), sums, width, task.mask.width);
     const std::ptrdiff_t y = r - (maskHeight - 1);
     float* const dst = advance(task.dst, y * task.dstStep);
+    const auto along = [&, s = rowAt(r)](auto take) { sumAlong(s, width, task.mask.width, take); };
     if (maskHeight == 1) {
-      mapLine<float, float, Floats>(sums, dst, width, 1.0F, [&](Floats sum) { return sum * task.inverse; });
+      // First all sums: in place, results would overwrite what the next sums need.
+      along([=](int x, auto h) { store(sums + x, h); });
+      mapLine<float, float, Floats>(sums, dst, width, 1.0F, [=](Floats h) { return h * inverse; });
     } else if (r == 0) {
-      __builtin_memcpy(rows.accumulator, sums, static_cast<std::size_t>(width) * sizeof(float));
+      along([=](int x, auto h) {
+        store(sums + x, h);
+        store(accumulator + x, h);
+      });
     } else if (y < 0) {
-      mapLine2(rows.accumulator, sums, rows.accumulator, width, 1.0F, [](Floats a, Floats h) { return a + h; });
+      along([=](int x, auto h) {
+        store(sums + x, h);
+        store(accumulator + x, load<decltype(h)>(accumulator + x) + h);
+      });
     } else if (r < last) {
-      finishRow(rows.accumulator, sums, rows.sumsOf(task, y), dst, width, task.inverse);
+      along([=, leaving = rows.sumsOf(task, y)](int x, auto h) {
+        store(sums + x, h);
+        const auto total = load<decltype(h)>(accumulator + x) + h;
+        const auto old = load<decltype(h)>(leaving + x);  // before the store: may be the same row
+        store(dst + x, total * inverse);
+        store(accumulator + x, total - old);
+      });
     } else {
-      mapLine2(rows.accumulator, sums, dst, width, 1.0F, [&](Floats a, Floats h) { return (a + h) * task.inverse; });
+      along([=](int x, auto h) { store(dst + x, (load<decltype(h)>(accumulator + x) + h) * inverse); });
     }
   }
 }

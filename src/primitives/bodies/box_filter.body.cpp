@@ -6,8 +6,8 @@
 //     +----+-----------+----+   interior: all windows lie in the source
 //     |left| interior  |right   A side whose neighbours lie in memory has no part.
 //     +----+-----------+----+
-//     |       bottom        |   The sources of the outer parts are copied first, with their border, so that the
-//     +---------------------+   interior may overwrite the region in place.
+//     |       bottom        |   The windows of the outer parts are put together with their border: line by line, or
+//     +---------------------+   all before anything else where the interior overwrites the region in place.
 //
 // A region no larger than the mask in a direction is one part, with a copied source, unless the border is
 // ippBorderInMem.
@@ -99,45 +99,56 @@ void copyExtendedRow(const float* row, const Extent& columns, const Part& window
   for (std::int64_t x = endOfReal; x < end; ++x) synthesise(x);
 }
 
-// Copies what the part's windows cover, with its border. Returns the end of the copy.
-float* copyExtended(const Call& call, const Part& part, float* to) {
-  const Part windows = windowsOf(part, call);
+// Row r of the windows of a part, with its border.
+void copyExtendedRow(const Call& call, const Part& windows, std::int64_t r, float* to) {
   const Extent rows = call.rows();
-  const Extent columns = call.columns();
-  for (std::int64_t y = windows.y; y < windows.y + windows.height; ++y) {
-    if (rows.kind == ippBorderConst && !rows.holds(y)) {
-      fill(to, windows.width, call.value);
-    } else {
-      const std::int64_t from = rows.holds(y) ? y : rows.standIn(y);
-      copyExtendedRow(advance(call.src, from * call.srcStep), columns, windows, call.value, to);
-    }
-    to += strideOf(windows.width);
-  }
-  return to;
+  const std::int64_t y = windows.y + r;
+  if (rows.kind == ippBorderConst && !rows.holds(y)) return fill(to, windows.width, call.value);
+  const std::int64_t from = rows.holds(y) ? y : rows.standIn(y);
+  copyExtendedRow(advance(call.src, from * call.srcStep), call.columns(), windows, call.value, to);
 }
 
 BoxTask taskFor(const Call& call, const Part& part) {
   const float area = static_cast<float>(call.mask.width) * static_cast<float>(call.mask.height);
   const IppiSize size = {static_cast<int>(part.width), static_cast<int>(part.height)};
+  return {advance(call.dst, part.y * call.dstStep) + part.x, call.dstStep, size, call.mask, 1.0F / area};
+}
+
+// A part whose windows lie in memory.
+void filterInner(const Call& call, const Part& part, const BoxRows& rows) {
   const Part windows = windowsOf(part, call);
-  return {advance(call.src, windows.y * call.srcStep) + windows.x,
-          call.srcStep,
-          advance(call.dst, part.y * call.dstStep) + part.x,
-          call.dstStep,
-          size,
-          call.mask,
-          1.0F / area};
+  const float* const first = advance(call.src, windows.y * call.srcStep) + windows.x;
+  filterBox(taskFor(call, part), rows, [&](std::ptrdiff_t r) { return advance(first, r * call.srcStep); });
 }
 
-void filterCopy(const Call& call, const Part& part, const float* copy, BoxRows rows) {
-  BoxTask task = taskFor(call, part);
-  task.src = copy;
-  task.srcStep = strideOf(part.width + call.mask.width - 1) * std::ptrdiff_t{sizeof(float)};
+// A part with the border, line by line; for images apart.
+void filterOuter(const Call& call, const Part& part, BoxRows rows, float* line) {
+  const Part windows = windowsOf(part, call);
   rows.ring = nullptr;
-  filterBox(task, rows);
+  filterBox(taskFor(call, part), rows, [&](std::ptrdiff_t r) {
+    copyExtendedRow(call, windows, r, line);
+    return line;
+  });
 }
 
-void filterParts(const Call& call, const BoxRows& rows, float* copies) {
+// What the windows of a part cover, with the border: for a source that is overwritten before the part's turn. Returns
+// the end of the copy.
+float* copyWindows(const Call& call, const Part& part, float* to) {
+  const Part windows = windowsOf(part, call);
+  for (std::int64_t r = 0; r < windows.height; ++r, to += strideOf(windows.width))
+    copyExtendedRow(call, windows, r, to);
+  return to;
+}
+
+const float* filterCopy(const Call& call, const Part& part, const float* copy, BoxRows rows) {
+  const Part windows = windowsOf(part, call);
+  const std::int64_t stride = strideOf(windows.width);
+  rows.ring = nullptr;
+  filterBox(taskFor(call, part), rows, [&](std::ptrdiff_t r) { return copy + r * stride; });
+  return copy + windows.height * stride;
+}
+
+void filterParts(const Call& call, const BoxRows& rows, float* buffer) {
   const Reach reach = reachOf(call.mask);
   const std::int64_t w = call.size.width;
   const std::int64_t h = call.size.height;
@@ -151,17 +162,21 @@ void filterParts(const Call& call, const BoxRows& rows, float* copies) {
       {0, 0, w, top}, {0, h - bottom, w, bottom}, {0, top, left, between}, {w - right, top, right, between}};
   const auto isThere = [](const Part& part) { return part.width > 0 && part.height > 0; };
 
-  float* end = copies;
-  for (const Part& part : outer) {
-    if (isThere(part)) end = copyExtended(call, part, end);
+  if (!call.isInPlace()) {
+    filterInner(call, interior, rows);
+    for (const Part& part : outer) {
+      if (isThere(part)) filterOuter(call, part, rows, buffer);
+    }
+    return;
   }
-  filterBox(taskFor(call, interior), rows);
-  const float* copy = copies;
+  float* end = buffer;
   for (const Part& part : outer) {
-    if (!isThere(part)) continue;
-    filterCopy(call, part, copy, rows);
-    const Part windows = windowsOf(part, call);
-    copy += windows.height * strideOf(windows.width);
+    if (isThere(part)) end = copyWindows(call, part, end);
+  }
+  filterInner(call, interior, rows);
+  const float* copy = buffer;
+  for (const Part& part : outer) {
+    if (isThere(part)) copy = filterCopy(call, part, copy, rows);
   }
 }
 
@@ -249,10 +264,10 @@ IppStatus ippiFilterBoxBorder_32f_C1R(const float* src, int srcStep, float* dst,
   float* const rest = spare + stride;
   const BoxRows rows = {accumulator, spare, call.isInPlace() ? rest : nullptr, stride};
   if (border == ippBorderInMem) {
-    filterBox(taskFor(call, {0, 0, roiSize.width, roiSize.height}), rows);
+    filterInner(call, {0, 0, roiSize.width, roiSize.height}, rows);
   } else if (call.isSmall()) {
     const Part whole = {0, 0, roiSize.width, roiSize.height};
-    copyExtended(call, whole, rest);
+    copyWindows(call, whole, rest);
     filterCopy(call, whole, rest, rows);
   } else {
     filterParts(call, rows, rest + maskSize.height * stride);
