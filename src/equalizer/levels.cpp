@@ -6,7 +6,6 @@
 
 namespace {
 
-constexpr int gaussianFactor = 4;  // both low-passes reach four standard deviations
 constexpr float largestWindow = 65535.0F;
 constexpr std::int64_t largestSide = 65535;
 
@@ -22,14 +21,14 @@ LowPass lowPassOf(float radius, float threshold, bool keepEdges) {
 
 void checkWindow(const Level& level) {
   if (level.lowPass != LowPass::bilateral) return;
-  if (!(std::ceil(4.0F * level.radius) <= largestWindow)) throw NO_MEMORY_ERROR();
+  if (!(std::ceil(lowPassReach * level.radius) <= largestWindow)) throw NO_MEMORY_ERROR();
   const std::int64_t padding = std::int64_t{2} * level.window();
   if (level.size.width + padding > largestSide || level.size.height + padding > largestSide) throw NO_MEMORY_ERROR();
 }
 
 }  // namespace
 
-int Level::window() const { return static_cast<int>(std::ceil(4.0F * radius)); }
+int Level::window() const { return static_cast<int>(std::ceil(lowPassReach * radius)); }
 
 IppiSize halved(IppiSize size) { return {halved(size.width), halved(size.height)}; }
 
@@ -51,7 +50,7 @@ void applyLowPass(KivImage& to, const KivImage& from, const Level& level) {
       to.Copy(from);
       break;
     case LowPass::gaussian:
-      to.GaussBlurFast(from, level.radius, gaussianFactor);
+      to.GaussBlurFast(from, level.radius, lowPassReach);
       break;
     case LowPass::bilateral:
       bilateralStd({to.planes[0], to.stride / 4}, {from.planes[0], from.stride / 4}, level.size, level.window(),

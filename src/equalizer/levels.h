@@ -5,6 +5,9 @@
 
 #include "equalizer/band_decomposition.h"
 
+// Both low-passes reach so many standard deviations.
+constexpr int lowPassReach = 4;
+
 enum class LowPass { none, gaussian, bilateral };
 
 struct Level {

@@ -1,8 +1,10 @@
 #include "equalizer/pyramid.h"
 
+#include <algorithm>
 #include <cstddef>
 
 #include "equalizer/equalizer_kernels.h"
+#include "filters/gaussian_bands.h"
 #include "image/resizer.h"
 #include "image/row_bands.h"
 
@@ -10,6 +12,9 @@ namespace {
 
 // Rows that are expanded at a time: few enough to stay in the cache until they are used.
 constexpr int bandRows = 8;
+
+// Of a row in scratch.
+int rowBytesFor(int width) { return (width * static_cast<int>(sizeof(float)) + 63) / 64 * 64; }
 
 // The lines of R(i) = R(i + 1) expanded + gain * (C(i) - C(i + 1) expanded).
 class LevelRebuild {
@@ -21,7 +26,7 @@ class LevelRebuild {
         rebuilt_(rebuilt),
         gain_(gain),
         expansion_(reduced.size, level.size),
-        rowBytes_((level.size.width * static_cast<int>(sizeof(float)) + 63) / 64 * 64) {}
+        rowBytes_(rowBytesFor(level.size.width)) {}
 
   // Makes each line y at place(y, line in scratch), which may be C(i)'s own, and calls done(y, line).
   template <typename Place, typename Done>
@@ -33,8 +38,8 @@ class LevelRebuild {
       float* const rebuilt = expanded + bandRows * rowFloats();
       float* const line = rebuilt + bandRows * rowFloats();
       float* const forExpansion = line + rowFloats();
-      expansion_.rows(reduced_.planes[0], reduced_.stride, first, count, expanded, rowBytes_, forExpansion);
-      expansion_.rows(rebuilt_.planes[0], rebuilt_.stride, first, count, rebuilt, rowBytes_, forExpansion);
+      expansion_.rows(reduced_.planes[0], reduced_.stride, 0, first, count, expanded, rowBytes_, forExpansion);
+      expansion_.rows(rebuilt_.planes[0], rebuilt_.stride, 0, first, count, rebuilt, rowBytes_, forExpansion);
       for (int i = 0; i < count; ++i) {
         const int y = first + i;
         float* const to = place(y, line);
@@ -60,6 +65,37 @@ class LevelRebuild {
   int rowBytes_;
 };
 
+// Rows of a reduced level that are made at a time. A Gaussian does its horizontal half again for the rows that it
+// reaches beyond a band, so bands are high where it reaches far.
+constexpr int reducedBandRows = 128;
+constexpr int farthestReach = reducedBandRows / 4;
+
+// reduced = level under its Gaussian, at half size, without ever having the whole of the blurred level. False, and
+// nothing done, where it pays no more to go by bands.
+bool blurAndHalve(const KivImage& level, float sigma, KivImage& reduced) {
+  const int reach = gaussianReach(sigma, lowPassReach);
+  if (reach < 1 || reach > farthestReach) return false;
+  const int mostRows = 2 * (reducedBandRows + 2 + reach);
+  const GaussianBands gaussian(level.size, sigma, lowPassReach, mostRows);
+  const Resizer halving(level.size, reduced.size);
+  if (!gaussian.isServed() || !halving.isServed()) return false;
+
+  const int rowBytes = rowBytesFor(level.size.width);
+  const std::int64_t blurredBytes = std::int64_t{mostRows} * rowBytes;
+  const std::int64_t scratchBytes = blurredBytes + std::max(gaussian.scratchBytes(), halving.scratchBytes());
+  eachBand(reduced.size.height, reducedBandRows, scratchBytes, [&](int first, int count, void* scratch) {
+    Resizer::Rows rows = halving.sourceRows(first, count);
+    // Up to an edge where the kernel would reach beyond it.
+    if (rows.first < reach) rows.first = 0;
+    if (level.size.height - rows.end < reach) rows.end = level.size.height;
+    float* const blurred = static_cast<float*>(scratch);
+    void* const rest = static_cast<char*>(scratch) + blurredBytes;
+    gaussian.rows(level, rows.first, rows.end - rows.first, blurred, rowBytes, rest);
+    halving.rows(blurred, rowBytes, rows.first, first, count, reduced.At(0, 0, first), reduced.stride, rest);
+  });
+  return true;
+}
+
 }  // namespace
 
 Pyramid::Pyramid(const KivImage& plane, const Levels& levels, const float* gains, float baseGain)
@@ -82,6 +118,7 @@ void Pyramid::takeApart(const Levels& levels) {
       reduced_[i].Resize(level, reduced_[i].size);
       continue;
     }
+    if (levels[i].lowPass == LowPass::gaussian && blurAndHalve(level, levels[i].radius, reduced_[i])) continue;
     if (lowpass.channels == 0) lowpass.Init(level.size, 1);
     KivImage corner = lowpass.ROI(0, 0, level.size.width, level.size.height);
     applyLowPass(corner, level, levels[i]);

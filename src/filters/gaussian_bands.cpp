@@ -1,12 +1,11 @@
-// One Gaussian specification, the image in horizontal bands, four threads.
+// One Gaussian specification for all bands of an image.
 
 #include "filters/gaussian_bands.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cmath>
-
-#include "image/scratch.h"
+#include <utility>
 
 namespace {
 
@@ -40,46 +39,56 @@ int gaussianReach(float sigma, int multiplier) {
   return static_cast<int>(reach);
 }
 
-void blurInBands(const KivImage& src, KivImage& dst, float sigma, int multiplier) {
+GaussianBands::GaussianBands(IppiSize size, float sigma, int multiplier, int mostRows) : size_(size) {
   if (!(sigma > 0.0F)) return;
-  const int width = src.size.width;
-  const BandCut cut{src.size.height, gaussianReach(sigma, multiplier)};
-  if (cut.reach < 1) return;
-  const int kernelSize = 2 * cut.reach + 1;
+  reach_ = gaussianReach(sigma, multiplier);
+  if (reach_ < 1) return;
+  const int kernelSize = 2 * reach_ + 1;
   constexpr int oneChannel = 1;
 
   std::int64_t specSize = 0;
   std::int64_t initBufferSize = 0;
-  std::int64_t bufferSize = 0;
   if (ippiFilterGaussianGetSpecSize_L(kernelSize, ipp32f, oneChannel, &specSize, &initBufferSize) != ippStsNoErr ||
-      ippiFilterGaussianGetBufferSize_L(width, cut.bandHeight(), kernelSize, ipp32f, ippBorderRepl, oneChannel,
-                                        &bufferSize) != ippStsNoErr) {
+      ippiFilterGaussianGetBufferSize_L(size.width, mostRows, kernelSize, ipp32f, ippBorderRepl, oneChannel,
+                                        &scratchBytes_) != ippStsNoErr) {
     return;
   }
   // Before the taps are worked out: of a kernel that no thread can have the rows for there may be a billion.
-  if (bufferSize > INT32_MAX) throw NO_MEMORY_ERROR();
-  const Scratch spec = makeScratch(specSize);
+  if (scratchBytes_ > INT32_MAX) throw NO_MEMORY_ERROR();
+  Scratch spec = makeScratch(specSize);
   const Scratch initBuffer = makeScratch(initBufferSize);
-  if (ippiFilterGaussianInit_L(width, cut.imageHeight, kernelSize, ippBorderRepl, ipp32f, oneChannel, spec.get(),
-                               initBuffer.get(), sigma) != ippStsNoErr) {
-    return;
+  if (ippiFilterGaussianInit_L(size.width, size.height, kernelSize, ippBorderRepl, ipp32f, oneChannel, spec.get(),
+                               initBuffer.get(), sigma) == ippStsNoErr) {
+    spec_ = std::move(spec);
   }
+}
+
+void GaussianBands::rows(const KivImage& src, int y, int count, float* dst, int dstStep, void* scratch) const {
+  const bool last = y + count == size_.height;
+  const int border = ippBorderRepl | (y > 0 ? ippBorderInMemTop : 0) | (last ? 0 : ippBorderInMemBottom);
+  ippiFilterGaussian_32f_C1R_L(src.At(0, 0, y), src.stride, dst, dstStep, size_.width, count,
+                               static_cast<std::uint32_t>(border), nullptr, spec_.get(), scratch);
+}
+
+void blurInBands(const KivImage& src, KivImage& dst, float sigma, int multiplier) {
+  if (!(sigma > 0.0F)) return;
+  const BandCut cut{src.size.height, gaussianReach(sigma, multiplier)};
+  if (cut.reach < 1) return;
+  const GaussianBands gaussian(src.size, sigma, multiplier, cut.bandHeight());
+  if (!gaussian.isServed()) return;
 
   const int bandCount = cut.count();
   std::atomic<bool> outOfMemory{false};
 #pragma omp parallel num_threads(threadCount)
   {
-    const Scratch buffer = tryScratch(bufferSize);
-    if (buffer == nullptr) outOfMemory = true;
+    const Scratch scratch = tryScratch(gaussian.scratchBytes());
+    if (scratch == nullptr) outOfMemory = true;
 #pragma omp for schedule(static)
     for (int band = 0; band < bandCount; ++band) {
-      if (buffer == nullptr) continue;
+      if (scratch == nullptr) continue;
       const int y = band * cut.bandHeight();
-      const bool last = cut.isLast(band);
-      const int height = last ? cut.imageHeight - y : cut.bandHeight();
-      const int border = ippBorderRepl | (y > 0 ? ippBorderInMemTop : 0) | (last ? 0 : ippBorderInMemBottom);
-      ippiFilterGaussian_32f_C1R_L(src.At(0, 0, y), src.stride, dst.At(0, 0, y), dst.stride, width, height,
-                                   static_cast<std::uint32_t>(border), nullptr, spec.get(), buffer.get());
+      const int height = cut.isLast(band) ? cut.imageHeight - y : cut.bandHeight();
+      gaussian.rows(src, y, height, dst.At(0, 0, y), dst.stride, scratch.get());
     }
   }
   if (outOfMemory) throw NO_MEMORY_ERROR();

@@ -1,13 +1,38 @@
-// A Gaussian on plane 0 in horizontal bands, on four threads, and the size of a Gaussian's kernel.
+// A Gaussian on plane 0 in horizontal bands, and the size of a Gaussian's kernel.
 #pragma once
 
 #include "image/kiv_image.h"
+#include "image/scratch.h"
 
 // The samples that a kernel reaches on each side: multiplier times sigma, a product in single precision, rounded up.
 // Below 1 where no primitive serves the kernel (NaN included); a reach whose kernel has no size throws NO_MEMORY_ERROR.
 int gaussianReach(float sigma, int multiplier);
 
-// Plane 0 of dst = plane 0 of src, its edge samples repeated, under a Gaussian of standard deviation sigma that reaches
-// gaussianReach(sigma, multiplier) samples. Bands read their real neighbour rows, so that the result is that of one
-// filter call; src and dst are different pixels for that reason. A sigma not above 0 leaves dst as it was.
+// A Gaussian of standard deviation sigma that reaches gaussianReach(sigma, multiplier) samples, for planes of one size
+// whose edge samples repeat, any band of rows at a time. Bands read their real neighbour rows, so that a cut into bands
+// leaves no trace.
+class GaussianBands {
+ public:
+  // mostRows is the height of the largest band. Throws NO_MEMORY_ERROR.
+  GaussianBands(IppiSize size, float sigma, int multiplier, int mostRows);
+
+  // False where there is nothing to do: sigma isn't above 0, or no primitive serves the kernel.
+  bool isServed() const { return spec_ != nullptr; }
+
+  int reach() const { return reach_; }
+  std::int64_t scratchBytes() const { return scratchBytes_; }
+
+  // Rows y to y + count - 1 of plane 0 of src, which are other pixels than dst, where the first of them goes. A band
+  // begins and ends at the plane's edges or at least reach() rows from them. The step is in bytes.
+  void rows(const KivImage& src, int y, int count, float* dst, int dstStep, void* scratch) const;
+
+ private:
+  IppiSize size_;
+  int reach_ = 0;
+  std::int64_t scratchBytes_ = 0;
+  Scratch spec_;
+};
+
+// Plane 0 of dst = plane 0 of src under that Gaussian, on four threads; src and dst are different pixels. A sigma not
+// above 0 leaves dst as it was.
 void blurInBands(const KivImage& src, KivImage& dst, float sigma, int multiplier);

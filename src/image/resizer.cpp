@@ -1,5 +1,6 @@
 #include "image/resizer.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 
@@ -31,16 +32,29 @@ Resizer::Resizer(IppiSize from, IppiSize to) : from_(from), to_(to) {
   scratchBytes_ = bytes;
 }
 
-void Resizer::rows(const float* src, int srcStep, int y, int count, float* dst, int dstStep, void* scratch) const {
-  // The primitive wants the source row that corresponds to y.
+// The primitive wants the source row that corresponds to y.
+std::int64_t Resizer::sourceRow(int y) const {
   const double ratio = static_cast<double>(from_.height) / static_cast<double>(to_.height);
-  const auto sourceRow = static_cast<std::int64_t>(std::floor(y * ratio));
-  ippiResizeLinear_32f_C1R(advance(src, sourceRow, srcStep), srcStep, dst, dstStep, {0, y}, {to_.width, count},
-                           ippBorderRepl, nullptr, spec_.get(), scratch);
+  return static_cast<std::int64_t>(std::floor(y * ratio));
+}
+
+// A target row's centre lies at most half a source row before, and half a step of the target behind, the row that
+// corresponds to it; the other of its two neighbours comes on top.
+Resizer::Rows Resizer::sourceRows(int y, int count) const {
+  const std::int64_t first = sourceRow(y) - 1;
+  const std::int64_t end = sourceRow(y + count) + 2;
+  return {static_cast<int>(std::max<std::int64_t>(first, 0)),
+          static_cast<int>(std::min<std::int64_t>(end, from_.height))};
+}
+
+void Resizer::rows(const float* src, int srcStep, int firstRow, int y, int count, float* dst, int dstStep,
+                   void* scratch) const {
+  ippiResizeLinear_32f_C1R(advance(src, sourceRow(y) - firstRow, srcStep), srcStep, dst, dstStep, {0, y},
+                           {to_.width, count}, ippBorderRepl, nullptr, spec_.get(), scratch);
 }
 
 void Resizer::plane(const float* src, int srcStep, float* dst, int dstStep) const {
   eachBand(to_.height, bandRows, scratchBytes_, [&](int y, int count, void* scratch) {
-    rows(src, srcStep, y, count, advance(dst, y, dstStep), dstStep, scratch);
+    rows(src, srcStep, 0, y, count, advance(dst, y, dstStep), dstStep, scratch);
   });
 }

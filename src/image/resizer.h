@@ -15,13 +15,24 @@ class Resizer {
 
   std::int64_t scratchBytes() const { return scratchBytes_; }
 
-  // Rows y to y + count - 1 of the target to dst on. src addresses the source's first sample. Steps are in bytes.
-  void rows(const float* src, int srcStep, int y, int count, float* dst, int dstStep, void* scratch) const;
+  // The rows of the source that rows y to y + count - 1 of the target are made of lie among first to end - 1.
+  struct Rows {
+    int first;
+    int end;
+  };
+  Rows sourceRows(int y, int count) const;
+
+  // Rows y to y + count - 1 of the target to dst on. src addresses the first sample of the source's row firstRow, and
+  // rows from there on as far as sourceRows tells. Steps are in bytes.
+  void rows(const float* src, int srcStep, int firstRow, int y, int count, float* dst, int dstStep,
+            void* scratch) const;
 
   // The whole plane, bands in parallel.
   void plane(const float* src, int srcStep, float* dst, int dstStep) const;
 
  private:
+  std::int64_t sourceRow(int y) const;
+
   IppiSize from_;
   IppiSize to_;
   Scratch spec_;
