@@ -26,7 +26,7 @@ void countTaps(benchmark::State& state) {
 }
 
 void bilateralOneThread(benchmark::State& state) {
-  const RowInForce row(state, state.range(0));
+  const BenchRow row(state, state.range(0));
   if (!row.isThere()) return;
   const Processors one(1);
   KivImage src(strip, 1);

@@ -12,7 +12,7 @@ namespace {
 
 // Radius 3, so 625 taps a pixel; the range term is weak, so the mean is kept.
 void bilateral(benchmark::State& state) {
-  const RowInForce row(state, state.range(1));
+  const BenchRow row(state, state.range(1));
   if (!row.isThere()) return;
   KivImage src(sizeOf(state.range(0)), 1);
   KivImage dst(src.size, 1);

@@ -5,11 +5,12 @@
 
 #include <cmath>
 #include <cstdint>
+#include <optional>
 #include <random>
 #include <vector>
 
 #include "image/kiv_image.h"
-#include "primitives/processor.h"
+#include "support/forced_row.h"
 
 // 1, 6, 24 and 100 megapixels: nearly in the cache, beyond it, a photograph, and a very large one.
 inline IppiSize sizeOf(std::int64_t megapixels) {
@@ -72,31 +73,20 @@ inline void countPixels(benchmark::State& state, IppiSize size, int planes = 1) 
       static_cast<double>(state.iterations()) * planes * size.width * size.height, benchmark::Counter::kIsRate);
 }
 
-// The given row of bodies is in force during its life, also after an ippInit. Where the machine lacks it, the benchmark
-// is skipped, and found to be so.
-class RowInForce {
+// The given row of bodies is in force during its life. Where the machine lacks it, the benchmark is skipped.
+class BenchRow {
  public:
-  RowInForce(benchmark::State& state, std::int64_t row) {
-    // What the rows' bodies use, in the bits of ippGetCpuFeatures.
-    constexpr std::uint64_t needed[] = {0x7, 0xDF, 0x3DF, 0x83DF, 0x2073083DF};
-    const std::uint64_t features = needed[row];
-    isThere_ = (featureMask(thisProcessor) & features) == features;
-    if (!isThere_) {
+  BenchRow(benchmark::State& state, std::int64_t row) {
+    const int index = static_cast<int>(row);
+    if (ForcedRow::machineHas(index)) {
+      forced_.emplace(index);
+    } else {
       state.SkipWithError("this machine lacks the row's instructions");
-      return;
     }
-    ippSetCpuFeaturesMask(features);
-    ippSetCpuFeatures(features | std::uint64_t{1} << 63);
   }
-  ~RowInForce() {
-    ippSetCpuFeaturesMask(featureMask(thisProcessor));
-    ippInit();
-  }
-  RowInForce(const RowInForce&) = delete;
-  RowInForce& operator=(const RowInForce&) = delete;
 
-  bool isThere() const { return isThere_; }
+  bool isThere() const { return forced_.has_value(); }
 
  private:
-  bool isThere_ = false;
+  std::optional<ForcedRow> forced_;
 };

@@ -14,7 +14,7 @@ namespace {
 // Times filter() on the row of bodies of the second argument, and checks afterwards that it has kept the mean.
 template <typename Filter>
 void run(benchmark::State& state, const KivImage& src, const KivImage& dst, const KivImage& larger, Filter filter) {
-  const RowInForce row(state, state.range(1));
+  const BenchRow row(state, state.range(1));
   if (!row.isThere()) return;
   for (auto _ : state) {
     if (filter() != ippStsNoErr) state.SkipWithError("refused");

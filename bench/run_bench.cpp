@@ -30,7 +30,7 @@ void run(KivImage& image, OrbelBandEqualizerGuiParams params) {
 
 // At unit gains the picture comes back, so runs can follow each other on one image.
 void measure(benchmark::State& state, const OrbelBandEqualizerGuiParams& params) {
-  const RowInForce row(state, state.range(1));
+  const BenchRow row(state, state.range(1));
   const Processors processors(static_cast<int>(state.range(2)));
   if (!row.isThere()) return;
   if (!processors.areThere()) return state.SkipWithError("this machine has fewer processors");

@@ -11,7 +11,7 @@
 namespace {
 
 void unsharpKernel(benchmark::State& state) {
-  const RowInForce row(state, state.range(1));
+  const BenchRow row(state, state.range(1));
   if (!row.isThere()) return;
   KivImage src(sizeOf(state.range(0)), 1);
   KivImage blurred(src.size, 1);

@@ -15,7 +15,7 @@ namespace {
 // Times kernel(dst, src), which is to give expected(sample) for a plane of random samples.
 template <typename Kernel, typename Expected>
 void run(benchmark::State& state, Kernel kernel, Expected expected) {
-  const RowInForce row(state, state.range(1));
+  const BenchRow row(state, state.range(1));
   if (!row.isThere()) return;
   KivImage src(sizeOf(state.range(0)), 1);
   KivImage dst(src.size, 1);
@@ -64,7 +64,7 @@ void overlayBlend(benchmark::State& state) {
 // Times convert(dst, src) on three random planes. Plane 0 is to have the given mean.
 template <typename Convert>
 void runColour(benchmark::State& state, Convert convert, double expectedMean) {
-  const RowInForce row(state, state.range(1));
+  const BenchRow row(state, state.range(1));
   if (!row.isThere()) return;
   KivImage src(sizeOf(state.range(0)), 3);
   randomise(src);

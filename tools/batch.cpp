@@ -37,14 +37,6 @@ bool sendLine(int connection, const std::string& line) {
 
 // --- In the process of one file. It says what memory it needs, waits for a byte, works, and says what came of it.
 
-Outcome failed(const Job& job, const std::string& reason) {
-  Outcome outcome;
-  outcome.input = job.input;
-  outcome.output = job.output;
-  outcome.reason = reason;
-  return outcome;
-}
-
 Outcome workOn(const Job& job, const WorkOptions& options, int connection) {
   const auto waitFor = [&](double bytes) {
     sendLine(connection, jsonLine({{"needs", bytes}}));
@@ -54,9 +46,9 @@ Outcome workOn(const Job& job, const WorkOptions& options, int connection) {
   try {
     return work(job, options, waitFor);
   } catch (const std::bad_alloc&) {
-    return failed(job, job.input + ": not enough memory for a picture of this size");
+    return settled(job, Outcome::Status::Failed, job.input + ": not enough memory for a picture of this size");
   } catch (const std::exception& error) {
-    return failed(job, error.what());
+    return settled(job, Outcome::Status::Failed, error.what());
   }
 }
 
@@ -160,7 +152,7 @@ class Batch {
     if (!worker.received.empty()) {
       outcome = outcomeFrom(nlohmann::json::parse(worker.received));
     } else {
-      outcome = failed(*worker.job, worker.job->input + ": " + endOf(status));
+      outcome = settled(*worker.job, Outcome::Status::Failed, worker.job->input + ": " + endOf(status));
       if (worker.job->output != pipeName) removeLeftovers(worker.job->output, worker.process);
     }
     anyFailed_ = anyFailed_ || outcome.status == Outcome::Status::Failed;

@@ -16,6 +16,7 @@
 
 #include "colour_models.h"
 #include "failure.h"
+#include "write_all.h"
 
 using vips::VError;
 using vips::VImage;
@@ -339,10 +340,5 @@ void savePictureToPipe(const VImage& picture, const FileFormat& format, const Sa
   encode(picture, format, target, name, options);
   std::size_t size = 0;
   const auto* bytes = static_cast<const char*>(vips_blob_get(target.get_target()->blob, &size));
-  while (size > 0) {
-    const ssize_t written = ::write(STDOUT_FILENO, bytes, size);
-    if (written < 0) throw Failure(name, std::generic_category().message(errno));
-    bytes += written;
-    size -= static_cast<std::size_t>(written);
-  }
+  writeAll(STDOUT_FILENO, bytes, size, name);
 }

@@ -5,9 +5,11 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <system_error>
 
 #include "failure.h"
 #include "formats.h"
+#include "text_values.h"
 
 namespace fs = std::filesystem;
 
@@ -21,14 +23,7 @@ std::vector<std::string> namesIn(const std::string& list) {
   }
   const std::string text{std::istreambuf_iterator<char>(list == "-" ? std::cin : file), {}};
   const char end = text.find('\0') == std::string::npos ? '\n' : '\0';
-  std::vector<std::string> names(1);
-  for (const char c : text) {
-    if (c == end) {
-      names.emplace_back();
-    } else {
-      names.back() += c;
-    }
-  }
+  std::vector<std::string> names = split(text, end);
   names.erase(std::remove(names.begin(), names.end(), ""), names.end());
   return names;
 }
@@ -71,4 +66,10 @@ Inputs listInputs(const InputArguments& arguments) {
     }
   }
   return inputs;
+}
+
+double sizeOfFile(const std::string& file) {
+  std::error_code unknown;
+  const auto size = fs::file_size(file, unknown);
+  return unknown ? 0 : static_cast<double>(size);
 }

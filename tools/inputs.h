@@ -26,3 +26,6 @@ struct Inputs {
 // links to folders aren't followed. A list has one name a line, or names that end with zero bytes (find -print0).
 // Throws Failure when the list or a folder can't be read.
 Inputs listInputs(const InputArguments& arguments);
+
+// In bytes; 0 where it is unknown.
+double sizeOfFile(const std::string& file);

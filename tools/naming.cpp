@@ -101,15 +101,6 @@ bool isUpToDate(const Job& job) {
   return !missing && written >= read;
 }
 
-Outcome settled(const Job& job, Outcome::Status status, const std::string& reason) {
-  Outcome outcome;
-  outcome.input = job.input;
-  outcome.output = job.output;
-  outcome.status = status;
-  outcome.reason = reason;
-  return outcome;
-}
-
 }  // namespace
 
 Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {

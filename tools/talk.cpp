@@ -6,19 +6,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 
 #include "estimate.h"
+#include "inputs.h"
 
 namespace {
-
-namespace fs = std::filesystem;
-
-double sizeOf(const std::string& file) {
-  std::error_code unknown;
-  const auto size = fs::file_size(file, unknown);
-  return unknown ? 0 : static_cast<double>(size);
-}
 
 std::string clock(double seconds) {
   const auto whole = std::lround(seconds);
@@ -77,7 +69,7 @@ void Talk::report(const Outcome& o) {
 
 void Talk::tell(const Outcome& outcome) {
   clearBar();
-  bytesDone_ += sizeOf(outcome.input);
+  bytesDone_ += sizeOfFile(outcome.input);
   megapixels_ += outcome.status == Outcome::Status::Done ? outcome.megapixels() : 0;
   done_ += outcome.status == Outcome::Status::Done ? 1 : 0;
   failed_ += outcome.status == Outcome::Status::Failed ? 1 : 0;

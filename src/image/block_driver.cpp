@@ -2,7 +2,6 @@
 
 #include "image/block_driver.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <exception>

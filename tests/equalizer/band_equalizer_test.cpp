@@ -6,7 +6,7 @@
 
 #include "equalizer/band_decomposition.h"
 #include "host/ps_database.h"
-#include "support/forced_row.h"
+#include "support/each_row_test.h"
 #include "support/images.h"
 
 namespace {

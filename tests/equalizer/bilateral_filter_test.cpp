@@ -7,7 +7,7 @@
 
 #include "equalizer/bilateral_kernels.h"
 #include "image/scratch.h"
-#include "support/forced_row.h"
+#include "support/each_row_test.h"
 #include "support/images.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "filters/local_auto_levels.h"
-#include "support/forced_row.h"
+#include "support/each_row_test.h"
 #include "support/images.h"
 
 namespace {

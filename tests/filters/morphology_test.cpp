@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "image/kiv_image.h"
-#include "support/forced_row.h"
+#include "support/each_row_test.h"
 #include "support/images.h"
 
 namespace {

@@ -1,33 +1,26 @@
 // Whole runs of the module with each of their allocations failed in turn, on every thread.
 #include "programs/allocation_faults.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <stdexcept>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "host/script_keys.h"
 #include "host/test_host.h"
+#include "support/loaded_module.h"
 
 namespace {
 
 constexpr int exceptionCode = -1;
 
 struct FaultyModule {
-  void* module = dlopen(ORBEL_MODULE_WITH_ALLOCATION_FAULTS, RTLD_NOW | RTLD_LOCAL);
-  PluginMainProc entry = procedure<PluginMainProc>("PluginMain");
-  decltype(&failAllocations) fail = procedure<decltype(&failAllocations)>("failAllocations");
-  decltype(&allocationCount) count = procedure<decltype(&allocationCount)>("allocationCount");
-
-  template <typename Procedure>
-  Procedure procedure(const char* name) const {
-    if (module == nullptr) throw std::runtime_error(dlerror());
-    return reinterpret_cast<Procedure>(dlsym(module, name));
-  }
+  LoadedModule module{ORBEL_MODULE_WITH_ALLOCATION_FAULTS};
+  PluginMainProc entry = module.procedure<PluginMainProc>("PluginMain");
+  decltype(&failAllocations) fail = module.procedure<decltype(&failAllocations)>("failAllocations");
+  decltype(&allocationCount) count = module.procedure<decltype(&allocationCount)>("allocationCount");
 };
 
 FaultyModule& faulty() {
@@ -47,8 +40,7 @@ Script settings(Filters filters, bool luminance) {
     if (name.rfind("keep edges", 0) == 0 && filters != Filters::Mixed) value = filters == Filters::Bilateral;
     if (name == "luminance only") value = luminance;
     if (name == "add half") value = 1;
-    const DescriptorTypeID types[] = {typeFloat, typeBoolean, typeInteger};
-    script.push_back({key.code, types[static_cast<int>(key.kind)], value});
+    script.push_back({key.code, descriptorType(key.kind), value});
   }
   return script;
 }

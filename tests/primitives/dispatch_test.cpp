@@ -6,7 +6,7 @@
 
 #include "primitives/features.h"
 #include "primitives/primitives.h"
-#include "support/forced_row.h"
+#include "support/each_row_test.h"
 
 namespace {
 

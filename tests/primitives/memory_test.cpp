@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "primitives/primitives.h"
-#include "support/forced_row.h"
+#include "support/each_row_test.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include "primitives/primitive_cases.h"
 #include "primitives/region.h"
-#include "support/forced_row.h"
+#include "support/each_row_test.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "primitives/region.h"
-#include "support/forced_row.h"
+#include "support/each_row_test.h"
 
 #if defined(__x86_64__)
 #include <xmmintrin.h>

@@ -1,7 +1,7 @@
-// Runs tests on a chosen row of bodies. The choice outlives an ippInit in the code under test.
+// A chosen row of bodies, for tests and benchmarks. The choice outlives an ippInit in the code that runs under it.
 #pragma once
 
-#include <gtest/gtest.h>
+#include <stdexcept>
 
 #include "primitives/primitives.h"
 #include "primitives/processor.h"
@@ -13,7 +13,7 @@ class ForcedRow {
   // Never call it for a row that the machine lacks.
   explicit ForcedRow(int row) {
     pretend(rules[row].features);
-    EXPECT_EQ(ippJumpIndexForMergedLibs, row);
+    if (ippJumpIndexForMergedLibs != row) throw std::logic_error("another row was chosen than was forced");
   }
   ~ForcedRow() {
     pretend(featureMask(thisProcessor));
@@ -40,14 +40,3 @@ class ForcedRow {
   };
   static constexpr Rule rules[] = {{"n8_", 0x7}, {"y8_", 0xDF}, {"e9_", 0x3DF}, {"l9_", 0x83DF}, {"k0_", 0x2073083DF}};
 };
-
-// Base of tests that run once per row.
-class EachRow : public testing::TestWithParam<int> {
- protected:
-  void SetUp() override {
-    if (!ForcedRow::machineHas(GetParam())) GTEST_SKIP() << "no row " << ForcedRow::nameOf(GetParam()) << " here";
-  }
-};
-
-inline auto allRows() { return testing::Range(0, rowCount); }
-inline std::string rowName(const testing::TestParamInfo<int>& info) { return ForcedRow::nameOf(info.param); }

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "support/forced_row.h"
+#include "support/each_row_test.h"
 #include "support/images.h"
 
 // Random samples, with those among them that take a branch of their own.
