@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -20,6 +19,7 @@
 #include "naming.h"
 #include "settings_options.h"
 #include "talk.h"
+#include "work_limits.h"
 
 namespace {
 
@@ -37,7 +37,7 @@ struct ApplyArguments {
   std::optional<VipsBandFormat> samples;
   std::optional<unsigned> jobs;
   std::optional<unsigned> threads;
-  std::optional<std::uint64_t> memory;
+  Limits limits;
   std::optional<std::string> plugin;
 };
 
@@ -119,18 +119,7 @@ void describeWork(CLI::App& command, ApplyArguments& a) {
       ->group(group)
       ->type_name("N")
       ->check(positive);
-  command
-      .add_option("--memory", a.memory,
-                  "Memory for all of them, as 800M or 4G (default: what the machine has to offer)")
-      ->group(group)
-      ->type_name("BYTES")
-      ->transform(CLI::AsSizeValue(true).description(""));
-  command
-      .add_option("--max-minutes", a.work.mostMinutes,
-                  "Refuse a file that would take longer by the estimate; 0: none (default 10)")
-      ->group(group)
-      ->type_name("N")
-      ->check(CLI::NonNegativeNumber.description(""));
+  addLimitOptions(command, a.limits, group);
   command.add_flag("--fail-fast", a.batch.failFast, "Begin no more files after one that failed")->group(group);
   command
       .add_option("--host-depth", a.work.hostDepth,
@@ -166,11 +155,7 @@ void describeMessages(CLI::App& command, ApplyArguments& a) {
 
 double totalSize(const std::vector<Job>& jobs) {
   double bytes = 0;
-  for (const Job& job : jobs) {
-    std::error_code unknown;
-    const auto size = fs::file_size(job.input, unknown);
-    if (!unknown) bytes += static_cast<double>(size);
-  }
+  for (const Job& job : jobs) bytes += sizeOfFile(job.input);
   return bytes;
 }
 
@@ -186,8 +171,8 @@ void shareOutMachine(ApplyArguments& a) {
   a.batch.processes = a.jobs.value_or(1);
   a.work.threads = a.threads.value_or(std::max(1U, processors / a.batch.processes));
   if (a.threads || a.jobs) useThreads(a.work.threads);
-  a.batch.memory = a.memory ? static_cast<double>(*a.memory) : availableMemory();
-  a.work.mostMemory = a.batch.memory;
+  a.batch.memory = a.work.mostMemory = a.limits.mostMemory();
+  a.work.mostMinutes = a.limits.mostMinutes;
 }
 
 ExitCode apply(ApplyArguments& a) {

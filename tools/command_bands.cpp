@@ -17,6 +17,7 @@
 #include "settings_json.h"
 #include "settings_options.h"
 #include "target_file.h"
+#include "work_limits.h"
 
 namespace fs = std::filesystem;
 using vips::VImage;
@@ -29,7 +30,7 @@ struct BandsArguments {
   SettingsArguments settings;
   std::optional<std::string> plugin;
   bool overwrite = false;
-  double mostMinutes = 10;
+  Limits limits;
   bool json = false;
   bool verbose = false;
 };
@@ -85,6 +86,14 @@ void run(const BandsArguments& arguments, const std::vector<BandRun>& runs, cons
   files.writeNext(sheet.sheet());
 }
 
+// As for apply with a blend, which keeps the original too, and with the result beside the picture.
+double memoryFor(const VImage& picture, const Settings& settings) {
+  const int sampleBytes = depthOf(picture) / 8;
+  return memoryOf({picture.width(), picture.height(), 2 * picture.bands(), colourBands(picture), sampleBytes,
+                   sampleBytes, sizeof(float), true},
+                  settings);
+}
+
 void takeApart(const BandsArguments& arguments) {
   const SettingsChoice choice = chooseSettings(arguments.settings);
   if (printIfAsked(choice)) return;
@@ -99,7 +108,8 @@ void takeApart(const BandsArguments& arguments) {
     for (const BandRun& band : runs) {
       requireThatWindowsFit(arguments.input, band.settings, width, height);
       requireShortWork(arguments.input, band.settings, width, height, std::thread::hardware_concurrency(),
-                       arguments.mostMinutes);
+                       arguments.limits.mostMinutes);
+      requireMemory(arguments.input, memoryFor(picture, band.settings), arguments.limits.mostMemory());
     }
     BandFiles files(arguments, runs, picture.format() == VIPS_FORMAT_FLOAT);
     run(arguments, runs, picture, files);
@@ -135,12 +145,7 @@ void addBandsCommand(CLI::App& program, ExitCode&) {
   command->add_flag("--json", a.json, "Print JSON");
   addSettingsOptions(*command, a.settings);
   const char* work = "Work";
-  command
-      ->add_option("--max-minutes", a.mostMinutes,
-                   "Refuse to work longer on one of them, by the estimate; 0: no limit (default 10)")
-      ->group(work)
-      ->type_name("N")
-      ->check(CLI::NonNegativeNumber.description(""));
+  addLimitOptions(*command, a.limits, work);
   command->add_option("--plugin", a.plugin, "Plug-in module to run (default: the one that comes with orbel)")
       ->group(work)
       ->type_name("FILE");

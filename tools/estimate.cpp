@@ -139,6 +139,12 @@ double memoryOf(const RunShape& s, const Settings& settings) {
   return processBytes + pixels * (pictures + documents + blending + module);
 }
 
+void requireMemory(const std::string& file, double needed, double most) {
+  if (most == 0 || needed <= most) return;
+  throw Failure(
+      file, "needs about " + memoryText(needed) + " of memory, and " + memoryText(most) + " are to be had (--memory)");
+}
+
 std::string memoryText(double bytes) {
   std::ostringstream text;
   const bool large = bytes >= 1e9;

@@ -39,5 +39,8 @@ struct RunShape {
 // Bytes that a process of one run has in memory at most.
 double memoryOf(const RunShape& shape, const Settings& settings);
 
+// Throws Failure about the file when needed exceeds most; 0 for most: nobody knows.
+void requireMemory(const std::string& file, double needed, double most);
+
 // "1.2 GB", "380 MB"
 std::string memoryText(double bytes);

@@ -34,18 +34,23 @@ VImage greyOf(VImage mask) {
   return (mask.cast(VIPS_FORMAT_FLOAT).bandmean() / white * opacity).cast(VIPS_FORMAT_FLOAT);
 }
 
+// The mask as it lies over the picture, still of its own size.
+VImage fittingMask(const VImage& loaded, const std::string& file, const VImage& picture) {
+  const int orientation = vips_image_get_orientation(picture.get_image());
+  const VImage mask = turnedAway(greyOf(loaded.autorot()), orientation);
+  if (!sameProportions(mask, picture)) {
+    const auto size = [](const VImage& image) {
+      return std::to_string(image.width()) + " x " + std::to_string(image.height());
+    };
+    throw Failure(file,
+                  "this mask of " + size(mask) + " pixels has other proportions than the picture of " + size(picture));
+  }
+  return mask;
+}
+
 std::vector<float> maskOf(const std::string& file, const VImage& picture) {
   try {
-    const VImage loaded = loadPicture(file);
-    const int orientation = vips_image_get_orientation(picture.get_image());
-    VImage mask = turnedAway(greyOf(loaded.autorot()), orientation);
-    if (!sameProportions(mask, picture)) {
-      const auto size = [](const VImage& image) {
-        return std::to_string(image.width()) + " x " + std::to_string(image.height());
-      };
-      throw Failure(
-          file, "this mask of " + size(mask) + " pixels has other proportions than the picture of " + size(picture));
-    }
+    VImage mask = fittingMask(loadPicture(file), file, picture);
     if (mask.width() != picture.width() || mask.height() != picture.height()) {
       mask = mask.resize(static_cast<double>(picture.width()) / mask.width(),
                          VImage::option()
@@ -74,6 +79,16 @@ Settings settingsFor(const SettingsChoice& choice, int width, int height) {
 }
 
 bool isBlended(const SettingsChoice& choice) { return choice.mix != 100 || choice.mask; }
+
+void requireThatMaskFits(const SettingsChoice& choice, const VImage& picture) {
+  if (!choice.mask) return;
+  try {
+    Notes notes;
+    fittingMask(openPicture(*choice.mask, notes), *choice.mask, picture);
+  } catch (const vips::VError& error) {
+    throw Failure(*choice.mask, error.what());
+  }
+}
 
 std::vector<float> weightsOf(const SettingsChoice& choice, const VImage& picture) {
   const auto mix = static_cast<float>(choice.mix / 100);

@@ -16,6 +16,9 @@ Settings settingsFor(const SettingsChoice& choice, int width, int height);
 // blend would be one of rounded samples.
 bool isBlended(const SettingsChoice& choice);
 
+// Throws Failure when weightsOf would, for its mask, as far as the header of the mask's file tells.
+void requireThatMaskFits(const SettingsChoice& choice, const vips::VImage& picture);
+
 // How much of the result each pixel shows, 0 to 1, in rows: the mix times the mask, where there is one.
 //
 // A mask is white where the result shows in full and black where the original stays; transparent counts as black, and a

@@ -11,6 +11,7 @@
 #include "settings_file.h"
 #include "target_file.h"
 #include "text_file.h"
+#include "thumbnail.h"
 
 using vips::VImage;
 
@@ -45,6 +46,7 @@ void equalize(const Job& job, const WorkOptions& options, int depth, VipsBandFor
   blend(original, weights, document);
   picture = withSamples(picture, samples);
   putDocument(document, picture);
+  renewThumbnail(picture);
 }
 
 void writeTo(TargetFile& target, const Job& job, const WorkOptions& options, const FileFormat& format,
@@ -59,6 +61,15 @@ void writeTo(TargetFile& target, const Job& job, const WorkOptions& options, con
 }
 
 }  // namespace
+
+Outcome settled(const Job& job, Outcome::Status status, const std::string& reason) {
+  Outcome outcome;
+  outcome.input = job.input;
+  outcome.output = job.output;
+  outcome.status = status;
+  outcome.reason = reason;
+  return outcome;
+}
 
 Outcome work(const Job& job, const WorkOptions& options, const std::function<void(double)>& waitFor) {
   const auto start = std::chrono::steady_clock::now();
@@ -88,10 +99,8 @@ Outcome work(const Job& job, const WorkOptions& options, const std::function<voi
   outcome.memory = memoryOf({width, height, opened.bands(), colourBands(opened), bytesOf(opened.format()),
                              bytesOf(samples), depth / 8, isBlended(options.choice)},
                             settings);
-  if (options.mostMemory > 0 && outcome.memory > options.mostMemory) {
-    throw Failure(job.input, "needs about " + memoryText(outcome.memory) + " of memory, and " +
-                                 memoryText(options.mostMemory) + " are to be had (--memory)");
-  }
+  requireMemory(job.input, outcome.memory, options.mostMemory);
+  requireThatMaskFits(options.choice, opened);
   outcome.status = Outcome::Status::Done;
   if (options.dryRun) return outcome;
 

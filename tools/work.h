@@ -32,6 +32,9 @@ struct WorkOptions {
   unsigned threads = 1;   // for the estimate of time
 };
 
+// The outcome of a job that wasn't done.
+Outcome settled(const Job& job, Outcome::Status status, const std::string& reason);
+
 // Does the job. Once its needs are known, and before they are taken, waitFor is called with the bytes of memory; it
 // returns when they are free. Throws Failure, and std::bad_alloc.
 Outcome work(const Job& job, const WorkOptions& options, const std::function<void(double)>& waitFor);

@@ -28,9 +28,9 @@ struct Case {
 // Every file of the trial, with what is to be expected of it.
 class Trial : public Orbel {
  protected:
-  void add(const std::string& name, const VImage& picture, bool lossless = true) {
+  void add(const std::string& name, const VImage& picture, bool lossless = true, const char* options = "") {
     const std::string plain = path("in/plain" + fs::path(name).extension().string());
-    picture.write_to_file(plain.c_str());
+    picture.write_to_file((plain + options).c_str());
     fs::rename(plain, path("in/" + name));
     cases_.push_back({name, true, lossless});
   }
@@ -64,7 +64,7 @@ class Trial : public Orbel {
     add("inks.tif", inks.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_CMYK)), false);
     add("dot.png", testPicture(3, VIPS_FORMAT_UCHAR).crop(0, 0, 1, 1));
     add("strip.png", testPicture(3, VIPS_FORMAT_UCHAR).replicate(79, 1).crop(0, 0, 20000, 8));
-    add("palette.png", testPicture(3, VIPS_FORMAT_UCHAR));
+    add("palette.png", testPicture(3, VIPS_FORMAT_UCHAR), true, "[palette]");
     add("tall.png", testPicture(1, VIPS_FORMAT_UCHAR).replicate(1, 79).crop(0, 0, 8, 20000));
     cut("cut.jpg", testPicture(3, VIPS_FORMAT_UCHAR));
     cut("cut.tif", testPicture(3, VIPS_FORMAT_UCHAR));
@@ -237,6 +237,7 @@ TEST_F(Orbel, ConvertsDepthsAndColourModelsWithANote) {
     const char* note;
     VipsBandFormat format;
     std::vector<std::string> options;
+    const char* packed = "";
   };
   const VImage rgb = testPicture(3, VIPS_FORMAT_UCHAR);
   const VImage inks =
@@ -246,10 +247,13 @@ TEST_F(Orbel, ConvertsDepthsAndColourModelsWithANote) {
       {"lab.tif", rgb.colourspace(VIPS_INTERPRETATION_LABS), "Lab converted", VIPS_FORMAT_USHORT, {}},
       {"deep.png", testPicture(4, VIPS_FORMAT_USHORT), "", VIPS_FORMAT_UCHAR, {"-d", "u8"}},
       {"flat.png", rgb, "", VIPS_FORMAT_FLOAT, {"-d", "float", "--ext", "tif"}},
-      {"byte.png", rgb, "", VIPS_FORMAT_USHORT, {"-d", "u16"}}};
+      {"byte.png", rgb, "", VIPS_FORMAT_USHORT, {"-d", "u16"}},
+      {"palette.png", rgb, "indexed colours converted", VIPS_FORMAT_UCHAR, {}, "[palette]"},
+      {"lines.png", rgb[0] > 99, "one-bit samples converted", VIPS_FORMAT_UCHAR, {}, "[bitdepth=1]"},
+      {"lines.tif", rgb[0] > 99, "one-bit samples converted", VIPS_FORMAT_UCHAR, {}, "[bitdepth=1]"}};
   for (const Conversion& c : conversions) {
     SCOPED_TRACE(c.input);
-    c.picture.write_to_file(path(c.input).c_str());
+    c.picture.write_to_file((path(c.input) + c.packed).c_str());
     std::vector<std::string> words = {"apply", path(c.input), "-o", path("out/")};
     words.insert(words.end(), c.options.begin(), c.options.end());
     const Ending outcome = run(words);

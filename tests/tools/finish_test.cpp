@@ -148,6 +148,9 @@ TEST_F(FinishTest, BlendsBeforeTheDepthGoesBack) {
   fits("half.png", (in + full) / 2);
   fits("masked.png", load("mask.png").ifthenelse(full, in));
   EXPECT_NE(orbel("in.png deep.png --mix 50 --host-depth 16"), 0);
+  save("wrong.png", corner(20, 40, 10, 255));
+  EXPECT_EQ(orbel("in.png dry.png --mask mask.png --dry-run"), 0);
+  EXPECT_EQ(orbel("in.png dry.png --mask wrong.png --dry-run"), 256 * 1);
 }
 
 // The bands less middle grey, and the residual, are the equalized picture.
@@ -167,6 +170,8 @@ TEST_F(FinishTest, BandsAddUp) {
   EXPECT_GT(load("bands/contact-sheet.png").width(), 3 * 70);
   EXPECT_EQ(orbel("bands in.tif -o bands"), 256 * 1);
   EXPECT_EQ(orbel("bands in.tif -o bands -f --ref-edge 70"), 0);
+  EXPECT_EQ(orbel("bands in.tif -o none --memory 50M"), 256 * 1);
+  EXPECT_FALSE(fs::exists(path("none")));
 }
 
 }  // namespace

@@ -8,7 +8,9 @@
 #include <chrono>
 #include <cmath>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
+#include <regex>
 #include <thread>
 
 #include "orbel_run.h"
@@ -117,6 +119,64 @@ TEST_P(Metadata, GoesThroughUntouched) {
   EXPECT_GT(difference(before, after), 0);
 }
 INSTANTIATE_TEST_SUITE_P(Files, Metadata, testing::Values("jpg", "png", "tif", "webp"));
+
+// A thumbnail shows the picture beside which it stands, at most 160 pixels a side.
+TEST_F(Orbel, RenewsThumbnails) {
+  VImage picture = testPicture(3, VIPS_FORMAT_UCHAR).replicate(2, 1).copy_memory();
+  VipsBlob* const jpeg = VImage::black(160, 80).jpegsave_buffer();
+  std::size_t size = 0;
+  const void* bytes = vips_blob_get(jpeg, &size);
+  vips_image_set_blob_copy(picture.get_image(), "jpeg-thumbnail-data", bytes, size);
+  vips_area_unref(VIPS_AREA(jpeg));
+  picture.write_to_file(path("in.jpg").c_str());
+  for (const char* out : {"out.jpg", "out.webp", "out.tif"}) {
+    const Ending outcome = run({path("in.jpg"), path(out), "--contrast", "0", "--factor", "0", "--half", "--planes"});
+    ASSERT_EQ(outcome.code(), 0) << outcome.errors;
+    const VImage after = load(path(out));
+    if (after.get_typeof("jpeg-thumbnail-data") == 0) {
+      EXPECT_EQ(out, std::string("out.tif"));
+      continue;
+    }
+    const void* const thumbnail = after.get_blob("jpeg-thumbnail-data", &size);
+    const VImage shown = VImage::new_from_buffer(thumbnail, size, "");
+    EXPECT_EQ(shown.width(), 160);
+    EXPECT_EQ(shown.height(), 80);
+    EXPECT_LE((shown - 128).abs().max(), 2) << out;
+  }
+}
+
+TEST_F(Orbel, RecipesMakeThePictureAgain) {
+  testPicture(3, VIPS_FORMAT_UCHAR).write_to_file(path("in.png").c_str());
+  const std::vector<std::string> first = {path("in.png"), path("out.png"), "--contrast", "150,80,120,100,90", "--mix",
+                                          "80",           "--ref-edge",    "300",        "--recipe"};
+  Ending outcome = run(first);
+  ASSERT_EQ(outcome.code(), 0) << outcome.errors;
+  outcome = run({path("in.png"), path("again.png"), "-p", path("out.png.toml")});
+  ASSERT_EQ(outcome.code(), 0) << outcome.errors;
+  EXPECT_EQ(difference(load(path("out.png")), load(path("again.png"))), 0);
+  EXPECT_GT(difference(load(path("in.png")), load(path("again.png"))), 0);
+
+  fs::remove(path("out.png"));
+  outcome = run(first);
+  EXPECT_EQ(outcome.code(), 1);
+  EXPECT_NE(outcome.errors.find(path("out.png.toml") + ": is there already"), std::string::npos) << outcome.errors;
+  EXPECT_FALSE(fs::exists(path("out.png")));
+}
+
+// As a shell with the completion loaded asks for it.
+TEST_F(Orbel, CompletesInBash) {
+  const std::vector<std::pair<std::string, std::string>> lines = {{"orbel pre", "presets\n"},
+                                                                  {"orbel apply --contr", "--contrast\n"},
+                                                                  {"orbel presets sh", "show\n"},
+                                                                  {"orbel bands --mem", "--memory\n"}};
+  for (const auto& [line, expected] : lines) {
+    const std::string words = "COMP_WORDS=(" + line + "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1));";
+    const std::string script = "cd " + folder_.string() + "; source <(" + program_ + " completion bash); " + words +
+                               " _orbel; printf '%s\\n' \"${COMPREPLY[@]}\" >words";
+    ASSERT_EQ(std::system(("bash -c '" + std::regex_replace(script, std::regex("'"), "'\\''") + "'").c_str()), 0);
+    EXPECT_EQ(contentOf(path("words")), expected) << line;
+  }
+}
 
 // What can't be done ends with one line about the right file, and leaves the target and its folder as they were.
 struct Trouble {
