@@ -35,8 +35,8 @@
 namespace ROW {
 namespace {
 
-// Columns of b that go together: their sums stay in registers while a's pass by.
-constexpr int tileColumns = LANES == 16 ? 4 : 2;
+// Columns of b that go together: their sums stay at hand while a's pass by.
+constexpr int tileColumns = 4;
 
 // What grows for one output in each lane.
 struct Sums {
@@ -121,40 +121,85 @@ struct Tile {
 
 enum class Grow { sumsOfBoth, sumsOfA, sumsOfB };
 
-// One column of row a against columns first to last - 1 of the tile. Each step is done for all of them before the next:
-// in this order the processor finds enough to do while each waits for the one before. spatial[-i] is the exponent's
-// spatial term for column i.
+// Of one column of row a with each column of the tile.
+struct Exponents {
+  Floats of[tileColumns];
+};
+struct Weights {
+  Floats of[tileColumns];
+};
+
+// Each step is done for columns first to last - 1 before the next step: in this order the processor finds enough to do
+// while each waits for the one before. spatial[-i] is the exponent's spatial term for column i.
+template <int first, int last>
+inline __attribute__((always_inline)) Exponents exponents(Floats value, const Tile& tile, const Floats* spatial,
+                                                          float kr) {
+  Exponents e;
+#pragma GCC unroll 4
+  for (int i = first; i < last; ++i) e.of[i] = tile.value[i] - value;
+#pragma GCC unroll 4
+  for (int i = first; i < last; ++i) e.of[i] = e.of[i] * e.of[i];
+#pragma GCC unroll 4
+  for (int i = first; i < last; ++i) e.of[i] = spatial[-i] + e.of[i] * kr;
+  return e;
+}
+template <int first, int last>
+inline __attribute__((always_inline)) Weights weigh(const Exponents& e) {
+  Weights weights;
+#pragma GCC unroll 4
+  for (int i = first; i < last; ++i) weights.of[i] = e.of[i] * exponentScale;
+#pragma GCC unroll 4
+  for (int i = first; i < last; ++i) weights.of[i] = fastExponential<Floats>(e.of[i], weights.of[i]);
+  return weights;
+}
+
+// Adds that column to the tile's sums, and the tile's columns to that column's.
 template <int first, int last, Grow grow>
-inline __attribute__((always_inline)) void addPairs(Floats value, Sums* sums, Tile& tile, const Floats* spatial,
-                                                    float kr) {
-  Floats e[tileColumns];
-  Floats weight[tileColumns];
-#pragma GCC unroll 4
-  for (int i = first; i < last; ++i) e[i] = tile.value[i] - value;
-#pragma GCC unroll 4
-  for (int i = first; i < last; ++i) e[i] = e[i] * e[i];
-#pragma GCC unroll 4
-  for (int i = first; i < last; ++i) e[i] = spatial[-i] + e[i] * kr;
-#pragma GCC unroll 4
-  for (int i = first; i < last; ++i) weight[i] = e[i] * exponentScale;
-#pragma GCC unroll 4
-  for (int i = first; i < last; ++i) weight[i] = fastExponential<Floats>(e[i], weight[i]);
+inline __attribute__((always_inline)) void addWeighed(Floats value, Sums* sums, Tile& tile, const Weights& weights) {
   if constexpr (grow != Grow::sumsOfA) {
 #pragma GCC unroll 4
     for (int i = first; i < last; ++i) {
-      tile.sums[i].norm += weight[i];
-      tile.sums[i].sum += value * weight[i];
+      tile.sums[i].norm += weights.of[i];
+      tile.sums[i].sum += value * weights.of[i];
     }
   }
   if constexpr (grow != Grow::sumsOfB) {
     Sums total = *sums;
 #pragma GCC unroll 4
     for (int i = first; i < last; ++i) {
-      total.norm += weight[i];
-      total.sum += tile.value[i] * weight[i];
+      total.norm += weights.of[i];
+      total.sum += tile.value[i] * weights.of[i];
     }
     *sums = total;
   }
+}
+
+template <int first, int last, Grow grow>
+inline __attribute__((always_inline)) void addPairs(Floats value, Sums* sums, Tile& tile, const Floats* spatial,
+                                                    float kr) {
+  addWeighed<first, last, grow>(value, sums, tile,
+                                weigh<first, last>(exponents<first, last>(value, tile, spatial, kr)));
+}
+
+// The same for count columns of a with the whole tile. Three of them are in work at a time, since the steps of a pair
+// wait for each other longer than the processor looks ahead: while one is added, the weights of the next are made, and
+// the exponents of the one after it.
+template <Grow grow>
+inline __attribute__((always_inline)) void addColumns(int count, const Floats* a, Sums* sums, Tile& tile,
+                                                      const Floats* spatial, float kr) {
+  constexpr int all = tileColumns;
+  if (count == 1) addPairs<0, all, grow>(*a, sums, tile, spatial, kr);
+  if (count < 2) return;
+  Weights weights = weigh<0, all>(exponents<0, all>(a[0], tile, spatial, kr));
+  Exponents next = exponents<0, all>(a[1], tile, spatial + 1, kr);
+  int i = 0;
+  for (; i < count - 2; ++i) {
+    addWeighed<0, all, grow>(a[i], sums + i, tile, weights);
+    weights = weigh<0, all>(next);
+    next = exponents<0, all>(a[i + 2], tile, spatial + i + 2, kr);
+  }
+  addWeighed<0, all, grow>(a[i], sums + i, tile, weights);
+  addWeighed<0, all, grow>(a[i + 1], sums + i + 1, tile, weigh<0, all>(next));
 }
 
 // The same where only some columns of the tile are in reach.
@@ -242,8 +287,9 @@ void addRow(const Layout& layout, const Rows& work, int rowA, int rowB, Gaussian
     for (; at < enteredAt; ++at) {
       addSomePairs<grow>(0, at - begin + 1, a[at], sumsOfA + at, tile, distances.at(at - x), factors.kr);
     }
-    for (const int until = leavingAt < end ? leavingAt : end; at < until; ++at) {
-      addPairs<0, tileColumns, grow>(a[at], sumsOfA + at, tile, distances.at(at - x), factors.kr);
+    if (const int until = leavingAt < end ? leavingAt : end; at < until) {
+      addColumns<grow>(until - at, a + at, sumsOfA + at, tile, distances.at(at - x), factors.kr);
+      at = until;
     }
     if (behind <= end) {
       addWhileLeaving<grow>(a + at, sumsOfA + at, tile, distances.at(at - x), factors.kr);

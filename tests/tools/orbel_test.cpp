@@ -147,8 +147,8 @@ TEST_F(Orbel, RenewsThumbnails) {
 
 TEST_F(Orbel, RecipesMakeThePictureAgain) {
   testPicture(3, VIPS_FORMAT_UCHAR).write_to_file(path("in.png").c_str());
-  const std::vector<std::string> first = {path("in.png"), path("out.png"), "--contrast", "150,80,120,100,90", "--mix",
-                                          "80",           "--ref-edge",    "300",        "--recipe"};
+  const std::vector<std::string> first = {path("in.png"), path("out.png"), "--factor", "90",      "--mix",
+                                          "80",           "--ref-edge",    "300",      "--recipe"};
   Ending outcome = run(first);
   ASSERT_EQ(outcome.code(), 0) << outcome.errors;
   outcome = run({path("in.png"), path("again.png"), "-p", path("out.png.toml")});
