@@ -25,7 +25,7 @@ constexpr float RGBtoYUV[3][4] = {
 };
 
 // Rounded up. In integers: a float has no room for the heights of very tall images.
-int quotient(int a, int b) { return a / b + (a % b != 0 ? 1 : 0); }
+int quotient(int a, int b) { return a / b + (a % b > 0 ? 1 : 0); }
 
 // Part index of count, as wide as whole.
 KivImage part(const KivImage& whole, int rows, int index, int count) {

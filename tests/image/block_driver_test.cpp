@@ -61,6 +61,15 @@ TEST(BlockDriver, CutsWhereItSays) {
   EXPECT_EQ(stripHeights(201), joined({tens(5), {1}, tens(5), {1}, tens(5), {1}, tens(4), {8}}));
 }
 
+TEST(BlockDriver, FindsNoStripInAViewOfLessThanNothing) {
+  KivImage image(2, 4, 1);
+  const auto fail = [](KivImage&, KivImage&, void*) { throw std::runtime_error("strip"); };
+  for (const int margin : {2, 3, 9}) {
+    KivImage view = image.Sub_Section(0, margin);
+    EXPECT_NO_THROW(DoMP(view, view, fail, nullptr)) << margin;
+  }
+}
+
 TEST(BlockDriver, HandsOnAnException) {
   KivImage image = randomImage(3, 230, 1, 1);
   const auto fail = [](KivImage& in, KivImage&, void* user) {
