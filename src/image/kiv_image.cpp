@@ -30,9 +30,11 @@ void spreadPlanes(float** table, int first, int count, float* samples, int strid
 }  // namespace
 
 void ImageMalloc(float** planes, int& stride, int channels, IppiSize size) {
+  if (channels < 1) throw NO_MEMORY_ERROR();
+  // A number of rows that 32 bits would wrap round is refused as none.
   const std::int64_t rows = std::int64_t{size.height} * channels;
-  if (channels < 1 || rows > INT32_MAX) throw NO_MEMORY_ERROR();
-  float* block = ippiMalloc_32f_C1(size.width, static_cast<std::int32_t>(rows), &stride);
+  const bool fits = rows >= 1 && rows <= INT32_MAX;
+  float* block = ippiMalloc_32f_C1(size.width, fits ? static_cast<std::int32_t>(rows) : 0, &stride);
   if (block == nullptr) throw NO_MEMORY_ERROR();
   spreadPlanes(planes, 0, channels, block, stride, size.height);
 }

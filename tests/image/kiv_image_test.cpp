@@ -36,8 +36,9 @@ TEST_P(ImpossibleShape, ThrowsAndLeavesTheImageEmpty) {
 INSTANTIATE_TEST_SUITE_P(All, ImpossibleShape,
                          testing::Values(Shape{0, 1, 1}, Shape{1, 0, 1}, Shape{1, 1, 0}, Shape{-4, 4, 1},
                                          Shape{4, 4, -1}, Shape{INT32_MAX, 1, 1}, Shape{30000, 30000, 1},
-                                         // rows in 32 bits would wrap round to 2 and to 0
-                                         Shape{4, 0x40000001, 4}, Shape{1, 0x40000000, 4}));
+                                         // rows in 32 bits would wrap round to 2, to 0 and to 196
+                                         Shape{4, 0x40000001, 4}, Shape{1, 0x40000000, 4},
+                                         Shape{16, -1431655700, 3}));
 
 TEST(KivImageMemory, AllocationHelpersGiveWhatTheImageAndThePrimitivesDo) {
   KivImage image;
