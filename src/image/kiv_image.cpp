@@ -35,6 +35,7 @@ void ImageMalloc(float** planes, int& stride, int channels, IppiSize size) {
   const std::int64_t rows = std::int64_t{size.height} * channels;
   const bool fits = rows >= 1 && rows <= INT32_MAX;
   float* block = ippiMalloc_32f_C1(size.width, fits ? static_cast<std::int32_t>(rows) : 0, &stride);
+  planes[0] = block;  // null too: an image that shares the table releases this entry
   if (block == nullptr) throw NO_MEMORY_ERROR();
   spreadPlanes(planes, 0, channels, block, stride, size.height);
 }

@@ -436,7 +436,8 @@ class KivImage {
 
 // ---- Allocation ----
 
-// One block for channels planes of the given size; writes stride and the table's entries.
+// One block for channels planes of the given size; writes stride and the table's entries. The first entry becomes null
+// where there is no memory.
 void ImageMalloc(float** planes, int& stride, int channels, IppiSize size);
 // The same for an image whose planes table, channels and size are set.
 void ImageMalloc(KivImage& image);

@@ -51,8 +51,11 @@ TEST(KivImageMemory, AllocationHelpersGiveWhatTheImageAndThePrimitivesDo) {
   fillRandom(image, 1);
   EXPECT_TRUE(sameBits(image, randomImage(100, 50, 3, 1)));
   int stride = 0;
-  float* plane = nullptr;
-  EXPECT_THROW(ImageMalloc(&plane, stride, 1, {0, 1}), NO_MEMORY_ERROR);
+  float* entries[] = {image.planes[0], image.planes[0]};
+  EXPECT_THROW(ImageMalloc(&entries[0], stride, 1, {0, 1}), NO_MEMORY_ERROR);
+  EXPECT_THROW(ImageMalloc(&entries[1], stride, 1, {1, -1}), NO_MEMORY_ERROR);
+  EXPECT_EQ(entries[0], nullptr);
+  EXPECT_EQ(entries[1], nullptr);
 
   unsigned char* const bytes = IppiMalloc8(65, 2, &stride);
   EXPECT_EQ(stride, 128);
