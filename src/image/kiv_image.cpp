@@ -193,7 +193,9 @@ void KivImage::Expend(const KivImage& src) {
   const int missing = src.channels - channels;
   const std::int64_t rows = std::int64_t{missing} * size.height;
   const std::int64_t bytes = rows * stride;
-  if (missing < 1 || size.height < 1 || rows > INT32_MAX || bytes > INT32_MAX) throw NO_MEMORY_ERROR();
+  if (missing < 1 || size.width < 1 || size.height < 1 || rows > INT32_MAX || bytes > INT32_MAX) {
+    throw NO_MEMORY_ERROR();
+  }
   std::unique_ptr<float*[]> table(newTable(src.channels));
   std::unique_ptr<AddedBlock> block(new AddedBlock{nullptr, added_});
   // As wide as this image's rows, padding included: a view keeps its parent's stride.
