@@ -47,7 +47,8 @@ inline Pointer* alignUp(Pointer* pointer, std::uintptr_t alignment) {
   return reinterpret_cast<Pointer*>((reinterpret_cast<std::uintptr_t>(pointer) + alignment - 1) & ~(alignment - 1));
 }
 
-// The rows of one call and what lies around them.
+// The rows of one call and what lies around them. A strip is a band of some of its region's columns; the border is that
+// of the region.
 template <typename Sample>
 struct Band {
   const Sample* src;
@@ -58,6 +59,8 @@ struct Band {
   std::int64_t height;
   std::uint32_t border;
   Sample value;
+  std::int64_t before = 0;  // the region's columns to the left of a strip
+  std::int64_t behind = 0;  // and to its right
 };
 
 struct RingBuffer {
@@ -278,22 +281,23 @@ inline const float* inPlace(const Sample*) {
 }
 
 // Columns -r up to width + r of a row of the extended image: in the source itself where it has them all as floats, else
-// in the buffer.
+// in the buffer. A kernel may reach across a neighbouring strip and beyond the region, so columns count from its first.
 template <typename Sample>
 inline const float* extendRow(const Sample* row, const Band<Sample>& band, std::int64_t r, float* extended) {
-  const Axis columns = columnsAxis(band.width, band.border);
-  const std::int64_t begin = -r;
-  const std::int64_t end = band.width + r;
+  const Axis columns = columnsAxis(band.before + band.width + band.behind, band.border);
+  const Sample* const region = row - band.before;
+  const std::int64_t begin = band.before - r;
+  const std::int64_t end = band.before + band.width + r;
   const std::int64_t beginReal = begin > columns.firstReal() ? begin : columns.firstReal();
   const std::int64_t endReal = end < columns.endOfReal() ? end : columns.endOfReal();
-  if (begin == beginReal && end == endReal && inPlace(row) != nullptr) return inPlace(row) + begin;
+  if (begin == beginReal && end == endReal && inPlace(row) != nullptr) return inPlace(row) - r;
 
   const auto synthesise = [&](std::int64_t x) {
-    const Sample sample = columns.kind == ippBorderConst ? band.value : load<Sample>(row + columns.standIn(x));
+    const Sample sample = columns.kind == ippBorderConst ? band.value : load<Sample>(region + columns.standIn(x));
     extended[x - begin] = static_cast<float>(sample);
   };
   for (std::int64_t x = begin; x < beginReal; ++x) synthesise(x);
-  convertSamples(row + beginReal, endReal - beginReal, extended + (beginReal - begin));
+  convertSamples(region + beginReal, endReal - beginReal, extended + (beginReal - begin));
   for (std::int64_t x = endReal; x < end; ++x) synthesise(x);
   return extended;
 }

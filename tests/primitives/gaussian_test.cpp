@@ -169,6 +169,11 @@ void forManyShapes(Check check) {
       if (testing::Test::HasFailure()) FAIL() << width << " x " << height << ", border " << border;
     }
   }
+  for (const unsigned border : borders) {
+    check(130, 3, 301, border);  // beyond the sides of the region from any column
+    check(16385, 1, 3, border);  // one column more than many strips hold
+    if (testing::Test::HasFailure()) FAIL() << "border " << border;
+  }
 }
 
 TEST(GaussianBand, EqualsTheFormulaOnEveryRowOfBodies) {

@@ -55,14 +55,19 @@ bool areApart(const Band<float>& band) {
 void filterInStrips(const Band<float>& band, const float* taps, std::int64_t k, void* buffer) {
   const std::int64_t fewest = (band.width + stripWidth - 1) / stripWidth;
   const std::int64_t count = fewest > 2 ? fewest : 2;
-  const std::int64_t width = ((band.width + count - 1) / count + 15) / 16 * 16;
-  for (std::int64_t x = 0; x < band.width; x += width) {
+  // Whole cache lines but for the last strip, which is narrower than the others by less than two of them: each has the
+  // columns that a vector takes.
+  const auto begin = [&](std::int64_t strip) {
+    if (strip == count) return band.width;
+    return (band.width / count * strip + band.width % count * strip / count + 15) / 16 * 16;
+  };
+  for (std::int64_t i = 0; i < count; ++i) {
     Band<float> strip = band;
-    strip.src = band.src + x;
-    strip.dst = band.dst + x;
-    strip.width = band.width - x < width ? band.width - x : width;
-    if (x > 0) strip.border |= ippBorderInMemLeft;
-    if (x + width < band.width) strip.border |= ippBorderInMemRight;
+    strip.before = begin(i);
+    strip.src = band.src + strip.before;
+    strip.dst = band.dst + strip.before;
+    strip.width = begin(i + 1) - strip.before;
+    strip.behind = band.width - begin(i + 1);
     filterBandByFours(strip, taps, k, divide(buffer, strip.width, k + linesAtOnce - 1));
   }
 }
