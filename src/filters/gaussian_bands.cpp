@@ -2,6 +2,8 @@
 
 #include "filters/gaussian_bands.h"
 
+#include <omp.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cmath>
@@ -26,6 +28,22 @@ struct BandCut {
     int band = 0;
     while (!isLast(band)) ++band;
     return band + 1;
+  }
+};
+
+// Four threads that are not the runtime's own team. Between teams of different sizes the runtime dismisses the threads
+// that are too many, and nobody can wait for those any more: they may be on their way out while the module is unloaded.
+// A pause waits for them.
+class TeamOfFour {
+ public:
+  TeamOfFour() { endOthers(); }
+  TeamOfFour(const TeamOfFour&) = delete;
+  TeamOfFour& operator=(const TeamOfFour&) = delete;
+  ~TeamOfFour() { endOthers(); }
+
+ private:
+  static void endOthers() {
+    if (omp_get_max_threads() != threadCount) omp_pause_resource_all(omp_pause_soft);
   }
 };
 
@@ -79,6 +97,7 @@ void blurInBands(const KivImage& src, KivImage& dst, float sigma, int multiplier
 
   const int bandCount = cut.count();
   std::atomic<bool> outOfMemory{false};
+  const TeamOfFour team;
 #pragma omp parallel num_threads(threadCount)
   {
     const Scratch scratch = tryScratch(gaussian.scratchBytes());

@@ -8,11 +8,27 @@
 #include "support/loaded_module.h"
 
 #if !defined(_WIN32)
+#include <dlfcn.h>
 #include <link.h>
+#include <pthread.h>
+
+#include <atomic>
 #endif
 
 // There is no linked entry here: every host is given the loaded one.
 PluginMainProc linkedEntry() { return nullptr; }
+
+#if !defined(_WIN32)
+namespace {
+std::atomic<int> detached{0};
+}
+
+// In place of the C library's. Nobody can wait for a detached thread: it may still run when its code is unloaded.
+extern "C" int pthread_detach(pthread_t thread) noexcept {
+  ++detached;
+  return reinterpret_cast<int (*)(pthread_t)>(dlsym(RTLD_NEXT, "pthread_detach"))(thread);
+}
+#endif
 
 namespace {
 
@@ -65,6 +81,9 @@ int main(int count, char** arguments) try {
         const auto before = host.planes;
         demand(host.run() == 0, "the run failed", round);
         demand(isAlone(threads), "a thread outlived the run", round);
+#if !defined(_WIN32)
+        demand(detached == 0, "the run left a thread that nobody waits for", round);
+#endif
         host.checkFences();
         demand(host.violations.empty(), "the run broke the interface", round);
         demand(host.planes != before, "the run changed nothing", round);
