@@ -78,6 +78,7 @@ int main(int count, char** arguments) try {
       for (int run = 0; run < 2; ++run) {
         TestHost host(96, 64, 3, 16, module.procedure<PluginMainProc>("PluginMain"));
         host.fillWithPattern(1);
+        host.play({{fourCharacters("RAD1"), typeFloat, 10}});  // a Gaussian with threads of its own
         const auto before = host.planes;
         demand(host.run() == 0, "the run failed", round);
         demand(isAlone(threads), "a thread outlived the run", round);
