@@ -75,7 +75,7 @@ constexpr int farthestReach = reducedBandRows / 4;
 bool blurAndHalve(const KivImage& level, float sigma, KivImage& reduced) {
   const int reach = gaussianReach(sigma, lowPassReach);
   if (reach < 1 || reach > farthestReach) return false;
-  const int mostRows = 2 * (reducedBandRows + 2 + reach);
+  const int mostRows = std::min(2 * (reducedBandRows + 2 + reach), level.size.height);
   const GaussianBands gaussian(level.size, sigma, lowPassReach, mostRows);
   const Resizer halving(level.size, reduced.size);
   if (!gaussian.isServed() || !halving.isServed()) return false;
