@@ -43,5 +43,6 @@ endif()
 if(ORBEL_SANITIZE)
   target_compile_options(orbel_options INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  target_compile_definitions(orbel_options INTERFACE ORBEL_SANITIZED)
   target_link_options(orbel_options INTERFACE -fsanitize=address,undefined)
 endif()

@@ -2,6 +2,7 @@
 #include "host/filter_entry.h"
 
 #include "host/filter_run.h"
+#include "host/float_environment.h"
 #include "host/globals.h"
 #include "host/host_services.h"
 #include "host/parameter_record.h"
@@ -52,6 +53,7 @@ void dispatch(std::int16_t selector, Globals* globals) {
 }
 
 void runSelector(std::int16_t selector, FilterRecord* record, std::intptr_t* data, std::int16_t* result) {
+  const FloatEnvironment floats;
   sSPBasic = record->sSPBasic;
   Globals* globals = AllocateGlobals(result, record, record->handleProcs, sizeof(Globals), data, InitGlobals);
   if (globals == nullptr) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cfenv>
 #include <cmath>
 #include <cstring>
 #include <functional>
@@ -173,6 +174,22 @@ TEST(FilterRun, HostRowsAtOddAddresses) {
     EXPECT_EQ(host.run(), 0);
     expectDocument(host, expected);
     expectManners(host);
+  }
+}
+
+TEST(FilterRun, KnowsOneRoundingWhateverTheHostHasSet) {
+  std::vector<std::vector<unsigned char>> expected;
+  for (const bool strange : {false, true}) {
+    TestHost host(40, 37, 3, 32);
+    host.fillWithPattern(5);
+    host.play(script());
+    if (strange) std::fesetround(FE_UPWARD);
+    const std::int16_t code = host.run();
+    EXPECT_EQ(std::fegetround(), strange ? FE_UPWARD : FE_TONEAREST) << "left changed to the host";
+    std::fesetround(FE_TONEAREST);
+    EXPECT_EQ(code, 0);
+    if (!strange) expected = host.planes;
+    EXPECT_EQ(host.planes, expected);
   }
 }
 
