@@ -20,8 +20,8 @@ constexpr std::int64_t largestBlock = 0x7FFFFFFF;
 // What the plug-in has in memory at most, in bytes a pixel, its float image included: as measured with orbel apply on
 // 24 megapixels, less the host's own. An edge-preserving filter on the finest band needs the most.
 constexpr double moduleBytesWithFinestEdges = 22.5;
-constexpr double moduleBytesOnLuminance = 20.5;
-constexpr double moduleBytesOnPlanes = 17;
+constexpr double moduleBytesOnLuminance = 18;
+constexpr double moduleBytesOnPlanes = 14.5;
 // A process that has loaded the libraries and the module, and read and written a small picture.
 constexpr double processBytes = 62e6;
 
@@ -129,14 +129,15 @@ void requireThatHostHolds(const std::string& file, int width, int height) {
 
 double memoryOf(const RunShape& s, const Settings& settings) {
   const double pixels = static_cast<double>(s.width) * s.height;
-  const double pictures = s.bands * std::max(s.readBytes, s.writtenBytes);
-  const double documents = (s.colours + 3) * s.documentBytes;
+  const double read = s.bands * s.readBytes;
   const double blending = s.blended ? s.colours * s.documentBytes + 4 : 0;  // the original and the weights
   const LowPass finest = lowPassOf(settings, 0);
   const double module = finest.keepsEdges && finest.works() ? moduleBytesWithFinestEdges
                         : settings.value("LUMI") != 0.0     ? moduleBytesOnLuminance
                                                             : moduleBytesOnPlanes;
-  return processBytes + pixels * (pictures + documents + blending + module);
+  const double running = read + (s.colours + 3) * s.documentBytes + blending + module;
+  const double writing = read + s.bands * s.writtenBytes + s.colours * s.documentBytes + blending;
+  return processBytes + pixels * std::max(running, writing);
 }
 
 void requireMemory(const std::string& file, double needed, double most) {

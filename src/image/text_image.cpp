@@ -18,6 +18,12 @@
 
 #include "image/kiv_image.h"
 
+#if defined(_WIN32)
+#include <fcntl.h>
+#include <io.h>
+#include <sys/stat.h>
+#endif
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -150,6 +156,16 @@ struct FileClose {
 };
 using File = std::unique_ptr<std::FILE, FileClose>;
 
+// Opened for writing; null where something of that name is there. The mode "x" of fopen isn't known everywhere.
+File createNew(const std::string& name) {
+#if defined(_WIN32)
+  const int descriptor = _open(name.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY, _S_IREAD | _S_IWRITE);
+  return File(descriptor < 0 ? nullptr : _fdopen(descriptor, "wb"));
+#else
+  return File(std::fopen(name.c_str(), "wbx"));
+#endif
+}
+
 // Grows in a temporary file beside the target and takes its place when it is complete.
 class NewFile {
  public:
@@ -165,18 +181,21 @@ class NewFile {
   void open() {
     std::error_code error;
     const fs::file_status status = fs::status(target_, error);
+    if (status.type() == fs::file_type::none) fail(error.message());
+    // A link stays, and what it points to is written, though it isn't there yet.
+    while (fs::is_symlink(fs::symlink_status(target_, error))) {
+      target_ = target_.parent_path() / fs::read_symlink(target_, error);
+      if (error) fail(error.message());
+    }
     const bool replaces = fs::exists(status);
     if (replaces) {
       if (!fs::is_regular_file(status)) fail("no regular file");
-      // A link stays, and what it points to is replaced.
-      target_ = fs::canonical(target_, error);
-      if (error) fail(error.message());
       // A rename would get past a file that may not be written.
       if (File(std::fopen(target_.string().c_str(), "r+b")) == nullptr) fail(reason(errno));
     }
     for (int attempt = 0; file_ == nullptr; ++attempt) {
       const fs::path candidate = target_.parent_path() / (".kiv-image-" + std::to_string(attempt) + ".tmp");
-      file_.reset(std::fopen(candidate.string().c_str(), "wbx"));
+      file_ = createNew(candidate.string());
       if (file_ != nullptr) temporary_ = candidate;
       if (file_ == nullptr && (errno != EEXIST || attempt == 100)) fail(reason(errno));
     }

@@ -233,6 +233,12 @@ TEST_F(TextImage, WritesWholeFilesOrNone) {
   EXPECT_TRUE(sameBits(KivImage(name.c_str()), image));
   EXPECT_EQ(fs::status(name).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 
+  const fs::path ahead = folder / "ahead";
+  fs::create_symlink("later.txt", ahead);
+  image.Write(ahead.c_str());
+  EXPECT_TRUE(fs::is_symlink(ahead));
+  EXPECT_TRUE(sameBits(KivImage((folder / "later.txt").c_str()), image));
+
   // Nobody, who may make files in this folder, may not write this one. Only root can become nobody, or has to.
   fs::permissions(name, fs::perms::owner_read);
   fs::permissions(folder, fs::perms::all);
