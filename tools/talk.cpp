@@ -124,6 +124,7 @@ void Talk::summarize() {
   std::FILE* const results = options_.resultsToErrors ? stderr : stdout;
   fmt::print(results, "{} done, {} failed, {} skipped", done_, failed_, skipped_);
   if (left > 0) fmt::print(results, ", {} not begun", left);
-  if (!options_.dryRun) fmt::print(results, "; {:.1f} megapixels/s in {}", megapixelsPerSecond(), clock(secondsGone()));
+  if (!options_.dryRun && done_ > 0)
+    fmt::print(results, "; {:.1f} megapixels/s in {}", megapixelsPerSecond(), clock(secondsGone()));
   fmt::print(results, "\n");
 }
