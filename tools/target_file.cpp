@@ -6,9 +6,11 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <random>
 #include <system_error>
 
 #include "failure.h"
@@ -48,8 +50,12 @@ std::string withoutLinks(const std::string& name) {
   return path.string();
 }
 
+// Of this run and its workers: in a folder that several machines share, a process's number is no name of its own.
+const std::uint32_t runMark = std::random_device{}();
+
 std::string temporaryName(const fs::path& target, int process) {
-  return (target.parent_path() / (".orbel-" + std::to_string(process) + ".tmp")).string();
+  const std::string mark = std::to_string(runMark) + "-" + std::to_string(process);
+  return (target.parent_path() / (".orbel-" + mark + ".tmp")).string();
 }
 
 const char* const isThere = "is there already; -f overwrites it";
@@ -72,7 +78,6 @@ TargetFile::TargetFile(const std::string& name, bool overwrite)
   }
 
   temporary_ = temporaryName(target_, getpid());
-  unlink(temporary_.c_str());  // of a process of the same number, long ago
   descriptor_ = open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode | S_IWUSR);
   if (descriptor_ < 0) throw Failure(name_, reason(errno));
   const std::string exiftools = temporary_ + exiftoolSuffix;
