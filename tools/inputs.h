@@ -22,9 +22,9 @@ struct Inputs {
 };
 
 // The named files and those of the list, in that order; with recursive, in the place of a folder the pictures below it,
-// by their names' extensions, in the order of names. Hidden files and folders, and what keepOriginal left, don't count;
-// links to folders aren't followed. A list has one name a line, or names that end with zero bytes (find -print0).
-// Throws Failure when the list or a folder can't be read.
+// by their names' extensions, in the order of names. Hidden files and folders, and what was kept as NAME_original,
+// don't count; links to folders aren't followed. A list has one name a line, or names that end with zero bytes (find
+// -print0). Throws Failure when the list or a folder can't be read.
 Inputs listInputs(const InputArguments& arguments);
 
 // In bytes; 0 where it is unknown.

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
@@ -22,6 +23,7 @@ namespace fs = std::filesystem;
 // The temporary file that a signal has to remove; a plain array, because a handler may touch nothing better.
 // And the one that exiftool makes beside it.
 constexpr const char* exiftoolSuffix = "_exiftool_tmp";
+constexpr const char* originalSuffix = "_original";
 char doomed[4096];
 char doomedToo[4096];
 volatile std::sig_atomic_t doomedIsThere = 0;
@@ -58,6 +60,35 @@ std::string temporaryName(const fs::path& target, int process) {
   return (target.parent_path() / (".orbel-" + mark + ".tmp")).string();
 }
 
+// Of the original, while it grows.
+std::string copyName(const std::string& name, int process) { return temporaryName(name, process) + originalSuffix; }
+
+void doom(const std::string& file, const std::string& other) {
+  doomedIsThere = 0;
+  if (std::max(file.size(), other.size()) >= sizeof doomed) return;
+  std::memcpy(doomed, file.c_str(), file.size() + 1);
+  std::memcpy(doomedToo, other.c_str(), other.size() + 1);
+  doomedIsThere = 1;
+}
+
+// False, with errno EEXIST, when there is something of that name already. Where the system can't rename with that
+// condition, the caller's look beforehand has to do.
+bool renameToNew(const char* from, const char* to) {
+  if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return true;
+  return (errno == EINVAL || errno == ENOSYS) && std::rename(from, to) == 0;
+}
+
+void copyAndSync(const std::string& from, const std::string& to) {
+  std::error_code error;
+  fs::copy_file(from, to, error);
+  if (error) throw Failure(to, error.message());
+  const int file = open(to.c_str(), O_RDONLY | O_CLOEXEC);
+  const bool synced = file >= 0 && fsync(file) == 0;
+  const int reasonNot = errno;
+  if (file >= 0) close(file);
+  if (!synced) throw Failure(to, reason(reasonNot));
+}
+
 const char* const isThere = "is there already; -f overwrites it";
 
 }  // namespace
@@ -80,12 +111,7 @@ TargetFile::TargetFile(const std::string& name, bool overwrite)
   temporary_ = temporaryName(target_, getpid());
   descriptor_ = open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode | S_IWUSR);
   if (descriptor_ < 0) throw Failure(name_, reason(errno));
-  const std::string exiftools = temporary_ + exiftoolSuffix;
-  if (exiftools.size() < sizeof doomed) {
-    std::memcpy(doomed, temporary_.c_str(), temporary_.size() + 1);
-    std::memcpy(doomedToo, exiftools.c_str(), exiftools.size() + 1);
-    doomedIsThere = 1;
-  }
+  doom(temporary_, temporary_ + exiftoolSuffix);
 }
 
 TargetFile::~TargetFile() {
@@ -102,14 +128,11 @@ void TargetFile::replace() {
     if (fchmod(descriptor_, existing.st_mode & 07777) != 0) throw Failure(name_, reason(errno));
   }
   if (fsync(descriptor_) != 0) throw Failure(name_, reason(errno));
-  // A file that has come into being meanwhile is somebody's, too. Where the system can't rename with that condition,
-  // the look at the start has to do.
-  const unsigned flags = overwrite_ ? 0 : RENAME_NOREPLACE;
+  // A file that has come into being meanwhile is somebody's, too.
   const char* const from = temporary_.c_str();
-  if (renameat2(AT_FDCWD, from, AT_FDCWD, target_.c_str(), flags) != 0) {
-    if (errno == EEXIST) throw Failure(name_, isThere);
-    if (errno != EINVAL && errno != ENOSYS) throw Failure(name_, reason(errno));
-    if (std::rename(from, target_.c_str()) != 0) throw Failure(name_, reason(errno));
+  const char* const to = target_.c_str();
+  if (!(overwrite_ ? std::rename(from, to) == 0 : renameToNew(from, to))) {
+    throw Failure(name_, errno == EEXIST ? isThere : reason(errno));
   }
   doomedIsThere = 0;
   temporary_.clear();
@@ -121,6 +144,27 @@ void TargetFile::replace() {
     fsync(directory);
     close(directory);
   }
+}
+
+void TargetFile::keepOriginal() {
+  const std::string original = name_ + originalSuffix;
+  if (link(target_.c_str(), original.c_str()) == 0) return;
+  if (errno == EEXIST) {
+    if (fs::is_regular_file(original)) return;
+    throw Failure(original, "is no file, and in the way of the original; --no-backup keeps none");
+  }
+  // A file system without links, or somebody else's file. A copy that a fault or a power cut leaves half done must not
+  // pass for the original.
+  const std::string copy = copyName(name_, getpid());
+  doom(temporary_, copy);
+  try {
+    copyAndSync(target_, copy);
+    if (!renameToNew(copy.c_str(), original.c_str()) && errno != EEXIST) throw Failure(original, reason(errno));
+  } catch (const Failure&) {
+    unlink(copy.c_str());
+    throw;
+  }
+  unlink(copy.c_str());  // there, if somebody else has kept one meanwhile
 }
 
 void requireFree(const std::string& name) {
@@ -140,12 +184,5 @@ void removeLeftovers(const std::string& target, int process) {
   const std::string temporary = temporaryName(withoutLinks(target), process);
   unlink(temporary.c_str());
   unlink((temporary + exiftoolSuffix).c_str());
-}
-
-void keepOriginal(const std::string& name) {
-  const std::string original = name + "_original";
-  if (link(withoutLinks(name).c_str(), original.c_str()) == 0 || errno == EEXIST) return;
-  std::error_code error;  // a file system without links
-  fs::copy_file(name, original, fs::copy_options::skip_existing, error);
-  if (error) throw Failure(original, error.message());
+  unlink(copyName(target, process).c_str());
 }

@@ -21,6 +21,10 @@ class TargetFile {
   // Where the content grows.
   const std::string& temporary() const { return temporary_; }
 
+  // Keeps what is in the target's place under the name NAME_original, unless there is such a file: that is the older
+  // and truer original. Throws Failure.
+  void keepOriginal();
+
   // Brings the content to the disk and puts it in the target's place, with the permissions that the target had, and
   // its owner as far as that is allowed. Throws Failure; the target is then as it was.
   void replace();
@@ -42,6 +46,3 @@ void removeTemporaryOnSignals(int status);
 // The name of the temporary file of a process for the target; what a process left that could not clean up behind itself
 // (killed by the system) goes away with removeLeftovers.
 void removeLeftovers(const std::string& target, int process);
-
-// Keeps a file under the name NAME_original, unless there is one: that is the older and truer original. Throws Failure.
-void keepOriginal(const std::string& name);

@@ -55,7 +55,7 @@ void writeTo(TargetFile& target, const Job& job, const WorkOptions& options, con
   for (const std::string& note : completeMetadata(job.input, picture, target.temporary(), format)) {
     notes.push_back(note);
   }
-  if (options.keepsOriginal) keepOriginal(job.output);
+  if (options.keepsOriginal) target.keepOriginal();
   target.replace();
   if (options.writesRecipe) writeTextFile(recipeOf(job), settingsText(options.choice, ""), job.overwrite);
 }
