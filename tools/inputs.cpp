@@ -19,7 +19,7 @@ std::vector<std::string> namesIn(const std::string& list) {
   std::ifstream file;
   if (list != "-") {
     file.open(list);
-    if (!file) throw Failure(list, "this list can't be read");
+    if (!file || fs::is_directory(list)) throw Failure(list, "this list can't be read");
   }
   const std::string text{std::istreambuf_iterator<char>(list == "-" ? std::cin : file), {}};
   const char end = text.find('\0') == std::string::npos ? '\n' : '\0';
@@ -28,25 +28,25 @@ std::vector<std::string> namesIn(const std::string& list) {
   return names;
 }
 
-void addFolder(const std::string& folder, Inputs& inputs) {
-  std::vector<Input> found;
-  try {
-    for (auto entry = fs::recursive_directory_iterator(folder); entry != fs::recursive_directory_iterator(); ++entry) {
-      const bool hidden = entry->path().filename().string().front() == '.';
-      if (hidden && entry->is_directory()) entry.disable_recursion_pending();
-      if (hidden || entry->is_directory()) continue;
-      const std::string file = entry->path().string();
-      if (findFormat(extensionOf(file)) == nullptr) {
-        ++inputs.leftAlone;
-      } else {
-        found.push_back({file, entry->path().lexically_relative(folder).string()});
-      }
+// A folder that can't be read, or a link that leads nowhere, is a failure of its own and spoils no other.
+void addFolder(const std::string& folder, const fs::path& below, Inputs& inputs) {
+  std::error_code error;
+  fs::directory_iterator entry(folder, error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+    const fs::path& path = entry->path();
+    const std::string file = path.string();
+    const fs::path name = below / path.filename();
+    std::error_code shownByTheFile;
+    if (path.filename().string().front() == '.') continue;
+    if (fs::is_directory(path, shownByTheFile)) {
+      if (!fs::is_symlink(path, shownByTheFile)) addFolder(file, name, inputs);
+    } else if (findFormat(extensionOf(file)) == nullptr) {
+      ++inputs.leftAlone;
+    } else {
+      inputs.files.push_back({file, name.string()});
     }
-  } catch (const fs::filesystem_error& error) {
-    throw Failure(error.path1().string(), error.code().message());
   }
-  std::sort(found.begin(), found.end(), [](const Input& a, const Input& b) { return a.file < b.file; });
-  inputs.files.insert(inputs.files.end(), found.begin(), found.end());
+  if (error) inputs.unreadable.emplace_back(folder, error.message());
 }
 
 }  // namespace
@@ -59,8 +59,12 @@ Inputs listInputs(const InputArguments& arguments) {
   }
   Inputs inputs;
   for (const std::string& name : names) {
-    if (arguments.recursive && fs::is_directory(name)) {
-      addFolder(name, inputs);
+    std::error_code shownByTheFile;
+    if (arguments.recursive && fs::is_directory(name, shownByTheFile)) {
+      const auto before = static_cast<std::ptrdiff_t>(inputs.files.size());
+      addFolder(name, "", inputs);
+      std::sort(inputs.files.begin() + before, inputs.files.end(),
+                [](const Input& a, const Input& b) { return a.file < b.file; });
     } else {
       inputs.files.push_back({name, fs::path(name).filename().string()});
     }

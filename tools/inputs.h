@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 struct Input {
@@ -18,13 +19,14 @@ struct InputArguments {
 
 struct Inputs {
   std::vector<Input> files;
-  std::size_t leftAlone = 0;  // files in folders that are no pictures by their names
+  std::vector<std::pair<std::string, std::string>> unreadable;  // folders, and why
+  std::size_t leftAlone = 0;                                    // files in folders that are no pictures by their names
 };
 
 // The named files and those of the list, in that order; with recursive, in the place of a folder the pictures below it,
 // by their names' extensions, in the order of names. Hidden files and folders, and what was kept as NAME_original,
 // don't count; links to folders aren't followed. A list has one name a line, or names that end with zero bytes (find
-// -print0). Throws Failure when the list or a folder can't be read.
+// -print0). Throws Failure when the list can't be read.
 Inputs listInputs(const InputArguments& arguments);
 
 // In bytes; 0 where it is unknown.

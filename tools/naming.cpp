@@ -108,6 +108,11 @@ Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {
   const Target target = targetOf(a, several);
   Plan plan;
   std::map<std::string, std::string> writers;
+  for (const auto& [folder, reason] : inputs.unreadable) {
+    Job job;
+    job.input = folder;
+    plan.settled.push_back(settled(job, Outcome::Status::Failed, folder + ": " + reason));
+  }
   for (const Input& input : inputs.files) {
     if (input.file == pipeName && (inputs.files.size() > 1 || !a.output || (target == Target::Pipe && !a.extension))) {
       throw SettingsError("the standard input is read alone, and needs -o; -o - needs --ext");

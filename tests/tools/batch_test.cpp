@@ -186,6 +186,8 @@ TEST_F(Orbel, NamesOutputsByFolderPatternAndSuffixAndRefusesWhatIsThere) {
   for (const char* name : {"in/a.png", "in/b.tif", "in/b.png"}) {
     testPicture(3, VIPS_FORMAT_UCHAR).write_to_file(path(name).c_str());
   }
+  fs::create_directory(path("tree"));
+  fs::create_symlink("loop.png", path("tree/loop.png"));
   struct Naming {
     std::vector<std::string> arguments;
     int code;
@@ -195,6 +197,7 @@ TEST_F(Orbel, NamesOutputsByFolderPatternAndSuffixAndRefusesWhatIsThere) {
   const std::string b = path("in/b.tif");
   const std::vector<Naming> namings = {
       {{a, b}, 0, {"in/a_orbel.png", "in/b_orbel.tif"}},
+      {{"-r", path("tree"), path("in/a.png"), "-o", path("t")}, 1, {"t/a.png"}},  // a loop of links, and nothing else
       {{"-r", path("in")}, 1, {"in/b_orbel.png"}},  // what is there by now is refused, and its results are left alone
       {{a, b, "-o", path("new")}, 0, {"new/a.png", "new/b.tif"}},
       {{a, b, "-o", path("new")}, 1, {}},
