@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <map>
+#include <set>
 
 #include "failure.h"
 
@@ -13,6 +14,9 @@ enum class Target { Beside, InPlace, File, Folder, Pattern, Pipe };
 
 Target targetOf(const NamingArguments& a, bool several) {
   if (a.inPlace && a.output) throw SettingsError("--in-place and -o exclude each other");
+  if (a.inPlace && a.extension) throw SettingsError("--in-place and --ext exclude each other");
+  // The input is always as new as itself; done again, it would be equalized twice.
+  if (a.inPlace && a.update) throw SettingsError("--in-place and -u exclude each other");
   if (a.inPlace) return Target::InPlace;
   if (!a.output) return Target::Beside;
   const std::string& output = *a.output;
@@ -32,11 +36,20 @@ std::string withoutExtension(const std::string& name) { return fs::path(name).re
 
 constexpr const char* resultSuffix = "_orbel";
 
-// Of an earlier run beside its input: not to be done again when a folder is.
-bool isResult(const std::string& file) {
-  const std::string stem = fs::path(file).stem().string();
+// The name of an earlier run's result beside its input, without the suffix; empty when it is none.
+std::string sourceOf(const std::string& file) {
+  const fs::path path(file);
+  const std::string stem = path.stem().string();
   const std::string suffix = resultSuffix;
-  return stem.size() > suffix.size() && stem.compare(stem.size() - suffix.size(), suffix.size(), suffix) == 0;
+  if (stem.size() <= suffix.size() || stem.compare(stem.size() - suffix.size(), suffix.size(), suffix) != 0) return "";
+  return (path.parent_path() / stem.substr(0, stem.size() - suffix.size())).string();
+}
+
+// The same for every name of a file.
+std::string identityOf(const std::string& file) {
+  std::error_code unknown;
+  const fs::path resolved = fs::weakly_canonical(file, unknown);
+  return (unknown ? fs::absolute(file).lexically_normal() : resolved).string();
 }
 
 std::string filled(std::string pattern, const std::string& name) {
@@ -78,8 +91,9 @@ Job jobFor(const Input& input, const NamingArguments& a, Target target) {
       break;
     case Target::Pattern:
       job.output = filled(output, withoutExtension(input.below));
-      if (a.extension || extensionOf(output).empty())
-        job.output = withoutExtension(job.output) + suffixFor(input, a, job);
+      // The pattern's own extension counts: a point in the name doesn't begin one.
+      if (!a.extension && !extensionOf(output).empty()) break;
+      job.output = filled(withoutExtension(output), withoutExtension(input.below)) + suffixFor(input, a, job);
       break;
     case Target::File:
       job.output = output;
@@ -108,6 +122,8 @@ Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {
   const Target target = targetOf(a, several);
   Plan plan;
   std::map<std::string, std::string> writers;
+  std::set<std::string> names;  // without extensions
+  for (const Input& input : inputs.files) names.insert(withoutExtension(input.file));
   for (const auto& [folder, reason] : inputs.unreadable) {
     Job job;
     job.input = folder;
@@ -118,12 +134,14 @@ Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {
       throw SettingsError("the standard input is read alone, and needs -o; -o - needs --ext");
     }
     Job job = jobFor(input, a, target);
-    if (target == Target::Beside && recursive && isResult(input.file)) {
+    const std::string source = target == Target::Beside ? sourceOf(input.file) : "";
+    // Not to be done again when its folder is, or its input by the same wildcard.
+    if (!source.empty() && (recursive || names.count(source) != 0)) {
       plan.settled.push_back(settled(job, Outcome::Status::Skipped, input.file + ": is a result itself"));
       continue;
     }
-    const std::string self = fs::absolute(job.output).lexically_normal().string();
-    if (const auto [other, isNew] = writers.emplace(self, input.file); !isNew && job.output != pipeName) {
+    if (const auto [other, isNew] = writers.emplace(identityOf(job.output), input.file);
+        !isNew && job.output != pipeName) {
       const std::string reason = job.input + ": " + job.output + " is already the output of " + other->second;
       plan.settled.push_back(settled(job, Outcome::Status::Failed, reason));
       continue;
