@@ -24,6 +24,9 @@ std::vector<std::string> namesIn(const std::string& list) {
   const std::string text{std::istreambuf_iterator<char>(list == "-" ? std::cin : file), {}};
   const char end = text.find('\0') == std::string::npos ? '\n' : '\0';
   std::vector<std::string> names = split(text, end);
+  for (std::string& name : names) {  // of a list that was made on Windows
+    if (end == '\n' && !name.empty() && name.back() == '\r') name.pop_back();
+  }
   names.erase(std::remove(names.begin(), names.end(), ""), names.end());
   return names;
 }
