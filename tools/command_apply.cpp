@@ -4,14 +4,16 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "batch.h"
 #include "commands.h"
+#include "failure.h"
 #include "finish.h"
 #include "inputs.h"
 #include "machine.h"
@@ -59,6 +61,23 @@ constexpr const char* notes =
     "What a format can't hold is told in a note; exiftool, where it is installed, puts back what the image library\n"
     "leaves out.";
 
+// Words, and the values that they stand for. (CLI11's own transformer takes those values for words, too.)
+template <typename Value>
+CLI::Validator oneOf(const std::vector<std::pair<std::string, Value>>& words) {
+  return {[words](std::string& text) -> std::string {
+            std::string known;
+            for (const auto& [word, value] : words) {
+              if (text == word) {
+                text = std::to_string(static_cast<int>(value));
+                return "";
+              }
+              known += (known.empty() ? "" : ", ") + word;
+            }
+            return ::quoted(text) + " is none of " + known;
+          },
+          ""};
+}
+
 void describeInputs(CLI::App& command, ApplyArguments& a) {
   command.add_option("IN", a.inputs.names, "Pictures, or folders with -r; - is the standard input")->type_name("");
   const char* group = "Input";
@@ -73,7 +92,7 @@ void describeInputs(CLI::App& command, ApplyArguments& a) {
 
 void describeOutput(CLI::App& command, ApplyArguments& a) {
   const char* group = "Output";
-  const std::map<std::string, VipsBandFormat> depths = {
+  const std::vector<std::pair<std::string, VipsBandFormat>> depths = {
       {"u8", VIPS_FORMAT_UCHAR}, {"u16", VIPS_FORMAT_USHORT}, {"float", VIPS_FORMAT_FLOAT}};
   command
       .add_option("-o,--output", a.naming.output,
@@ -93,7 +112,7 @@ void describeOutput(CLI::App& command, ApplyArguments& a) {
   command.add_option("-d,--depth", a.samples, "Samples of the output: u8, u16 or float (default: as the input)")
       ->group(group)
       ->type_name("DEPTH")
-      ->transform(CLI::CheckedTransformer(depths).description(""));
+      ->transform(oneOf(depths));
   command.add_option("--quality", a.work.save.quality, "For JPEG, WebP, HEIF and JPEG 2000, 1 to 100 (default 95)")
       ->group(group)
       ->type_name("N")
@@ -126,7 +145,7 @@ void describeWork(CLI::App& command, ApplyArguments& a) {
                   "Bits of the samples that the plug-in gets: 8, 16 or 32 (default: 8 for 8-bit files, else 32)")
       ->group(group)
       ->type_name("BITS")
-      ->check(CLI::IsMember({8, 16, 32}).description(""));
+      ->transform(oneOf<int>({{"8", 8}, {"16", 16}, {"32", 32}}));
   command.add_option("--plugin", a.plugin, "Plug-in module to run (default: the one that comes with orbel)")
       ->group(group)
       ->type_name("FILE");
@@ -134,17 +153,17 @@ void describeWork(CLI::App& command, ApplyArguments& a) {
 
 void describeMessages(CLI::App& command, ApplyArguments& a) {
   const char* group = "Messages";
-  const std::map<std::string, Progress> kinds = {{"auto", Progress::Auto},
-                                                 {"bar", Progress::Bar},
-                                                 {"lines", Progress::Lines},
-                                                 {"json", Progress::Json},
-                                                 {"none", Progress::None}};
+  const std::vector<std::pair<std::string, Progress>> kinds = {{"auto", Progress::Auto},
+                                                               {"bar", Progress::Bar},
+                                                               {"lines", Progress::Lines},
+                                                               {"json", Progress::Json},
+                                                               {"none", Progress::None}};
   command
       .add_option("--progress", a.talk.progress,
                   "bar, lines, json or none, on the error output (default auto: a bar on a terminal)")
       ->group(group)
       ->type_name("KIND")
-      ->transform(CLI::CheckedTransformer(kinds).description(""));
+      ->transform(oneOf(kinds));
   command.add_flag("--json", a.talk.json, "Results as JSON, an object a line")->group(group);
   auto* quiet = command.add_flag("-q,--quiet", a.talk.quiet, "Say nothing but errors");
   quiet->group(group);
@@ -166,6 +185,14 @@ void takePlainForm(ApplyArguments& a) {
   a.inputs.names.pop_back();
 }
 
+void requireWritable(const std::string& extension) {
+  try {
+    writableFormat(extension, "--ext " + extension);
+  } catch (const Failure& wrong) {
+    throw SettingsError(wrong.what());
+  }
+}
+
 void shareOutMachine(ApplyArguments& a) {
   const unsigned processors = std::max(1U, std::thread::hardware_concurrency());
   a.batch.processes = a.jobs.value_or(1);
@@ -183,7 +210,7 @@ ExitCode apply(ApplyArguments& a) {
   if (isBlended(a.work.choice) && a.work.hostDepth.value_or(32) != 32) {
     throw SettingsError("--mix and --mask blend floats: they go with --host-depth 32 alone");
   }
-  if (a.naming.extension) writableFormat(*a.naming.extension, "--ext " + *a.naming.extension);
+  if (a.naming.extension) requireWritable(*a.naming.extension);
   if (a.inputs.names.empty() && !a.inputs.list) throw SettingsError("no picture is named (orbel --help tells more)");
   a.work.samples = a.samples;
   a.work.keepsOriginal = a.naming.inPlace && !a.noBackup;

@@ -24,6 +24,7 @@ std::string reasonFor(const fs::path& path) {
 std::string ownModule() { return programData(ORBEL_MODULE_NAME, ORBEL_MODULE_FOLDER "/" ORBEL_MODULE_NAME); }
 
 PluginEntry loadEntry(const std::string& file) {
+  if (file.empty()) throw NoPlugin("--plugin", "the name is empty");
   // Absolute: the loader looks for a bare name in the system's folders.
   const fs::path path = fs::absolute(file);
   void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
