@@ -16,8 +16,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Far more than any settings take; a picture that was given by mistake isn't read to its end.
-constexpr std::size_t longestFile = std::size_t{1} << 20;
+// Far more than any settings take; a picture that was given by mistake isn't read to its end. The parser goes one call
+// deeper for each point in a name, and has no limit to that: with 64 kB it can run out of stack.
+constexpr std::size_t longestFile = std::size_t{1} << 14;
 
 std::string textOf(const std::string& file) {
   const auto refuse = [&](const std::string& reason) { throw SettingsError(file + ": " + reason); };

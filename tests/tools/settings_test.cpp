@@ -123,10 +123,19 @@ TEST_F(SettingsTest, NameTheFileAndTheLine) {
     arguments.preset = file("wrong.toml", text);
     EXPECT_EQ(refusalOf(arguments).rfind(*arguments.preset + message, 0), 0U) << refusalOf(arguments);
   }
-  for (const std::string& name : {folder_.string() + "/", (folder_ / "nowhere.toml").string()}) {
+  std::string deep = "a";
+  for (int i = 0; i < 60000; ++i) deep += ".a";  // the parser would run out of stack
+  const std::string deepFile = file("deep.toml", deep + " = 1");
+  for (const std::string& name : {folder_.string() + "/", (folder_ / "nowhere.toml").string(), deepFile}) {
     SettingsArguments arguments;
     arguments.preset = name;
     EXPECT_EQ(refusalOf(arguments).rfind(name + ": ", 0), 0U) << refusalOf(arguments);
+  }
+}
+
+TEST_F(SettingsTest, AreNotSaidToBePrintedOnAFullDisk) {
+  for (const char* command : {"keys", "jsx", "presets list --json"}) {
+    EXPECT_EQ(outputOf(command + std::string(" >/dev/full")), "1\n") << command;
   }
 }
 
