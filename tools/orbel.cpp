@@ -1,13 +1,18 @@
 // orbel: the band equalizer on image files, without Photoshop.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <csignal>
+#include <cstdio>
 #include <iostream>
 #include <string>
 #include <vector>
 
 #include "commands.h"
 #include "module.h"
+#include "outcome.h"
 #include "settings.h"
 
 namespace {
@@ -56,21 +61,39 @@ ExitCode run(int argc, char** argv) {
   return outcome;
 }
 
+// Without a standard output, the next file that is opened would take its place.
+void fillStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) return;
+  }
+}
+
+ExitCode runAndFlush(int argc, char** argv) {
+  const ExitCode outcome = run(argc, argv);
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good()) return outcome;
+  std::cerr << "orbel: standard output: can't be written, or not all of it\n";
+  return outcome == exitGood ? exitFileFailed : outcome;
+}
+
+// One line for each failure, whatever stands in names.
+void say(const std::exception& error) { std::cerr << "orbel: " << printable(error.what()) << '\n'; }
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  fillStandardStreams();
   // Over the limit for file sizes, writing then fails like on a full disk.
   std::signal(SIGXFSZ, SIG_IGN);
   try {
-    return run(argc, argv);
+    return runAndFlush(argc, argv);
   } catch (const SettingsError& error) {
-    std::cerr << "orbel: " << error.what() << '\n';
+    say(error);
     return exitUsage;
   } catch (const NoPlugin& error) {
-    std::cerr << "orbel: " << error.what() << '\n';
+    say(error);
     return exitNoPlugin;
   } catch (const std::exception& error) {
-    std::cerr << "orbel: " << error.what() << '\n';
+    say(error);
     return exitFileFailed;
   }
 }
