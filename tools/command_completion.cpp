@@ -2,8 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <sstream>
 #include <string>
 
 #include "commands.h"
@@ -11,20 +13,34 @@
 
 namespace {
 
+// Descriptions of one line, as lists have room for.
+std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
+
+std::vector<const CommandEntry*> commandsBelow(const CommandEntry& command, const std::vector<CommandEntry>& table) {
+  const std::string prefix = command.name.empty() ? "" : command.name + " ";
+  std::vector<const CommandEntry*> found;
+  for (const CommandEntry& other : table) {
+    const bool below = other.name.size() > prefix.size() && other.name.rfind(prefix, 0) == 0;
+    if (below && other.name.find(' ', prefix.size()) == std::string::npos) found.push_back(&other);
+  }
+  return found;
+}
+
 // Words that may follow a command: its options, and the commands below it.
 std::string wordsAfter(const CommandEntry& command, const std::vector<CommandEntry>& table) {
   std::string words;
-  const std::string prefix = command.name.empty() ? "" : command.name + " ";
-  for (const CommandEntry& other : table) {
-    const bool below = other.name.size() > prefix.size() && other.name.rfind(prefix, 0) == 0;
-    if (below && other.name.find(' ', prefix.size()) == std::string::npos) {
-      words += other.name.substr(prefix.size()) + " ";
-    }
+  for (const CommandEntry* other : commandsBelow(command, table)) {
+    words += other->name.substr(other->name.rfind(' ') + 1) + " ";
   }
   for (const OptionEntry& option : command.options) {
     for (const std::string& name : option.names) words += name + " ";
   }
   return words;
+}
+
+// What orbel IN OUT is short for.
+const CommandEntry& plainForm(const std::vector<CommandEntry>& table) {
+  return *std::find_if(table.begin(), table.end(), [](const CommandEntry& entry) { return entry.name == "apply"; });
 }
 
 // The longest command whose words begin the line decides; files complete everywhere.
@@ -36,7 +52,9 @@ void printBash(const std::vector<CommandEntry>& table) {
       "  case \"${{COMP_WORDS[1]-}} ${{COMP_WORDS[2]-}} \" in\n");
   for (auto entry = table.rbegin(); entry != table.rend(); ++entry) {
     const std::string pattern = entry->name.empty() ? "*" : "\"" + entry->name + " \"*";
-    fmt::print("    {}) words='{}' ;;\n", pattern, wordsAfter(*entry, table));
+    std::string words = wordsAfter(*entry, table);
+    if (entry->name.empty()) words += wordsAfter(plainForm(table), table);
+    fmt::print("    {}) words='{}' ;;\n", pattern, words);
   }
   fmt::print(
       "  esac\n"
@@ -62,61 +80,83 @@ std::string quotedForShell(const std::string& text) {
   return result + "'";
 }
 
+void printZshOptions(const CommandEntry& command) {
+  for (const OptionEntry& option : command.options) {
+    for (const std::string& name : option.names) {
+      fmt::print(" {}", quotedForShell(name + ":" + escaped(option.text, ":")));
+    }
+  }
+}
+
 void printZsh(const std::vector<CommandEntry>& table) {
   fmt::print(
       "#compdef orbel\n"
       "# zsh completion for orbel: orbel completion zsh > a folder of $fpath/_orbel\n"
       "_orbel() {{\n"
       "  local -a options commands\n"
+      "  local at\n"
       "  case \"${{words[2]}} ${{words[3]}} \" in\n");
   for (auto entry = table.rbegin(); entry != table.rend(); ++entry) {
     fmt::print("    {}) options=(", entry->name.empty() ? "*" : "'" + entry->name + " '*");
-    for (const OptionEntry& option : entry->options) {
-      for (const std::string& name : option.names) {
-        fmt::print(" {}", quotedForShell(name + ":" + escaped(option.text, ":")));
-      }
-    }
-    fmt::print(" )");
+    printZshOptions(*entry);
+    if (entry->name.empty()) printZshOptions(plainForm(table));
     std::string commands;
-    if (entry->name.empty()) {
-      for (const CommandEntry& other : table) {
-        const bool top = !other.name.empty() && other.name.find(' ') == std::string::npos;
-        if (top) commands += " " + quotedForShell(other.name + ":" + escaped(other.text, ":"));
-      }
+    for (const CommandEntry* other : commandsBelow(*entry, table)) {
+      const std::string word = other->name.substr(other->name.rfind(' ') + 1);
+      commands += " " + quotedForShell(word + ":" + escaped(firstLine(other->text), ":"));
     }
-    if (!commands.empty()) fmt::print(" commands=({} )", commands);
-    fmt::print(" ;;\n");
+    fmt::print(" ) commands=({} ) at={} ;;\n", commands, entry->name.empty() ? 2 : 3);
   }
   fmt::print(
       "  esac\n"
-      "  (( CURRENT == 2 )) && _describe -t commands command commands\n"
+      "  (( CURRENT == at )) && _describe -t commands command commands\n"
       "  [[ $PREFIX == -* ]] && _describe -o option options\n"
       "  _files\n"
       "}}\n"
-      "(( $+functions[compdef] )) && compdef _orbel orbel\n");
+      "# The file is loaded by the first completion, or sourced.\n"
+      "if [[ $funcstack[1] == _orbel ]]; then _orbel \"$@\"; else compdef _orbel orbel; fi\n");
+}
+
+// Where a command's options and the commands below it come in: behind its words, and behind the name of a picture those
+// of the plain form.
+std::string fishCondition(const std::string& command) {
+  if (command.empty()) return "__fish_use_subcommand";
+  std::string condition;
+  std::string word;
+  std::istringstream words(command);
+  while (words >> word) condition += (condition.empty() ? "" : "; and ") + ("__fish_seen_subcommand_from " + word);
+  return condition;
+}
+
+void printFishOptions(const CommandEntry& command, const std::string& when) {
+  for (const OptionEntry& option : command.options) {
+    if (option.names.empty()) continue;
+    std::string names;
+    for (const std::string& name : option.names)
+      names += name[1] == '-' ? " -l " + name.substr(2) : " -s " + name.substr(1);
+    fmt::print("complete -c orbel -n {}{}{} -d {}\n", quotedForShell(when), names, option.value.empty() ? "" : " -r",
+               quotedForShell(option.text));
+  }
 }
 
 void printFish(const std::vector<CommandEntry>& table) {
   fmt::print("# fish completion for orbel: orbel completion fish > ~/.config/fish/completions/orbel.fish\n");
+  std::string top;
+  for (const CommandEntry* command : commandsBelow(table.front(), table)) top += " " + command->name;
   for (const CommandEntry& command : table) {
-    const std::string first = command.name.substr(0, command.name.find(' '));
-    if (!command.name.empty()) {
-      const bool top = first == command.name;
-      const std::string when = top ? "__fish_use_subcommand" : "__fish_seen_subcommand_from " + first;
-      fmt::print("complete -c orbel -n {} -a {} -d {}\n", quotedForShell(when),
-                 top ? command.name : command.name.substr(first.size() + 1), quotedForShell(command.text));
+    std::string below;
+    for (const CommandEntry* other : commandsBelow(command, table)) {
+      below += " " + other->name.substr(other->name.rfind(' ') + 1);
     }
-    if (first != command.name) continue;
-    for (const OptionEntry& option : command.options) {
-      if (option.names.empty()) continue;
-      std::string names;
-      for (const std::string& name : option.names)
-        names += name[1] == '-' ? " -l " + name.substr(2) : " -s " + name.substr(1);
-      const std::string when = command.name.empty() ? "__fish_use_subcommand" : "__fish_seen_subcommand_from " + first;
-      fmt::print("complete -c orbel -n {}{}{} -d {}\n", quotedForShell(when), names, option.value.empty() ? "" : " -r",
-                 quotedForShell(option.text));
+    const std::string when = fishCondition(command.name);
+    for (const CommandEntry* other : commandsBelow(command, table)) {
+      const std::string none = command.name.empty() ? "" : "; and not __fish_seen_subcommand_from" + below;
+      fmt::print("complete -c orbel -n {} -a {} -d {}\n", quotedForShell(when + none),
+                 other->name.substr(other->name.rfind(' ') + 1), quotedForShell(firstLine(other->text)));
     }
+    printFishOptions(command, when);
   }
+  printFishOptions(plainForm(table), "not __fish_use_subcommand; and not __fish_seen_subcommand_from" + top);
 }
 
 void addShell(CLI::App& command, const char* shell, void (*print)(const std::vector<CommandEntry>&),

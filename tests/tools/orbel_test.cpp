@@ -72,7 +72,8 @@ INSTANTIATE_TEST_SUITE_P(Files, Kinds,
                                          Kind{"png", 4, VIPS_FORMAT_USHORT, 0}, Kind{"png", 1, VIPS_FORMAT_USHORT, 0},
                                          Kind{"tif", 3, VIPS_FORMAT_USHORT, 0}, Kind{"tif", 3, VIPS_FORMAT_FLOAT, 1e-6},
                                          Kind{"tif", 4, VIPS_FORMAT_FLOAT, 1e-6},
-                                         Kind{"pfm", 1, VIPS_FORMAT_FLOAT, 1e-6}));
+                                         Kind{"pfm", 1, VIPS_FORMAT_FLOAT, 1e-6},
+                                         Kind{"pfm", 3, VIPS_FORMAT_FLOAT, 1e-6}));
 
 class Metadata : public Orbel, public testing::WithParamInterface<const char*> {};
 
@@ -168,7 +169,8 @@ TEST_F(Orbel, CompletesInBash) {
   const std::vector<std::pair<std::string, std::string>> lines = {{"orbel pre", "presets\n"},
                                                                   {"orbel apply --contr", "--contrast\n"},
                                                                   {"orbel presets sh", "show\n"},
-                                                                  {"orbel bands --mem", "--memory\n"}};
+                                                                  {"orbel bands --mem", "--memory\n"},
+                                                                  {"orbel in.png out.png --contr", "--contrast\n"}};
   for (const auto& [line, expected] : lines) {
     const std::string words = "COMP_WORDS=(" + line + "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1));";
     const std::string script = "cd " + folder_.string() + "; source <(" + program_ + " completion bash); " + words +
@@ -246,7 +248,7 @@ TEST_P(Troubles, LeaveTheTargetAsItWas) {
 }
 INSTANTIATE_TEST_SUITE_P(Files, Troubles,
                          testing::Values(Trouble{"Missing", absent, "out.png", "in.png: No such file"},
-                                         Trouble{"Folder", folder, "out.png", "in.png: Is a directory"},
+                                         Trouble{"Folder", folder, "out.png", "in.png: is a folder; -r takes"},
                                          Trouble{"Empty", empty, "out.png", "in.png: the file is empty"},
                                          Trouble{"Text", text, "out.png", "in.png: "},
                                          Trouble{"Cut", shortened, "out.png", "in.png: "},
@@ -260,6 +262,7 @@ INSTANTIATE_TEST_SUITE_P(Files, Troubles,
                                          Trouble{"FloatToPng", real, "out.png", "PNG files hold no float"},
                                          Trouble{"FullPng", good, "out.png", "out.png: File too large\n", fullDisk},
                                          Trouble{"FullTiff", good, "out.tif", "out.tif: File too large\n", fullDisk},
+                                         Trouble{"FullJp2", good, "out.jp2", "out.jp2: File too large\n", fullDisk},
                                          Trouble{"FullJpeg", good, "out.jpg", "out.jpg: File too large\n", fullDisk}),
                          [](const auto& trouble) { return std::string(trouble.param.name); });
 
@@ -299,9 +302,10 @@ TEST_F(Orbel, LeavesNothingBehindWhenItIsStopped) {
 
 TEST_F(Orbel, NamesTheOptionAndTheValueThatItDoesNotUnderstand) {
   const std::vector<std::vector<std::string>> wrong = {
-      {"--contrast", "1,2"}, {"--radius", "1,2,3,4,x"}, {"--threshold", ""}, {"--edges", "maybe"},
-      {"--factor", "inf"},   {"--cross", "1.5"},        {"--set", "CON6=1"}, {"--set", "CON1"},
-      {"--set", "HALF=2"},   {"--set", "WDTH=3e9"}};
+      {"--contrast", "1,2"}, {"--radius", "1,2,3,4,x"}, {"--threshold", ""},  {"--edges", "maybe"},
+      {"--factor", "inf"},   {"--cross", "1.5"},        {"--set", "CON6=1"},  {"--set", "CON1"},
+      {"--set", "HALF=2"},   {"--set", "WDTH=3e9"},     {"--memory", "-1"},   {"--max-minutes", "nan"},
+      {"--depth", "0"},      {"--progress", "1"},       {"--host-depth", ""}, {"--ext", "xyz"}};
   for (const auto& option : wrong) {
     const Ending outcome = run({"in.png", "out.png", option[0], option[1]});
     EXPECT_EQ(outcome.code(), 2) << option[0];
