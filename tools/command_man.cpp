@@ -33,12 +33,13 @@ void printOption(const OptionEntry& option) {
   fmt::print(".TP\n{}\n{}\n", names, troff(option.text));
 }
 
-void printCommand(const CommandEntry& command) {
+void printCommand(const CommandEntry& command, const std::string& programFooter) {
   if (command.name.empty()) {
     fmt::print(".SH OPTIONS\n");
   } else {
-    fmt::print(".SH {}\n.B orbel {}\n.PP\n{}.\n", troff(upper("orbel " + command.name)), troff(command.name),
-               troff(command.text));
+    const char* const end = command.text.back() == '.' ? "" : ".";
+    fmt::print(".SH {}\n.B orbel {}\n.PP\n{}{}\n", troff(upper("orbel " + command.name)), troff(command.name),
+               troff(command.text), end);
   }
   std::string group;
   for (const OptionEntry& option : command.options) {
@@ -46,7 +47,9 @@ void printCommand(const CommandEntry& command) {
     group = option.group;
     printOption(option);
   }
-  if (!command.footer.empty()) fmt::print(".PP\n.nf\n{}\n.fi\n", troff(command.footer));
+  // A command without a footer has the program's.
+  if (!command.footer.empty() && (command.name.empty() || command.footer != programFooter))
+    fmt::print(".PP\n.nf\n{}\n.fi\n", troff(command.footer));
 }
 
 void printPage(const CLI::App& program) {
@@ -55,7 +58,7 @@ void printPage(const CLI::App& program) {
   fmt::print(".SH NAME\norbel \\- equalizer for the detail in photographs\n");
   fmt::print(".SH SYNOPSIS\n.B orbel\n.I IN OUT\n[options]\n.br\n.B orbel\n.I COMMAND\n[options]\n");
   fmt::print(".SH DESCRIPTION\n{}\n", troff(table.front().text));
-  for (const CommandEntry& command : table) printCommand(command);
+  for (const CommandEntry& command : table) printCommand(command, table.front().footer);
 }
 
 }  // namespace
