@@ -207,6 +207,8 @@ VImage openFile(const std::string& name) {
       source, "", VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_ERROR));
 }
 
+}  // namespace
+
 void requireFileWithContent(const std::string& name) {
   struct stat file {};
   if (stat(name.c_str(), &file) != 0) throw Failure(name, std::generic_category().message(errno));
@@ -215,6 +217,8 @@ void requireFileWithContent(const std::string& name) {
   if (!S_ISREG(file.st_mode)) throw Failure(name, "is not a regular file");
   if (file.st_size == 0) throw Failure(name, "the file is empty");
 }
+
+namespace {
 
 void encode(VImage picture, const FileFormat& format, const vips::VTarget& target, const std::string& name,
             const SaveOptions& choice) {

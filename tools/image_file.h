@@ -33,6 +33,9 @@ using Notes = std::vector<std::string>;
 // and files that can't be read.
 vips::VImage openPicture(const std::string& name, Notes& notes);
 
+// Throws Failure for what can't be read, isn't a regular file, or is empty.
+void requireFileWithContent(const std::string& name);
+
 // The whole picture in memory of its own. Throws Failure about the file when it can't be read to its end.
 vips::VImage decodePicture(const vips::VImage& opened, const std::string& name);
 

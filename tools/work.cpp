@@ -1,7 +1,7 @@
 #include "work.h"
 
 #include <chrono>
-#include <fstream>
+#include <filesystem>
 #include <memory>
 
 #include "estimate.h"
@@ -77,6 +77,10 @@ Outcome work(const Job& job, const WorkOptions& options, const std::function<voi
   outcome.input = job.input;
   outcome.output = job.output;
   outcome.notes = job.notes;
+  if (std::error_code none; std::filesystem::is_directory(job.input, none)) {
+    throw Failure(job.input, "is a folder; -r takes the pictures in it");
+  }
+  if (job.input != pipeName) requireFileWithContent(job.input);
   const FileFormat& format = writableFormat(job.extension, job.output);
   requireThatFormatKnows(format, options.save, job.output);
   if (job.output != pipeName && !job.overwrite) {
