@@ -238,6 +238,15 @@ void encode(VImage picture, const FileFormat& format, const vips::VTarget& targe
   }
 }
 
+void encodeThenWrite(const VImage& picture, const FileFormat& format, int descriptor, const std::string& name,
+                     const SaveOptions& options) {
+  const vips::VTarget target = vips::VTarget::new_to_memory();
+  encode(picture, format, target, name, options);
+  std::size_t size = 0;
+  const auto* bytes = static_cast<const char*>(vips_blob_get(target.get_target()->blob, &size));
+  writeAll(descriptor, bytes, size, name);
+}
+
 }  // namespace
 
 ImageLibrary::ImageLibrary(const char* programName, bool verbose) {
@@ -335,14 +344,11 @@ void requireThatFormatKnows(const FileFormat& format, const SaveOptions& options
 
 void savePicture(const VImage& picture, const FileFormat& format, int descriptor, const std::string& name,
                  const SaveOptions& options) {
+  // The encoder of JPEG 2000 tries again for ever to write to a disk that is full.
+  if (format.name == "JPEG 2000") return encodeThenWrite(picture, format, descriptor, name, options);
   encode(picture, format, vips::VTarget::new_to_descriptor(descriptor), name, options);
 }
 
 void savePictureToPipe(const VImage& picture, const FileFormat& format, const SaveOptions& options) {
-  const std::string name = "standard output";
-  const vips::VTarget target = vips::VTarget::new_to_memory();
-  encode(picture, format, target, name, options);
-  std::size_t size = 0;
-  const auto* bytes = static_cast<const char*>(vips_blob_get(target.get_target()->blob, &size));
-  writeAll(STDOUT_FILENO, bytes, size, name);
+  encodeThenWrite(picture, format, STDOUT_FILENO, "standard output", options);
 }
