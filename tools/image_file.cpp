@@ -252,6 +252,7 @@ void encodeThenWrite(const VImage& picture, const FileFormat& format, int descri
 ImageLibrary::ImageLibrary(const char* programName, bool verbose) {
   if (VIPS_INIT(programName) != 0) throw Failure("libvips", lastError());
   if (!verbose) {
+    g_log_set_default_handler(silence, nullptr);
     g_log_set_handler("VIPS", static_cast<GLogLevelFlags>(G_LOG_LEVEL_MASK | G_LOG_FLAG_FATAL | G_LOG_FLAG_RECURSION),
                       silence, nullptr);
   }
