@@ -270,6 +270,11 @@ VImage openPicture(const std::string& name, Notes& notes) {
   if (name != pipeName) requireFileWithContent(name);
   try {
     VImage opened = openFile(name);
+    const std::string loader = opened.get_string(VIPS_META_LOADER);
+    // White is 1 in PFM files, which the library doesn't say of those in colour.
+    if (loader.rfind("ppm", 0) == 0 && opened.format() == floats && opened.bands() == 3) {
+      opened = opened.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_scRGB));
+    }
     const std::string packed = name == pipeName ? "" : noteOnPackedSamples(name, opened);
     if (!packed.empty()) notes.push_back(packed);
     if (pages(opened) == 1) {
@@ -277,7 +282,6 @@ VImage openPicture(const std::string& name, Notes& notes) {
       if (!converted.empty()) notes.push_back(converted);
     }
     if (const std::string reason = objection(opened); !reason.empty()) throw Failure(name, reason);
-    const std::string loader = opened.get_string(VIPS_META_LOADER);
     if (loader.rfind("webp", 0) == 0) takeResolutionFromExif(opened);
     if (loader.rfind("tiff", 0) == 0) dropIptc(opened);
     return opened;
