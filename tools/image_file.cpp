@@ -185,20 +185,44 @@ std::string contentOf(const std::string& name) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// Photoshop's own files go by another library, which takes no stream.
-bool isPhotoshopFile(const std::string& name) {
-  std::array<char, 4> magic{};
-  std::ifstream(name, std::ios::binary).read(magic.data(), magic.size());
-  return std::string(magic.data(), magic.size()) == "8BPS";
+VImage scaledTo(VipsBandFormat samples, const VImage& picture) {
+  const bool grey = colourBands(picture) == 1;
+  const VipsInterpretation model = samples == bits16  ? (grey ? VIPS_INTERPRETATION_GREY16 : VIPS_INTERPRETATION_RGB16)
+                                   : grey             ? VIPS_INTERPRETATION_B_W
+                                   : samples == bits8 ? VIPS_INTERPRETATION_sRGB
+                                                      : VIPS_INTERPRETATION_scRGB;
+  const VImage scaled = picture * (whiteOf(samples) / whiteOf(picture.format()));
+  return (samples == floats ? scaled : scaled.rint())
+      .cast(samples)
+      .copy(VImage::option()->set("interpretation", model));
+}
+
+// Photoshop's own files go by another library, which takes no stream. The bits of its samples, or 0 for other files.
+int photoshopBits(const std::string& name) {
+  std::array<char, 24> header{};
+  std::ifstream(name, std::ios::binary).read(header.data(), header.size());
+  return std::string(header.data(), 4) == "8BPS" ? header[23] : 0;
+}
+
+// That library gives grey in three equal planes, and the depth that the samples happen to need instead of the file's.
+VImage asPhotoshopHasIt(VImage picture, int bits) {
+  const VipsInterpretation model = picture.interpretation();
+  const bool grey = model == VIPS_INTERPRETATION_B_W || model == VIPS_INTERPRETATION_GREY16;
+  if (grey && picture.bands() == 3) picture = picture[0];
+  if (grey && picture.bands() == 4) picture = picture[0].bandjoin(picture[3]);
+  const VipsBandFormat format = bits == 8 ? bits8 : bits16;
+  const bool differs = (bits == 8 && picture.format() == bits16) || (bits == 16 && picture.format() == bits8);
+  const bool inks = model == VIPS_INTERPRETATION_CMYK;
+  return differs && !inks ? scaledTo(format, picture) : picture;
 }
 
 VImage openFile(const std::string& name) {
-  if (name != pipeName && isPhotoshopFile(name)) {
+  if (const int bits = name == pipeName ? 0 : photoshopBits(name); bits != 0) {
     const std::string content = contentOf(name);
     VipsBlob* const blob = vips_blob_copy(content.data(), content.size());
     VImage picture = VImage::magickload_buffer(blob, VImage::option()->set("fail_on", VIPS_FAIL_ON_ERROR));
     vips_area_unref(VIPS_AREA(blob));
-    return picture;
+    return asPhotoshopHasIt(picture, bits);
   }
   // From a source, because a file name would be searched for options in square brackets.
   const vips::VSource source =
@@ -306,17 +330,7 @@ VImage loadPicture(const std::string& name) {
 }
 
 VImage withSamples(const VImage& picture, VipsBandFormat samples) {
-  if (picture.format() == samples) return picture;
-  const bool grey = colourBands(picture) == 1;
-  const VipsInterpretation model = samples == bits16  ? (grey ? VIPS_INTERPRETATION_GREY16 : VIPS_INTERPRETATION_RGB16)
-                                   : grey             ? VIPS_INTERPRETATION_B_W
-                                   : samples == bits8 ? VIPS_INTERPRETATION_sRGB
-                                                      : VIPS_INTERPRETATION_scRGB;
-  const VImage scaled = picture * (whiteOf(samples) / whiteOf(picture.format()));
-  return (samples == floats ? scaled : scaled.rint())
-      .cast(samples)
-      .copy(VImage::option()->set("interpretation", model))
-      .copy_memory();
+  return picture.format() == samples ? picture : scaledTo(samples, picture).copy_memory();
 }
 
 Document documentOf(const VImage& picture, int depth) {

@@ -282,4 +282,17 @@ TEST_F(Orbel, ConvertsDepthsAndColourModelsWithANote) {
   EXPECT_LE(difference(rgb / 255, load(path("out/flat.tif"))), 1e-6);
 }
 
+// Whose samples would go into 8 bits, too.
+TEST_F(Orbel, TakesGreyAndDepthOfAPhotoshopFileFromItsHeader) {
+  const std::string head("8BPS\0\1\0\0\0\0\0\0\0\1\0\0\0\2\0\0\0\2\0\20\0\1", 26);
+  const std::string samples("\0\0\x11\x11\x80\x80\xff\xff", 8);
+  std::ofstream(path("in.psd"), std::ios::binary) << head << std::string(14, '\0') << samples;
+  const Ending outcome = run({"apply", path("in.psd"), "-o", path("out/")});
+  ASSERT_EQ(outcome.code(), 0) << outcome.errors;
+  const VImage after = load(path("out/in.tif"));
+  EXPECT_EQ(after.bands(), 1);
+  EXPECT_EQ(after.format(), VIPS_FORMAT_USHORT);
+  EXPECT_EQ(after(1, 1), std::vector<double>{65535});
+}
+
 }  // namespace
