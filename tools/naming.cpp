@@ -127,7 +127,7 @@ Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {
   for (const auto& [folder, reason] : inputs.unreadable) {
     Job job;
     job.input = folder;
-    plan.settled.push_back(settled(job, Outcome::Status::Failed, folder + ": " + reason));
+    plan.settled.push_back(settled(job, Outcome::Status::Failed, Failure(folder, reason).what()));
   }
   for (const Input& input : inputs.files) {
     if (input.file == pipeName && (inputs.files.size() > 1 || !a.output || (target == Target::Pipe && !a.extension))) {
