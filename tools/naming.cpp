@@ -74,6 +74,7 @@ Job jobFor(const Input& input, const NamingArguments& a, Target target) {
   Job job;
   job.input = input.file;
   job.overwrite = a.overwrite || target == Target::InPlace;
+  job.overwriteRecipe = a.overwrite || a.update;
   const std::string output = a.output.value_or("");
   switch (target) {
     case Target::Pipe:
@@ -124,6 +125,15 @@ Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {
   std::map<std::string, std::string> writers;
   std::set<std::string> names;  // without extensions
   for (const Input& input : inputs.files) names.insert(withoutExtension(input.file));
+  // Not to be done again when its folder is, or its input by the same wildcard.
+  const auto isResult = [&](const Input& input) {
+    const std::string source = target == Target::Beside ? sourceOf(input.file) : "";
+    return !source.empty() && (recursive || names.count(source) != 0);
+  };
+  std::set<std::string> originals;
+  for (const Input& input : inputs.files) {
+    if (!isResult(input)) originals.insert(identityOf(input.file));
+  }
   for (const auto& [folder, reason] : inputs.unreadable) {
     Job job;
     job.input = folder;
@@ -134,15 +144,18 @@ Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {
       throw SettingsError("the standard input is read alone, and needs -o; -o - needs --ext");
     }
     Job job = jobFor(input, a, target);
-    const std::string source = target == Target::Beside ? sourceOf(input.file) : "";
-    // Not to be done again when its folder is, or its input by the same wildcard.
-    if (!source.empty() && (recursive || names.count(source) != 0)) {
+    if (isResult(input)) {
       plan.settled.push_back(settled(job, Outcome::Status::Skipped, input.file + ": is a result itself"));
       continue;
     }
     if (const auto [other, isNew] = writers.emplace(identityOf(job.output), input.file);
         !isNew && job.output != pipeName) {
       const std::string reason = job.input + ": " + job.output + " is already the output of " + other->second;
+      plan.settled.push_back(settled(job, Outcome::Status::Failed, reason));
+      continue;
+    }
+    if (a.update && !a.overwrite && originals.count(identityOf(job.output)) != 0) {
+      const std::string reason = job.input + ": " + job.output + " is an input itself; -f overwrites it";
       plan.settled.push_back(settled(job, Outcome::Status::Failed, reason));
       continue;
     }

@@ -57,7 +57,7 @@ void writeTo(TargetFile& target, const Job& job, const WorkOptions& options, con
   }
   if (options.keepsOriginal) target.keepOriginal();
   target.replace();
-  if (options.writesRecipe) writeTextFile(recipeOf(job), settingsText(options.choice, ""), job.overwrite);
+  if (options.writesRecipe) writeTextFile(recipeOf(job), settingsText(options.choice, ""), job.overwriteRecipe);
 }
 
 }  // namespace
@@ -83,10 +83,8 @@ Outcome work(const Job& job, const WorkOptions& options, const std::function<voi
   if (job.input != pipeName) requireFileWithContent(job.input);
   const FileFormat& format = writableFormat(job.extension, job.output);
   requireThatFormatKnows(format, options.save, job.output);
-  if (job.output != pipeName && !job.overwrite) {
-    requireFree(job.output);
-    if (options.writesRecipe) requireFree(recipeOf(job));
-  }
+  if (job.output != pipeName && !job.overwrite) requireFree(job.output);
+  if (job.output != pipeName && options.writesRecipe && !job.overwriteRecipe) requireFree(recipeOf(job));
   const VImage opened = openPicture(job.input, outcome.notes);
   const VipsBandFormat samples = options.samples.value_or(opened.format());
   const int depth = documentDepth(opened.format(), samples, options);

@@ -15,6 +15,7 @@ struct Job {
   std::string output;
   std::string extension;  // of the format to write
   bool overwrite = false;
+  bool overwriteRecipe = false;
   Notes notes{};  // that are known beforehand
 };
 

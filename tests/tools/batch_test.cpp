@@ -220,6 +220,10 @@ TEST_F(Orbel, NamesOutputsByFolderPatternAndSuffixAndRefusesWhatIsThere) {
       {{d, "--in-place"}, 1, {}},                                                 // a folder is in the original's way
       {{d, "--in-place", "--ext", "tif"}, 2, {}},
       {{d, "--in-place", "-u"}, 2, {}},
+      {{a, b, "-u"}, 0, {}},
+      {{a, b, "-o", path("in/%s.png"), "-u"}, 1, {}},  // a.png is an input itself
+      {{a, "--in-place", "--no-backup", "--recipe"}, 0, {"in/a.png.toml"}},
+      {{a, "--in-place", "--no-backup", "--recipe"}, 1, {}},  // the recipe isn't the picture
       {{a, "-o", path("dry.png"), "--dry-run"}, 0, {}},
       {{a, "-o", path("recipe.png"), "--recipe"}, 0, {"recipe.png", "recipe.png.toml"}},
   };
