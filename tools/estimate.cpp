@@ -18,10 +18,12 @@ constexpr int longestHostSide = 32767;
 constexpr std::int64_t largestBlock = 0x7FFFFFFF;
 
 // What the plug-in has in memory at most, in bytes a pixel, its float image included: as measured with orbel apply on
-// 24 megapixels, less the host's own. An edge-preserving filter on the finest band needs the most.
-constexpr double moduleBytesWithFinestEdges = 22.5;
-constexpr double moduleBytesOnLuminance = 18;
-constexpr double moduleBytesOnPlanes = 14.5;
+// 26 megapixels, less the host's own. How the finest band is smoothed decides.
+constexpr double moduleBytes = 14.5;
+constexpr double moduleBytesWithWideGaussian = 17.4;
+constexpr double moduleBytesWithWideGaussianOfLuminance = 21;
+constexpr double moduleBytesWithEdges = 22.5;
+constexpr float wideWindow = 32;
 // A process that has loaded the libraries and the module, and read and written a small picture.
 constexpr double processBytes = 62e6;
 
@@ -74,6 +76,13 @@ std::string duration(double minutes) {
   if (minutes < 2 * hour) return rounded(1, " minutes");
   if (minutes < 2 * day) return rounded(hour, " hours");
   return minutes < 2 * year ? rounded(day, " days") : rounded(year, " years");
+}
+
+double moduleBytesFor(const LowPass& finest, bool luminance) {
+  if (!finest.works()) return moduleBytes;
+  if (finest.keepsEdges) return moduleBytesWithEdges;
+  if (!(finest.window() > wideWindow)) return moduleBytes;
+  return luminance ? moduleBytesWithWideGaussianOfLuminance : moduleBytesWithWideGaussian;
 }
 
 }  // namespace
@@ -131,10 +140,7 @@ double memoryOf(const RunShape& s, const Settings& settings) {
   const double pixels = static_cast<double>(s.width) * s.height;
   const double read = s.bands * s.readBytes;
   const double blending = s.blended ? s.colours * s.documentBytes + 4 : 0;  // the original and the weights
-  const LowPass finest = lowPassOf(settings, 0);
-  const double module = finest.keepsEdges && finest.works() ? moduleBytesWithFinestEdges
-                        : settings.value("LUMI") != 0.0     ? moduleBytesOnLuminance
-                                                            : moduleBytesOnPlanes;
+  const double module = moduleBytesFor(lowPassOf(settings, 0), settings.value("LUMI") != 0.0);
   const double running = read + (s.colours + 3) * s.documentBytes + blending + module;
   const double writing = read + s.bands * s.writtenBytes + s.colours * s.documentBytes + blending;
   return processBytes + pixels * std::max(running, writing);

@@ -3,7 +3,9 @@
 #include "equalizer/band_equalizer.h"
 
 #include "equalizer/equalizer_kernels.h"
+#include "equalizer/luminance.h"
 #include "equalizer/pyramid.h"
+#include "tone/colour_kernels.h"
 
 namespace {
 
@@ -26,9 +28,6 @@ struct Scaled {
     }
   }
 
-  Pyramid pyramidOf(const KivImage& plane) const {
-    return {plane, planLevels(plane.size, radii, thresholds, edges), gains, baseGain};
-  }
   void equalize(KivImage& plane) { EqualizeIT(plane, plane, gains, radii, thresholds, edges, levelCount, baseGain); }
 };
 
@@ -39,7 +38,25 @@ void equalizePlanes(KivImage& image, Scaled& scaled) {
   }
 }
 
+// Luminance is worked out where it is needed, and again where it is needed again: three lines are read sooner than a
+// plane of new memory is written and read.
+void equalizeLuminanceByLines(KivImage& image, const Scaled& scaled) {
+  const int width = image.size.width;
+  const auto weightedSumLine = colourKernels().weightedSumLine;
+  const auto addChangeLine = equalizerKernels().addChangeLine;
+  const LuminanceWeights weights = luminanceWeights(rec601);
+  const LineSource luminance = [&](int y, float* to) {
+    weightedSumLine(to, image.At(0, 0, y), image.At(1, 0, y), image.At(2, 0, y), width, weights.values);
+  };
+  const Levels levels = planLevels(image.size, scaled.radii, scaled.thresholds, scaled.edges);
+  const Pyramid pyramid(image.size, luminance, levels, scaled.gains, scaled.baseGain);
+  pyramid.rebuild([&](int y, const float* before, const float* after) {
+    addChangeLine(image.At(0, 0, y), image.At(1, 0, y), image.At(2, 0, y), before, after, 1.0F, width);
+  });
+}
+
 void equalizeLuminance(KivImage& image, Scaled& scaled) {
+  if (Pyramid::serves(image.size)) return equalizeLuminanceByLines(image, scaled);
   KivImage lumaBefore(image.size, 1);
   if (image.stride != lumaBefore.stride) {
     // The kernels take one step for all planes: a view or a wrapped image goes through a copy with rows of our own.
@@ -54,14 +71,6 @@ void equalizeLuminance(KivImage& image, Scaled& scaled) {
   const int step = image.stride / 4;
   float** const planes = image.planes;
   ExtractYChannelKiv(lumaBefore.planes[0], planes[0], planes[1], planes[2], height, width, step, rec601);
-  if (Pyramid::serves(image.size)) {
-    const auto addChangeLine = equalizerKernels().addChangeLine;
-    scaled.pyramidOf(lumaBefore).rebuild([&](int y, const float* lumaAfter) {
-      addChangeLine(image.At(0, 0, y), image.At(1, 0, y), image.At(2, 0, y), lumaBefore.At(0, 0, y), lumaAfter, 1.0F,
-                    width);
-    });
-    return;
-  }
   KivImage lumaAfter;
   lumaAfter = lumaBefore;
   scaled.equalize(lumaAfter);

@@ -33,8 +33,7 @@ void OrbelBandEqualizer(PS_Database& db, OrbelBandEqualizerGuiParams& params, Ki
 void OrbelBandEqualizerWrapper(OrbelBandEqualizerWrapperParams& params);
 
 // y = (c0 * w0 + c1 * w1) + c2 * w2. step is the row step in floats of all four planes; exactly width samples of a row
-// are written. weights 2 and 4: 0.299, 0.587, 0.114 (ITU-R BT.601); 3: 0.213, 0.715, 0.072 (ITU-R BT.709, rounded);
-// any other: 0.25, 0.5, 0.25.
+// are written. weights selects luminanceWeights.
 void ExtractYChannelKiv(float* y, float* c0, float* c1, float* c2, int height, int width, int step, int weights);
 
 // Adds (yAfter - yBefore) * strength to each of the three planes. step as above.

@@ -1,5 +1,7 @@
 // Luminance of three planes, and its change given back to them; rows in parallel.
 
+#include "equalizer/luminance.h"
+
 #include <cstddef>
 
 #include "equalizer/band_equalizer.h"
@@ -7,13 +9,7 @@
 #include "image/each_row.h"
 #include "tone/colour_conversion.h"
 
-namespace {
-
-struct Weights {
-  float values[3];
-};
-
-Weights weightsOf(int selector) {
+LuminanceWeights luminanceWeights(int selector) {
   switch (selector) {
     case 2:
     case 4:
@@ -25,10 +21,8 @@ Weights weightsOf(int selector) {
   }
 }
 
-}  // namespace
-
 void ExtractYChannelKiv(float* y, float* c0, float* c1, float* c2, int height, int width, int step, int weights) {
-  Weights triple = weightsOf(weights);
+  LuminanceWeights triple = luminanceWeights(weights);
   ConvertColorToGrayKiv(y, c0, c1, c2, height, width, step, triple.values);
 }
 

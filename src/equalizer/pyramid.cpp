@@ -20,44 +20,45 @@ int rowBytesFor(int width) { return (width * static_cast<int>(sizeof(float)) + 6
 class LevelRebuild {
  public:
   // level is C(i), reduced C(i + 1), rebuilt R(i + 1).
-  LevelRebuild(const KivImage& level, const KivImage& reduced, const KivImage& rebuilt, float gain)
+  LevelRebuild(const LevelLines& level, const KivImage& reduced, const KivImage& rebuilt, float gain)
       : level_(level),
         reduced_(reduced),
         rebuilt_(rebuilt),
         gain_(gain),
-        expansion_(reduced.size, level.size),
-        rowBytes_(rowBytesFor(level.size.width)) {}
+        expansion_(reduced.size, level.size()),
+        rowBytes_(rowBytesFor(level.size().width)) {}
 
-  // Makes each line y at place(y, line in scratch), which may be C(i)'s own, and calls done(y, line).
+  // Makes each line y at place(y, line in scratch), which may be C(i)'s own, and calls done(y, line of C(i), line).
   template <typename Place, typename Done>
   void run(Place place, Done done) const {
     const auto weighBandLine = equalizerKernels().weighBandLine;
-    const std::int64_t scratchBytes = std::int64_t{2 * bandRows + 1} * rowBytes_ + expansion_.scratchBytes();
-    eachBand(level_.size.height, bandRows, scratchBytes, [&](int first, int count, void* scratch) {
+    const std::int64_t scratchBytes = std::int64_t{2 * bandRows + 2} * rowBytes_ + expansion_.scratchBytes();
+    eachBand(level_.size().height, bandRows, scratchBytes, [&](int first, int count, void* scratch) {
       float* const expanded = static_cast<float*>(scratch);
       float* const rebuilt = expanded + bandRows * rowFloats();
       float* const line = rebuilt + bandRows * rowFloats();
-      float* const forExpansion = line + rowFloats();
+      float* const forLevel = line + rowFloats();
+      float* const forExpansion = forLevel + rowFloats();
       expansion_.rows(reduced_.planes[0], reduced_.stride, 0, first, count, expanded, rowBytes_, forExpansion);
       expansion_.rows(rebuilt_.planes[0], rebuilt_.stride, 0, first, count, rebuilt, rowBytes_, forExpansion);
       for (int i = 0; i < count; ++i) {
         const int y = first + i;
+        const float* const level = level_.rows(y, y + 1, forLevel, rowBytes_).first;
         float* const to = place(y, line);
-        weighBandLine(to, rebuilt + i * rowFloats(), level_.At(0, 0, y), expanded + i * rowFloats(), gain_,
-                      level_.size.width);
-        done(y, to);
+        weighBandLine(to, rebuilt + i * rowFloats(), level, expanded + i * rowFloats(), gain_, level_.size().width);
+        done(y, level, to);
       }
     });
   }
 
   void runInto(KivImage& target) const {
-    run([&](int y, float*) { return target.At(0, 0, y); }, [](int, float*) {});
+    run([&](int y, float*) { return target.At(0, 0, y); }, [](int, const float*, float*) {});
   }
 
  private:
   std::ptrdiff_t rowFloats() const { return rowBytes_ / static_cast<int>(sizeof(float)); }
 
-  const KivImage& level_;
+  LevelLines level_;
   const KivImage& reduced_;
   const KivImage& rebuilt_;
   float gain_;
@@ -70,28 +71,46 @@ class LevelRebuild {
 constexpr int reducedBandRows = 128;
 constexpr int farthestReach = reducedBandRows / 4;
 
-// reduced = level under its Gaussian, at half size, without ever having the whole of the blurred level. False, and
-// nothing done, where it pays no more to go by bands.
-bool blurAndHalve(const KivImage& level, float sigma, KivImage& reduced) {
-  const int reach = gaussianReach(sigma, lowPassReach);
-  if (reach < 1 || reach > farthestReach) return false;
-  const int mostRows = std::min(2 * (reducedBandRows + 2 + reach), level.size.height);
-  const GaussianBands gaussian(level.size, sigma, lowPassReach, mostRows);
-  const Resizer halving(level.size, reduced.size);
-  if (!gaussian.isServed() || !halving.isServed()) return false;
+bool goesByBands(const Level& level) {
+  if (level.lowPass != LowPass::gaussian) return level.lowPass == LowPass::none;
+  const int reach = gaussianReach(level.radius, lowPassReach);
+  return reach >= 1 && reach <= farthestReach;
+}
 
-  const int rowBytes = rowBytesFor(level.size.width);
-  const std::int64_t blurredBytes = std::int64_t{mostRows} * rowBytes;
-  const std::int64_t scratchBytes = blurredBytes + std::max(gaussian.scratchBytes(), halving.scratchBytes());
+// reduced = lines, under the level's Gaussian if it has one, at half size, without ever having the whole of the blurred
+// level. False, and nothing done, where that isn't possible or doesn't pay.
+bool reduceByBands(const LevelLines& lines, const Level& level, KivImage& reduced) {
+  if (!goesByBands(level)) return false;
+  const IppiSize size = level.size;
+  const bool blurs = level.lowPass == LowPass::gaussian;
+  const int reach = blurs ? gaussianReach(level.radius, lowPassReach) : 0;
+  const int mostBlurred = std::min(2 * (reducedBandRows + 2 + reach), size.height);
+  const int mostRows = lines.rowsInScratch(std::min(mostBlurred + 2 * reach, size.height));
+  const GaussianBands gaussian(size, blurs ? level.radius : 0.0F, lowPassReach, mostBlurred);
+  const Resizer halving(size, reduced.size);
+  if (gaussian.isServed() != blurs || !halving.isServed()) return false;
+
+  const int rowBytes = rowBytesFor(size.width);
+  const std::ptrdiff_t rowFloats = rowBytes / static_cast<int>(sizeof(float));
+  const std::int64_t scratchBytes = std::int64_t{mostRows + (blurs ? mostBlurred : 0)} * rowBytes +
+                                    std::max(gaussian.scratchBytes(), halving.scratchBytes());
+  if (scratchBytes > INT32_MAX) return false;
   eachBand(reduced.size.height, reducedBandRows, scratchBytes, [&](int first, int count, void* scratch) {
+    float* const forLines = static_cast<float*>(scratch);
+    float* const blurred = forLines + mostRows * rowFloats;
+    float* const rest = blurred + (blurs ? mostBlurred : 0) * rowFloats;
     Resizer::Rows rows = halving.sourceRows(first, count);
     // Up to an edge where the kernel would reach beyond it.
     if (rows.first < reach) rows.first = 0;
-    if (level.size.height - rows.end < reach) rows.end = level.size.height;
-    float* const blurred = static_cast<float*>(scratch);
-    void* const rest = static_cast<char*>(scratch) + blurredBytes;
-    gaussian.rows(level, rows.first, rows.end - rows.first, blurred, rowBytes, rest);
-    halving.rows(blurred, rowBytes, rows.first, first, count, reduced.At(0, 0, first), reduced.stride, rest);
+    if (size.height - rows.end < reach) rows.end = size.height;
+    const int top = std::max(rows.first - reach, 0);
+    LevelLines::Rows source = lines.rows(top, std::min(rows.end + reach, size.height), forLines, rowBytes);
+    if (blurs) {
+      const float* const from = source.first + (rows.first - top) * (source.stride / static_cast<int>(sizeof(float)));
+      gaussian.rows(from, source.stride, rows.first, rows.end - rows.first, blurred, rowBytes, rest);
+      source = {blurred, rowBytes};
+    }
+    halving.rows(source.first, source.stride, rows.first, first, count, reduced.At(0, 0, first), reduced.stride, rest);
   });
   return true;
 }
@@ -99,26 +118,33 @@ bool blurAndHalve(const KivImage& level, float sigma, KivImage& reduced) {
 }  // namespace
 
 Pyramid::Pyramid(const KivImage& plane, const Levels& levels, const float* gains, float baseGain)
-    : plane_(plane), gain_(gains[0]) {
+    : Pyramid(LevelLines(plane), levels, gains, baseGain) {}
+
+Pyramid::Pyramid(IppiSize size, const LineSource& plane, const Levels& levels, const float* gains, float baseGain)
+    : Pyramid(LevelLines(size, plane), levels, gains, baseGain) {}
+
+Pyramid::Pyramid(const LevelLines& finest, const Levels& levels, const float* gains, float baseGain)
+    : finest_(finest), gain_(gains[0]) {
   takeApart(levels);
   rebuilt_.back() = reduced_.back();
   if (baseGain != 1.0F) rebuilt_.back() *= baseGain;
   for (std::size_t i = levels.size() - 1; i > 0; --i) {
     rebuilt_[i - 1].Init(levels[i].size, 1);
-    LevelRebuild(reduced_[i - 1], reduced_[i], rebuilt_[i], gains[i]).runInto(rebuilt_[i - 1]);
+    LevelRebuild(LevelLines(reduced_[i - 1]), reduced_[i], rebuilt_[i], gains[i]).runInto(rebuilt_[i - 1]);
   }
 }
 
 void Pyramid::takeApart(const Levels& levels) {
   KivImage lowpass;  // one block for all levels, each in its corner: new memory is dearer than the room
   for (std::size_t i = 0; i < levels.size(); ++i) {
-    const KivImage& level = i == 0 ? plane_ : reduced_[i - 1];
-    reduced_[i].Init(halved(level.size), 1);
+    reduced_[i].Init(halved(levels[i].size), 1);
+    LevelLines lines = i == 0 ? finest_ : LevelLines(reduced_[i - 1]);
+    if (reduceByBands(lines, levels[i], reduced_[i])) continue;
+    const KivImage& level = i == 0 ? finest_.whole() : reduced_[i - 1];
     if (levels[i].lowPass == LowPass::none) {
       reduced_[i].Resize(level, reduced_[i].size);
       continue;
     }
-    if (levels[i].lowPass == LowPass::gaussian && blurAndHalve(level, levels[i].radius, reduced_[i])) continue;
     if (lowpass.channels == 0) lowpass.Init(level.size, 1);
     KivImage corner = lowpass.ROI(0, 0, level.size.width, level.size.height);
     applyLowPass(corner, level, levels[i]);
@@ -127,9 +153,9 @@ void Pyramid::takeApart(const Levels& levels) {
 }
 
 void Pyramid::rebuildInto(KivImage& target) const {
-  LevelRebuild(plane_, reduced_.front(), rebuilt_.front(), gain_).runInto(target);
+  LevelRebuild(finest_, reduced_.front(), rebuilt_.front(), gain_).runInto(target);
 }
 
 void Pyramid::rebuild(const LineSink& sink) const {
-  LevelRebuild(plane_, reduced_.front(), rebuilt_.front(), gain_).run([](int, float* line) { return line; }, sink);
+  LevelRebuild(finest_, reduced_.front(), rebuilt_.front(), gain_).run([](int, float* line) { return line; }, sink);
 }

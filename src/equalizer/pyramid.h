@@ -8,6 +8,7 @@
 #include <array>
 #include <functional>
 
+#include "equalizer/level_lines.h"
 #include "equalizer/levels.h"
 
 class Pyramid {
@@ -15,21 +16,24 @@ class Pyramid {
   // Above 32 samples each way the last of six sizes still has two.
   static bool serves(IppiSize size) { return size.width > 32 && size.height > 32; }
 
-  // Takes apart a plane that serves, and puts all but its finest level together again. plane is read only, now and
+  // Takes apart a plane that serves, and puts all but its finest level together again. The plane is read only, now and
   // later. Throws NO_MEMORY_ERROR.
   Pyramid(const KivImage& plane, const Levels& levels, const float* gains, float baseGain);
+  // The same for a plane that is never had as a whole, unless its low-pass needs it so.
+  Pyramid(IppiSize size, const LineSource& plane, const Levels& levels, const float* gains, float baseGain);
 
   // R(0). target has plane's size and may be plane itself.
   void rebuildInto(KivImage& target) const;
 
-  // R(0) line by line, in no order and on several threads at once; sink doesn't throw.
-  using LineSink = std::function<void(int y, const float* line)>;
+  // C(0) and R(0) line by line, in no order and on several threads at once; sink doesn't throw.
+  using LineSink = std::function<void(int y, const float* before, const float* after)>;
   void rebuild(const LineSink& sink) const;
 
  private:
+  Pyramid(const LevelLines& finest, const Levels& levels, const float* gains, float baseGain);
   void takeApart(const Levels& levels);
 
-  const KivImage& plane_;
+  LevelLines finest_;
   float gain_;  // of the finest level
   // Entry i holds C(i + 1) and R(i + 1).
   std::array<KivImage, levelCount> reduced_;

@@ -81,11 +81,12 @@ GaussianBands::GaussianBands(IppiSize size, float sigma, int multiplier, int mos
   }
 }
 
-void GaussianBands::rows(const KivImage& src, int y, int count, float* dst, int dstStep, void* scratch) const {
+void GaussianBands::rows(const float* src, int srcStep, int y, int count, float* dst, int dstStep,
+                         void* scratch) const {
   const bool last = y + count == size_.height;
   const int border = ippBorderRepl | (y > 0 ? ippBorderInMemTop : 0) | (last ? 0 : ippBorderInMemBottom);
-  ippiFilterGaussian_32f_C1R_L(src.At(0, 0, y), src.stride, dst, dstStep, size_.width, count,
-                               static_cast<std::uint32_t>(border), nullptr, spec_.get(), scratch);
+  ippiFilterGaussian_32f_C1R_L(src, srcStep, dst, dstStep, size_.width, count, static_cast<std::uint32_t>(border),
+                               nullptr, spec_.get(), scratch);
 }
 
 void blurInBands(const KivImage& src, KivImage& dst, float sigma, int multiplier) {
@@ -107,7 +108,7 @@ void blurInBands(const KivImage& src, KivImage& dst, float sigma, int multiplier
       if (scratch == nullptr) continue;
       const int y = band * cut.bandHeight();
       const int height = cut.isLast(band) ? cut.imageHeight - y : cut.bandHeight();
-      gaussian.rows(src, y, height, dst.At(0, 0, y), dst.stride, scratch.get());
+      gaussian.rows(src.At(0, 0, y), src.stride, y, height, dst.At(0, 0, y), dst.stride, scratch.get());
     }
   }
   if (outOfMemory) throw NO_MEMORY_ERROR();

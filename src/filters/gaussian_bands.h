@@ -22,9 +22,10 @@ class GaussianBands {
   int reach() const { return reach_; }
   std::int64_t scratchBytes() const { return scratchBytes_; }
 
-  // Rows y to y + count - 1 of plane 0 of src, which are other pixels than dst, where the first of them goes. A band
-  // begins and ends at the plane's edges or at least reach() rows from them. The step is in bytes.
-  void rows(const KivImage& src, int y, int count, float* dst, int dstStep, void* scratch) const;
+  // Rows y to y + count - 1. src addresses row y of the source, whose rows lie in memory as far as the band reaches;
+  // dst is other pixels. A band begins and ends at the plane's edges or at least reach() rows from them. Steps are in
+  // bytes.
+  void rows(const float* src, int srcStep, int y, int count, float* dst, int dstStep, void* scratch) const;
 
  private:
   IppiSize size_;
