@@ -37,7 +37,7 @@ VImage greyOf(VImage mask) {
 // The mask as it lies over the picture, still of its own size.
 VImage fittingMask(const VImage& loaded, const std::string& file, const VImage& picture) {
   const int orientation = vips_image_get_orientation(picture.get_image());
-  const VImage mask = turnedAway(greyOf(loaded.autorot()), orientation);
+  VImage mask = turnedAway(greyOf(loaded.autorot()), orientation);
   if (!sameProportions(mask, picture)) {
     const auto size = [](const VImage& image) {
       return std::to_string(image.width()) + " x " + std::to_string(image.height());

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 #include "equalizer/equalizer_kernels.h"
 #include "filters/gaussian_bands.h"
@@ -123,8 +124,8 @@ Pyramid::Pyramid(const KivImage& plane, const Levels& levels, const float* gains
 Pyramid::Pyramid(IppiSize size, const LineSource& plane, const Levels& levels, const float* gains, float baseGain)
     : Pyramid(LevelLines(size, plane), levels, gains, baseGain) {}
 
-Pyramid::Pyramid(const LevelLines& finest, const Levels& levels, const float* gains, float baseGain)
-    : finest_(finest), gain_(gains[0]) {
+Pyramid::Pyramid(LevelLines finest, const Levels& levels, const float* gains, float baseGain)
+    : finest_(std::move(finest)), gain_(gains[0]) {
   takeApart(levels);
   rebuilt_.back() = reduced_.back();
   if (baseGain != 1.0F) rebuilt_.back() *= baseGain;

@@ -30,7 +30,7 @@ class Pyramid {
   void rebuild(const LineSink& sink) const;
 
  private:
-  Pyramid(const LevelLines& finest, const Levels& levels, const float* gains, float baseGain);
+  Pyramid(LevelLines finest, const Levels& levels, const float* gains, float baseGain);
   void takeApart(const Levels& levels);
 
   LevelLines finest_;
