@@ -2,7 +2,7 @@
 """The figures that speed is held to, as ratios with both sides measured in one run.
 
 bench/ratios.py [BENCHMARK_PROGRAM]: runs the benchmarks of the table several times over, takes medians, and prints the
-table of docs/speed.md. For an idle machine; takes about ten minutes. What can't be measured here shows as "-".
+table of bench/README.md. For an idle machine; takes about four minutes. What can't be measured here shows as "-".
 """
 
 import json
@@ -76,7 +76,7 @@ for name in ("box", "dilation", "decimatedBlur"):
     line(f"{name}, radius 100 / radius 5, one core", "<= 1.3", ratio(f"{name}AtRadius/100", f"{name}AtRadius/5"))
 for luminance, path in ((1, "luminance"), (0, "planes")):
     planes = times.get(f"peakMemory/luminance:{luminance}")
-    line(f"peak memory on {path} beside the picture, in planes", "1.9" if luminance else "0.9", f"{planes:.2f}" if planes else "-")
+    line(f"peak memory on {path} beside the picture, in planes", "0.9", f"{planes:.2f}" if planes else "-")
 print()
 for name in (whole(24, 4, 2), whole(24, 3, 2), whole(24, 0, 2), whole(24, 4, 2, "wholeRunOnPlanes")):
     if name in times:
