@@ -105,11 +105,12 @@ void takeApart(const BandsArguments& arguments) {
     const int height = picture.height();
     const std::vector<BandRun> runs = bandRuns(settingsFor(choice, width, height));
     requireThatHostHolds(arguments.input, width, height);
+    const double mostMemory = arguments.limits.mostMemory();
     for (const BandRun& band : runs) {
       requireThatWindowsFit(arguments.input, band.settings, width, height);
       requireShortWork(arguments.input, band.settings, width, height, std::thread::hardware_concurrency(),
                        arguments.limits.mostMinutes);
-      requireMemory(arguments.input, memoryFor(picture, band.settings), arguments.limits.mostMemory());
+      requireMemory(arguments.input, memoryFor(picture, band.settings), mostMemory);
     }
     BandFiles files(arguments, runs, picture.format() == VIPS_FORMAT_FLOAT);
     run(arguments, runs, picture, files);

@@ -130,9 +130,10 @@ Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {
     const std::string source = target == Target::Beside ? sourceOf(input.file) : "";
     return !source.empty() && (recursive || names.count(source) != 0);
   };
+  const bool sparesInputs = a.update && !a.overwrite;
   std::set<std::string> originals;
   for (const Input& input : inputs.files) {
-    if (!isResult(input)) originals.insert(identityOf(input.file));
+    if (sparesInputs && !isResult(input)) originals.insert(identityOf(input.file));
   }
   for (const auto& [folder, reason] : inputs.unreadable) {
     Job job;
@@ -148,18 +149,18 @@ Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {
       plan.settled.push_back(settled(job, Outcome::Status::Skipped, input.file + ": is a result itself"));
       continue;
     }
-    if (const auto [other, isNew] = writers.emplace(identityOf(job.output), input.file);
-        !isNew && job.output != pipeName) {
+    const std::string identity = identityOf(job.output);
+    if (const auto [other, isNew] = writers.emplace(identity, input.file); !isNew && job.output != pipeName) {
       const std::string reason = job.input + ": " + job.output + " is already the output of " + other->second;
       plan.settled.push_back(settled(job, Outcome::Status::Failed, reason));
       continue;
     }
-    if (a.update && !a.overwrite && originals.count(identityOf(job.output)) != 0) {
+    if (originals.count(identity) != 0) {
       const std::string reason = job.input + ": " + job.output + " is an input itself; -f overwrites it";
       plan.settled.push_back(settled(job, Outcome::Status::Failed, reason));
       continue;
     }
-    if (a.update && target != Target::InPlace && job.output != pipeName) {
+    if (a.update && job.output != pipeName) {
       if (isUpToDate(job)) {
         const std::string reason = job.input + ": " + job.output + " is up to date";
         plan.settled.push_back(settled(job, Outcome::Status::Skipped, reason));

@@ -7,7 +7,7 @@ void EqualizeIT(KivImage&, KivImage& image, float* gains, float* radii, float* t
                 float baseGain) {
   const Levels levels = planLevels(image.size, radii, thresholds, edges);
   if (Pyramid::serves(image.size)) {
-    Pyramid(image, levels, gains, baseGain).rebuildInto(image);
+    Pyramid(LevelLines(image), levels, gains, baseGain).rebuildInto(image);
   } else {
     equalizeStepwise(image, levels, gains, baseGain);
   }

@@ -49,7 +49,7 @@ void equalizeLuminanceByLines(KivImage& image, const Scaled& scaled) {
     weightedSumLine(to, image.At(0, 0, y), image.At(1, 0, y), image.At(2, 0, y), width, weights.values);
   };
   const Levels levels = planLevels(image.size, scaled.radii, scaled.thresholds, scaled.edges);
-  const Pyramid pyramid(image.size, luminance, levels, scaled.gains, scaled.baseGain);
+  const Pyramid pyramid(LevelLines(image.size, luminance), levels, scaled.gains, scaled.baseGain);
   pyramid.rebuild([&](int y, const float* before, const float* after) {
     addChangeLine(image.At(0, 0, y), image.At(1, 0, y), image.At(2, 0, y), before, after, 1.0F, width);
   });

@@ -72,19 +72,14 @@ class LevelRebuild {
 constexpr int reducedBandRows = 128;
 constexpr int farthestReach = reducedBandRows / 4;
 
-bool goesByBands(const Level& level) {
-  if (level.lowPass != LowPass::gaussian) return level.lowPass == LowPass::none;
-  const int reach = gaussianReach(level.radius, lowPassReach);
-  return reach >= 1 && reach <= farthestReach;
-}
-
 // reduced = lines, under the level's Gaussian if it has one, at half size, without ever having the whole of the blurred
 // level. False, and nothing done, where that isn't possible or doesn't pay.
 bool reduceByBands(const LevelLines& lines, const Level& level, KivImage& reduced) {
-  if (!goesByBands(level)) return false;
+  if (level.lowPass == LowPass::bilateral) return false;
   const IppiSize size = level.size;
   const bool blurs = level.lowPass == LowPass::gaussian;
   const int reach = blurs ? gaussianReach(level.radius, lowPassReach) : 0;
+  if (reach > farthestReach) return false;
   const int mostBlurred = std::min(2 * (reducedBandRows + 2 + reach), size.height);
   const int mostRows = lines.rowsInScratch(std::min(mostBlurred + 2 * reach, size.height));
   const GaussianBands gaussian(size, blurs ? level.radius : 0.0F, lowPassReach, mostBlurred);
@@ -117,12 +112,6 @@ bool reduceByBands(const LevelLines& lines, const Level& level, KivImage& reduce
 }
 
 }  // namespace
-
-Pyramid::Pyramid(const KivImage& plane, const Levels& levels, const float* gains, float baseGain)
-    : Pyramid(LevelLines(plane), levels, gains, baseGain) {}
-
-Pyramid::Pyramid(IppiSize size, const LineSource& plane, const Levels& levels, const float* gains, float baseGain)
-    : Pyramid(LevelLines(size, plane), levels, gains, baseGain) {}
 
 Pyramid::Pyramid(LevelLines finest, const Levels& levels, const float* gains, float baseGain)
     : finest_(std::move(finest)), gain_(gains[0]) {

@@ -17,10 +17,8 @@ class Pyramid {
   static bool serves(IppiSize size) { return size.width > 32 && size.height > 32; }
 
   // Takes apart a plane that serves, and puts all but its finest level together again. The plane is read only, now and
-  // later. Throws NO_MEMORY_ERROR.
-  Pyramid(const KivImage& plane, const Levels& levels, const float* gains, float baseGain);
-  // The same for a plane that is never had as a whole, unless its low-pass needs it so.
-  Pyramid(IppiSize size, const LineSource& plane, const Levels& levels, const float* gains, float baseGain);
+  // later; made line by line, it is never had as a whole unless its low-pass needs it so. Throws NO_MEMORY_ERROR.
+  Pyramid(LevelLines finest, const Levels& levels, const float* gains, float baseGain);
 
   // R(0). target has plane's size and may be plane itself.
   void rebuildInto(KivImage& target) const;
@@ -30,7 +28,6 @@ class Pyramid {
   void rebuild(const LineSink& sink) const;
 
  private:
-  Pyramid(LevelLines finest, const Levels& levels, const float* gains, float baseGain);
   void takeApart(const Levels& levels);
 
   LevelLines finest_;

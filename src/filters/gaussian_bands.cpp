@@ -59,9 +59,9 @@ int gaussianReach(float sigma, int multiplier) {
 
 GaussianBands::GaussianBands(IppiSize size, float sigma, int multiplier, int mostRows) : size_(size) {
   if (!(sigma > 0.0F)) return;
-  reach_ = gaussianReach(sigma, multiplier);
-  if (reach_ < 1) return;
-  const int kernelSize = 2 * reach_ + 1;
+  const int reach = gaussianReach(sigma, multiplier);
+  if (reach < 1) return;
+  const int kernelSize = 2 * reach + 1;
   constexpr int oneChannel = 1;
 
   std::int64_t specSize = 0;

@@ -19,17 +19,15 @@ class GaussianBands {
   // False where there is nothing to do: sigma isn't above 0, or no primitive serves the kernel.
   bool isServed() const { return spec_ != nullptr; }
 
-  int reach() const { return reach_; }
   std::int64_t scratchBytes() const { return scratchBytes_; }
 
   // Rows y to y + count - 1. src addresses row y of the source, whose rows lie in memory as far as the band reaches;
-  // dst is other pixels. A band begins and ends at the plane's edges or at least reach() rows from them. Steps are in
-  // bytes.
+  // dst is other pixels. A band begins and ends at the plane's edges or at least the kernel's reach from them. Steps
+  // are in bytes.
   void rows(const float* src, int srcStep, int y, int count, float* dst, int dstStep, void* scratch) const;
 
  private:
   IppiSize size_;
-  int reach_ = 0;
   std::int64_t scratchBytes_ = 0;
   Scratch spec_;
 };
