@@ -1,22 +1,13 @@
-// The engine of the box filter, for body files only: sums along the rows, running sums down them. Internal linkage
-// throughout, see lanes.h.
+// The engine of the box filter, for body files only: running sums down the columns of what box_row_sums.h adds up along
+// the rows. Internal linkage throughout, see lanes.h.
 //
-// Sums are single precision and run on over a whole row or column, so their order is part of the result:
-//
-// Along a row, with P(x) = s(x) + s(x + 1) and T(x) = P(x) + P(x + 2), a mask of m columns:
-//   m = 1, 3, 5, 7          h(x) = s(x) + s(x + 1) + ..., from left to right
-//   m = 2, 6, 10, ...       the first four columns: h(x) = P(x) + P(x + 2) + P(x + 4) + ..., from left to right
-//   m = 4, 8, 12, ...       the first four columns: h(x) = T(x) + T(x + 4) + ..., from left to right
-//   m = 9, 11, 13, 15, ...  the same, and last the one column left over, or the three: (s + s) + s
-//   all but the first line  column x + 4: h(x + 4) = (h(x) - T(x)) + T(x + m)
-// So a row carries four running sums, one for each remainder of x, however many lanes a vector has.
-//
-// Down the columns, a mask of m rows, first A = h(0), then A = A + h(r) for r = 1 ... m - 2:
+// Sums are single precision and run on over a whole column, so their order is part of the result. A mask of m rows,
+// first A = h(0), then A = A + h(r) for r = 1 ... m - 2:
 //   row y: t = A + h(y + m - 1); result t * inverse; A = t - h(y)
 // With m = 1 the result is h * inverse.
 #pragma once
 
-#include "primitives/regions.h"
+#include "primitives/box_row_sums.h"
 
 namespace ROW {
 namespace {
@@ -44,122 +35,115 @@ struct BoxRows {
   }
 };
 
-template <typename Vector>
-inline Vector sumOfTwo(const float* s) {
-  return load<Vector>(s) + load<Vector>(s + 1);
-}
-template <typename Vector>
-inline Vector sumOfFour(const float* s) {
-  return sumOfTwo<Vector>(s) + sumOfTwo<Vector>(s + 2);
-}
-template <typename Vector>
-inline Vector directSum(const float* s, std::ptrdiff_t count) {
-  Vector sum = load<Vector>(s);
-  for (std::ptrdiff_t i = 1; i < count; ++i) sum = sum + load<Vector>(s + i);
-  return sum;
-}
+constexpr int rowsAtOnce = 3;
 
-// The sums that the sliding starts from.
-template <typename Vector>
-inline Vector groupedSum(const float* s, std::ptrdiff_t mask) {
-  if (mask % 4 == 2) {
-    Vector sum = sumOfTwo<Vector>(s);
-    for (std::ptrdiff_t i = 2; i < mask; i += 2) sum = sum + sumOfTwo<Vector>(s + i);
-    return sum;
+// A part of the region whose sums start anew. rowAt(r, i) is row r of the source, the i-th of those in work, from the
+// first sample of the first window on. All windows lie in memory.
+template <typename RowAt>
+class BoxPart {
+ public:
+  BoxPart(const BoxTask& task, const BoxRows& rows, RowAt rowAt) : task_(task), rows_(rows), rowAt_(rowAt) {}
+
+  // In place, the results of several rows must not overwrite one that is still in work.
+  bool takesSeveralRows() const { return rows_.ring == nullptr || task_.mask.height > 2 * rowsAtOnce; }
+
+  // A mask of one row. First all sums: in place, results would overwrite what the next sums need.
+  void filterRow(std::ptrdiff_t y) const {
+    float* const sums = rows_.sumsOf(task_, y);
+    along<1>(y, [=](int x, auto h) { store(sums + x, h.of[0]); });
+    mapLine<float, float, Floats>(sums, resultsOf(y), task_.size.width, 1.0F,
+                                  [inverse = task_.inverse](Floats h) { return h * inverse; });
   }
-  Vector sum = sumOfFour<Vector>(s);
-  std::ptrdiff_t i = 4;
-  for (; i <= mask - 4; i += 4) sum = sum + sumOfFour<Vector>(s + i);
-  return i < mask ? sum + directSum<Vector>(s + i, mask - i) : sum;
-}
 
-template <std::ptrdiff_t mask, typename Take>
-inline void sumDirectly(const float* s, int width, Take take) {
-  int x = 0;
-  for (; x <= width - LANES; x += LANES) take(x, directSum<Floats>(s + x, mask));
-  for (; x < width; ++x) take(x, directSum<float>(s + x, mask));
-}
+  void start() const {
+    float* const accumulator = rows_.accumulator;
+    float* const sums = rows_.sumsOf(task_, 0);
+    along<1>(0, [=](int x, auto h) {
+      store(sums + x, h.of[0]);
+      store(accumulator + x, h.of[0]);
+    });
+  }
 
-template <typename Vector>
-inline Vector slide(Vector sum, const float* s, std::ptrdiff_t mask) {
-  return (sum - sumOfFour<Vector>(s)) + sumOfFour<Vector>(s + mask);
-}
+  // Rows of the first windows only.
+  template <int count>
+  void addRows(std::ptrdiff_t r) const {
+    float* const accumulator = rows_.accumulator;
+    float* sums[count];
+    for (int i = 0; i < count; ++i) sums[i] = rows_.sumsOf(task_, r + i);
+    along<count>(r, [&](int x, auto h) {
+      auto total = load<typename decltype(h)::Type>(accumulator + x);
+      for (int i = 0; i < count; ++i) {
+        store(sums[i] + x, h.of[i]);
+        total = total + h.of[i];
+      }
+      store(accumulator + x, total);
+    });
+  }
 
-template <typename Take>
-inline void sumSliding(const float* s, int width, std::ptrdiff_t mask, Take take) {
-  constexpr int group = 4;
-  if (width < group) {
-    for (int x = 0; x < width; ++x) take(x, groupedSum<float>(s + x, mask));
+  // Rows that complete a result each.
+  template <int count>
+  void completeRows(std::ptrdiff_t r) const {
+    float* const accumulator = rows_.accumulator;
+    const std::ptrdiff_t y = r - (task_.mask.height - 1);
+    float* sums[count];
+    const float* leaving[count];
+    float* results[count];
+    for (int i = 0; i < count; ++i) {
+      sums[i] = rows_.sumsOf(task_, r + i);
+      leaving[i] = rows_.sumsOf(task_, y + i);
+      results[i] = resultsOf(y + i);
+    }
+    along<count>(r, [&, inverse = task_.inverse](int x, auto h) {
+      using Value = typename decltype(h)::Type;
+      auto total = load<Value>(accumulator + x);
+      for (int i = 0; i < count; ++i) {
+        store(sums[i] + x, h.of[i]);
+        total = total + h.of[i];
+        const auto old = load<Value>(leaving[i] + x);  // before the store: may be the same row
+        store(results[i] + x, total * inverse);
+        total = total - old;
+      }
+      store(accumulator + x, total);
+    });
+  }
+
+ private:
+  float* resultsOf(std::ptrdiff_t y) const { return advance(task_.dst, y * task_.dstStep); }
+
+  template <int count, typename Take>
+  void along(std::ptrdiff_t r, Take take) const {
+    SampleRows<count> s;
+    for (int i = 0; i < count; ++i) s.at[i] = rowAt_(r + i, i);
+    sumAlong(s, task_.size.width, task_.mask.width, take);
+  }
+
+  BoxTask task_;
+  BoxRows rows_;
+  RowAt rowAt_;
+};
+
+// Filters parts with the same rows in turns: what one of them has read, the next finds in the cache.
+template <typename RowAt>
+inline void filterBox(const BoxPart<RowAt>* parts, int count, int height, int maskHeight) {
+  const auto each = [&](auto filter) {
+    for (int i = 0; i < count; ++i) filter(parts[i]);
+  };
+  using P = const BoxPart<RowAt>&;
+  if (maskHeight == 1) {
+    for (std::ptrdiff_t y = 0; y < height; ++y) each([=](P part) { part.filterRow(y); });
     return;
   }
-  Floats4 sum = groupedSum<Floats4>(s, mask);
-  take(0, sum);
-  int x = group;
-  for (; x <= width - group; x += group) {
-    sum = slide(sum, s + x - group, mask);
-    take(x, sum);
-  }
-  // A last group of fewer columns: its source ends with its windows.
-  for (int lane = 0; x + lane < width; ++lane) take(x + lane, slide(sum[lane], s + x + lane - group, mask));
-}
-
-// Calls take(x, sums) along a row, with the sums of one column or of the columns of a vector. The sums of a row depend
-// on each other, one group of four after the other: what take does with them costs hardly any time of its own.
-template <typename Take>
-inline void sumAlong(const float* s, int width, std::ptrdiff_t mask, Take take) {
-  switch (mask) {
-    case 1:
-      return sumDirectly<1>(s, width, take);
-    case 3:
-      return sumDirectly<3>(s, width, take);
-    case 5:
-      return sumDirectly<5>(s, width, take);
-    case 7:
-      return sumDirectly<7>(s, width, take);
-    default:
-      return sumSliding(s, width, mask, take);
-  }
-}
-
-// rowAt(r) is the source's row r, which starts with the first sample of the first window. All windows lie in memory.
-template <typename RowAt>
-inline void filterBox(const BoxTask& task, const BoxRows& rows, RowAt rowAt) {
-  const int width = task.size.width;
-  const std::ptrdiff_t maskHeight = task.mask.height;
-  const std::ptrdiff_t last = task.size.height + maskHeight - 2;
-  const float inverse = task.inverse;
-  float* const accumulator = rows.accumulator;
-  for (std::ptrdiff_t r = 0; r <= last; ++r) {
-    float* const sums = rows.sumsOf(task, r);
-    const std::ptrdiff_t y = r - (maskHeight - 1);
-    float* const dst = advance(task.dst, y * task.dstStep);
-    const auto along = [&, s = rowAt(r)](auto take) { sumAlong(s, width, task.mask.width, take); };
-    if (maskHeight == 1) {
-      // First all sums: in place, results would overwrite what the next sums need.
-      along([=](int x, auto h) { store(sums + x, h); });
-      mapLine<float, float, Floats>(sums, dst, width, 1.0F, [=](Floats h) { return h * inverse; });
-    } else if (r == 0) {
-      along([=](int x, auto h) {
-        store(sums + x, h);
-        store(accumulator + x, h);
-      });
-    } else if (y < 0) {
-      along([=](int x, auto h) {
-        store(sums + x, h);
-        store(accumulator + x, load<decltype(h)>(accumulator + x) + h);
-      });
-    } else if (r < last) {
-      along([=, leaving = rows.sumsOf(task, y)](int x, auto h) {
-        store(sums + x, h);
-        const auto total = load<decltype(h)>(accumulator + x) + h;
-        const auto old = load<decltype(h)>(leaving + x);  // before the store: may be the same row
-        store(dst + x, total * inverse);
-        store(accumulator + x, total - old);
-      });
-    } else {
-      along([=](int x, auto h) { store(dst + x, (load<decltype(h)>(accumulator + x) + h) * inverse); });
-    }
-  }
+  const std::ptrdiff_t firstComplete = maskHeight - 1;
+  const std::ptrdiff_t end = height + firstComplete;
+  const bool several = parts[0].takesSeveralRows();
+  each([](P part) { part.start(); });
+  std::ptrdiff_t r = 1;
+  for (; several && r <= firstComplete - rowsAtOnce; r += rowsAtOnce)
+    each([=](P part) { part.template addRows<rowsAtOnce>(r); });
+  for (; r < firstComplete; ++r) each([=](P part) { part.template addRows<1>(r); });
+  for (; several && r <= end - rowsAtOnce; r += rowsAtOnce)
+    each([=](P part) { part.template completeRows<rowsAtOnce>(r); });
+  for (; r < end; ++r) each([=](P part) { part.template completeRows<1>(r); });
 }
 
 }  // namespace

@@ -108,27 +108,47 @@ void copyExtendedRow(const Call& call, const Part& windows, std::int64_t r, floa
   copyExtendedRow(advance(call.src, from * call.srcStep), call.columns(), windows, call.value, to);
 }
 
-BoxTask taskFor(const Call& call, const Part& part) {
+// The rows of a part's windows: where they are, or one by one with their border.
+class WindowRows {
+ public:
+  WindowRows(const float* first, std::ptrdiff_t step) : first_(first), step_(step) {}
+  WindowRows(const Call& call, const Part& windows, float* lines) : call_(&call), windows_(windows), lines_(lines) {}
+
+  const float* operator()(std::ptrdiff_t r, int i) const {
+    if (call_ == nullptr) return advance(first_, r * step_);
+    float* const line = lines_ + i * strideOf(windows_.width);
+    copyExtendedRow(*call_, windows_, r, line);
+    return line;
+  }
+
+ private:
+  const float* first_ = nullptr;
+  std::ptrdiff_t step_ = 0;
+  const Call* call_ = nullptr;
+  Part windows_ = {};
+  float* lines_ = nullptr;
+};
+
+BoxPart<WindowRows> boxPart(const Call& call, const Part& part, const BoxRows& rows, const WindowRows& windows) {
   const float area = static_cast<float>(call.mask.width) * static_cast<float>(call.mask.height);
   const IppiSize size = {static_cast<int>(part.width), static_cast<int>(part.height)};
-  return {advance(call.dst, part.y * call.dstStep) + part.x, call.dstStep, size, call.mask, 1.0F / area};
+  const BoxTask task = {advance(call.dst, part.y * call.dstStep) + part.x, call.dstStep, size, call.mask, 1.0F / area};
+  return {task, rows, windows};
 }
 
 // A part whose windows lie in memory.
-void filterInner(const Call& call, const Part& part, const BoxRows& rows) {
+BoxPart<WindowRows> innerPart(const Call& call, const Part& part, const BoxRows& rows) {
   const Part windows = windowsOf(part, call);
-  const float* const first = advance(call.src, windows.y * call.srcStep) + windows.x;
-  filterBox(taskFor(call, part), rows, [&](std::ptrdiff_t r) { return advance(first, r * call.srcStep); });
+  return boxPart(call, part, rows, {advance(call.src, windows.y * call.srcStep) + windows.x, call.srcStep});
 }
 
 // A part with the border, line by line; for images apart.
-void filterOuter(const Call& call, const Part& part, BoxRows rows, float* line) {
-  const Part windows = windowsOf(part, call);
-  rows.ring = nullptr;
-  filterBox(taskFor(call, part), rows, [&](std::ptrdiff_t r) {
-    copyExtendedRow(call, windows, r, line);
-    return line;
-  });
+BoxPart<WindowRows> outerPart(const Call& call, const Part& part, const BoxRows& rows, float* lines) {
+  return boxPart(call, part, rows, {call, windowsOf(part, call), lines});
+}
+
+void filterPart(const Call& call, const BoxPart<WindowRows>& part, std::int64_t height) {
+  filterBox(&part, 1, static_cast<int>(height), call.mask.height);
 }
 
 // What the windows of a part cover, with the border: for a source that is overwritten before the part's turn. Returns
@@ -144,11 +164,15 @@ const float* filterCopy(const Call& call, const Part& part, const float* copy, B
   const Part windows = windowsOf(part, call);
   const std::int64_t stride = strideOf(windows.width);
   rows.ring = nullptr;
-  filterBox(taskFor(call, part), rows, [&](std::ptrdiff_t r) { return copy + r * stride; });
+  filterPart(call, boxPart(call, part, rows, {copy, stride * std::ptrdiff_t{sizeof(float)}}), part.height);
   return copy + windows.height * stride;
 }
 
-void filterParts(const Call& call, const BoxRows& rows, float* buffer) {
+// The parts of a region larger than the mask.
+struct Parts {
+  Part top, bottom, left, right, interior;
+};
+Parts partsOf(const Call& call) {
   const Reach reach = reachOf(call.mask);
   const std::int64_t w = call.size.width;
   const std::int64_t h = call.size.height;
@@ -157,23 +181,44 @@ void filterParts(const Call& call, const BoxRows& rows, float* buffer) {
   const std::int64_t top = call.inMemory(ippBorderInMemTop) ? 0 : reach.top;
   const std::int64_t bottom = call.inMemory(ippBorderInMemBottom) ? 0 : reach.bottom;
   const std::int64_t between = h - top - bottom;
-  const Part interior = {left, top, w - left - right, between};
-  const Part outer[] = {
-      {0, 0, w, top}, {0, h - bottom, w, bottom}, {0, top, left, between}, {w - right, top, right, between}};
-  const auto isThere = [](const Part& part) { return part.width > 0 && part.height > 0; };
+  return {{0, 0, w, top},
+          {0, h - bottom, w, bottom},
+          {0, top, left, between},
+          {w - right, top, right, between},
+          {left, top, w - left - right, between}};
+}
 
-  if (!call.isInPlace()) {
-    filterInner(call, interior, rows);
-    for (const Part& part : outer) {
-      if (isThere(part)) filterOuter(call, part, rows, buffer);
-    }
-    return;
-  }
+BoxRows fromColumn(BoxRows rows, std::int64_t x) {
+  rows.accumulator += x;
+  rows.spare += x;
+  return rows;
+}
+
+// From top to bottom: a part finds the rows in the cache that it shares with the one above. Left, interior and right
+// share all of theirs.
+void filterApart(const Call& call, const BoxRows& rows, float* lines) {
+  const Parts parts = partsOf(call);
+  const auto filterWholeRows = [&](const Part& part) {
+    if (part.height > 0) filterPart(call, outerPart(call, part, rows, lines), part.height);
+  };
+  const std::int64_t afterLeft = rowsAtOnce * strideOf(windowsOf(parts.left, call).width);
+  const BoxPart<WindowRows> sideBySide[] = {
+      outerPart(call, parts.left, rows, lines), innerPart(call, parts.interior, fromColumn(rows, parts.interior.x)),
+      outerPart(call, parts.right, fromColumn(rows, parts.right.x), lines + afterLeft)};
+  filterWholeRows(parts.top);
+  filterBox(sideBySide, 3, static_cast<int>(parts.interior.height), call.mask.height);
+  filterWholeRows(parts.bottom);
+}
+
+void filterInPlace(const Call& call, const BoxRows& rows, float* buffer) {
+  const Parts parts = partsOf(call);
+  const Part outer[] = {parts.top, parts.bottom, parts.left, parts.right};
+  const auto isThere = [](const Part& part) { return part.width > 0 && part.height > 0; };
   float* end = buffer;
   for (const Part& part : outer) {
     if (isThere(part)) end = copyWindows(call, part, end);
   }
-  filterInner(call, interior, rows);
+  filterPart(call, innerPart(call, parts.interior, rows), parts.interior.height);
   const float* copy = buffer;
   for (const Part& part : outer) {
     if (isThere(part)) copy = filterCopy(call, part, copy, rows);
@@ -264,13 +309,15 @@ IppStatus ippiFilterBoxBorder_32f_C1R(const float* src, int srcStep, float* dst,
   float* const rest = spare + stride;
   const BoxRows rows = {accumulator, spare, call.isInPlace() ? rest : nullptr, stride};
   if (border == ippBorderInMem) {
-    filterInner(call, {0, 0, roiSize.width, roiSize.height}, rows);
+    filterPart(call, innerPart(call, {0, 0, roiSize.width, roiSize.height}, rows), roiSize.height);
   } else if (call.isSmall()) {
     const Part whole = {0, 0, roiSize.width, roiSize.height};
     copyWindows(call, whole, rest);
     filterCopy(call, whole, rest, rows);
+  } else if (call.isInPlace()) {
+    filterInPlace(call, rows, rest + maskSize.height * stride);
   } else {
-    filterParts(call, rows, rest + maskSize.height * stride);
+    filterApart(call, rows, rest);
   }
   return ippStsNoErr;
 }
