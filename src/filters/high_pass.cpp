@@ -5,12 +5,12 @@
 
 namespace {
 
-// GaussBlurDecimate, or the source itself where that would leave its target as it was.
+// GaussBlurDecimate, or plane 0 of the source itself where that would leave its target as it was.
 void blurOrCopy(KivImage& target, const KivImage& src, float sigma, int kernelMultiplier) {
   if (sigma > 0.0F && kernelMultiplier > 0) {
     target.GaussBlurDecimate(src, sigma, kernelMultiplier);
   } else {
-    target.Copy(src);
+    target.Plane(0).Copy(src.Plane(0));
   }
 }
 
