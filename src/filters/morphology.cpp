@@ -97,20 +97,44 @@ void extremeAlongRows(const KivImage& target, const KivImage& src, int side, Ext
             });
 }
 
-// Where no sample counted, the source's own.
-void fillGaps(const KivImage& target, const KivImage& src, int offset, Extreme extreme) {
+// Whether none stands among the extremes: where no sample counted, or infinite ones alone.
+bool holdsNone(const KivImage& extremes, float none) {
+  bool holds = false;
+#pragma omp parallel for schedule(static) reduction(|| : holds)
+  for (int y = 0; y < extremes.size.height; ++y) {
+    const float* row = extremes.At(0, 0, y);
+    int count = 0;
+    for (int x = 0; x < extremes.size.width; ++x) count += row[x] == none ? 1 : 0;
+    holds = holds || count > 0;
+  }
+  return holds;
+}
+
+// Where no sample counted, the source's own. takeExtremes(target, src) made the target.
+template <typename TakeExtremes>
+void fillGaps(const KivImage& target, const KivImage& src, int offset, Extreme extreme, TakeExtremes takeExtremes) {
   const float none = noneOf(extreme);
-#pragma omp parallel for schedule(static)
+  if (!holdsNone(target, none)) return;
+  // With one finite value for all that count, infinite samples can be told from none.
+  KivImage counting(src.size, 1);
+  for (int y = 0; y < src.size.height; ++y) {
+    const float* row = src.At(0, 0, y);
+    const auto zeroUnlessNan = [](float sample) { return std::isnan(sample) ? sample : 0.0F; };
+    std::transform(row, row + src.size.width, counting.At(0, 0, y), zeroUnlessNan);
+  }
+  const KivImage found(target.size, 1);
+  takeExtremes(found, counting);
   for (int y = 0; y < target.size.height; ++y) {
     float* row = target.At(0, 0, y);
     const float* own = src.At(0, offset, y + offset);
-    for (int x = 0; x < target.size.width; ++x) row[x] = row[x] == none ? own[x] : row[x];
+    const float* count = found.At(0, 0, y);
+    for (int x = 0; x < target.size.width; ++x) row[x] = count[x] == none ? own[x] : row[x];
   }
 }
 
 int middleOf(int side, MaskPlace place) { return place == MaskPlace::anywhere ? 0 : (side - 1) / 2; }
 
-// One plane under any mask; target isn't src.
+// One plane under any mask, without the gaps; target isn't src.
 void extremeUnderMask(const KivImage& target, const KivImage& src, const unsigned char* mask, int side, Extreme extreme,
                       MaskPlace place) {
   const MorphologyKernels& kernels = morphologyKernels();
@@ -134,7 +158,6 @@ void extremeUnderMask(const KivImage& target, const KivImage& src, const unsigne
       }
     }
   }
-  fillGaps(target, src, middleOf(side, place), extreme);
 }
 
 // The part of a target that a mask of this side can fill; empty when there is none.
@@ -163,23 +186,30 @@ void applyMask(KivImage& target, const KivImage& src, const unsigned char* mask,
   for (int i = 0; i < corner.channels; ++i) {
     KivImage copy;
     if (corner.planes[i] == src.planes[i]) copy = src.Plane(i);
-    extremeUnderMask(corner.Plane(i), copy.channels == 0 ? src.Plane(i) : copy.Plane(0), mask, side, extreme, place);
+    const KivImage from = copy.channels == 0 ? src.Plane(i) : copy.Plane(0);
+    const auto underMask = [&](const KivImage& to, const KivImage& samples) {
+      extremeUnderMask(to, samples, mask, side, extreme, place);
+    };
+    underMask(corner.Plane(i), from);
+    fillGaps(corner.Plane(i), from, middleOf(side, place), extreme, underMask);
   }
 }
 
 }  // namespace
 
 void extremeUnderSquare(KivImage& target, const KivImage& src, int side, Extreme extreme, MaskPlace place) {
+  const auto underSquare = [&](const KivImage& to, const KivImage& samples) {
+    const KivImage rows(to.size.width, samples.size.height, 1);
+    extremeAlongRows(rows, samples, side, extreme, place);
+    extremeDownColumns(to, rows, side, extreme, place);
+  };
   for (int i = 0; i < target.channels; ++i) {
     const KivImage from = src.Plane(i);
     const KivImage to = target.Plane(i);
-    KivImage rows(to.size.width, from.size.height, 1);
-    extremeAlongRows(rows, from, side, extreme, place);
-    const bool inPlace = to.planes[0] == from.planes[0];
     KivImage own;
-    if (inPlace) own = from;
-    extremeDownColumns(to, rows, side, extreme, place);
-    fillGaps(to, inPlace ? own.Plane(0) : from.Plane(0), middleOf(side, place), extreme);
+    if (to.planes[0] == from.planes[0]) own = from;
+    underSquare(to, from);
+    fillGaps(to, own.channels == 0 ? from.Plane(0) : own.Plane(0), middleOf(side, place), extreme, underSquare);
   }
 }
 

@@ -99,6 +99,24 @@ TEST_P(Morphology, EqualsTheNaiveExtremeInEveryForm) {
 INSTANTIATE_TEST_SUITE_P(All, Morphology,
                          testing::Combine(testing::Values(1, 2, 3, 6, 7, 25, 90), testing::Bool(), testing::Bool()));
 
+TEST(MorphologyRule, InfiniteSamplesCountAsOthersDo) {
+  KivImage src = randomImage(12, 9, 1, 1);
+  for (int y = 0; y < 9; ++y) {
+    for (int x = 0; x < 12; ++x) *src.At(0, x, y) = (x + y) % 4 == 0 ? NAN : x < 6 ? -INFINITY : INFINITY;
+  }
+  *src.At(0, 2, 4) = *src.At(0, 9, 4) = 0.5F;
+  Mask ring = fullMask(3);
+  ring[4] = 0;
+  for (Mask mask : {fullMask(3), ring}) {
+    KivImage dilated;
+    dilated.Dilate(src, mask.data(), 3, false);
+    EXPECT_TRUE(sameBits(dilated, naive(src, mask, 3, false, true)));
+    KivImage eroded;
+    eroded.Erode(src, mask.data(), 3, true);
+    EXPECT_TRUE(sameBits(eroded, naive(src, mask, 3, true, false)));
+  }
+}
+
 TEST(MorphologyRule, RefusesAMaskThatFitsNowhere) {
   const KivImage src = randomImage(9, 30, 1, 1);
   Mask mask = fullMask(10);
