@@ -321,8 +321,8 @@ IppStatus ippiColorTwist_32f_P3R(const float* const src[3], int srcStep, float* 
 // y - (mask.height - 1) / 2. It is the sum times 1 / (float(mask.width) * float(mask.height)).
 //
 // Sums are running ones, in single precision, and nothing sums anew: the rounding residue of a large sample stays in
-// the rows below it, and in every fourth column behind it. bodies/box_filter.body.cpp and box_sums.h give the order of
-// all additions. A mask of one sample copies bit for bit.
+// the rows below it, and in every fourth column behind it. bodies/box_filter.body.cpp, box_sums.h and box_row_sums.h
+// give the order of all additions. A mask of one sample copies bit for bit.
 
 // The size in bytes of the buffer for one call, for every border, in place or not. Checks: null -8, size -6, mask -33,
 // data type -59, channels other than 1, 3, 4 -53; a buffer beyond 32 bits -232.
