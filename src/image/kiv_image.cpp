@@ -73,6 +73,7 @@ KivImage::KivImage(KivImage&& other) noexcept : KivImage() {
   other.channels = 0;
   other.planes = nullptr;
   other.stride = 0;
+  other.size = {0, 0};  // no rows either: Apply_Lut walks them
   other.storage = KIV_STORAGE_OWNED;
   other.added_ = nullptr;
 }

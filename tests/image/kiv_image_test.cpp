@@ -112,6 +112,7 @@ TEST(KivImageOwnership, MovesAndAdoptionReleaseOnce) {
   KivImage moved(std::move(a));
   EXPECT_EQ(moved.planes[0], samples);
   EXPECT_EQ(a.channels, 0);  // NOLINT(bugprone-use-after-move): moved-from images are empty
+  EXPECT_EQ(a.size.height, 0);
 
   // Adoption: the old samples are released, the other object keeps its fields and is defused by hand.
   KivImage target = randomImage(9, 9, 1, 2);
