@@ -19,13 +19,14 @@ void KivImage::eachPlane(int count, PlaneOp op) {
   for (int i = 0; i < count; ++i) op(planes[i], i);
 }
 
-// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): Copy skips planes that are the same
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): Copy handles it
 KivImage& KivImage::operator=(const KivImage& src) {
   Copy(src);
   return *this;
 }
 
 void KivImage::Copy(const KivImage& src) {
+  if (&src == this) return;  // nor is an empty image to be allocated like itself
   allocateLike(src);
   eachPlane(channels, [&](float* plane, int i) {
     if (src.planes[i] != plane) ippiCopy_32f_C1R(src.planes[i], src.stride, plane, stride, size);

@@ -170,6 +170,11 @@ TEST(Assignment, CopiesOverTheTargetsSizeAndThroughViews) {
   EXPECT_TRUE(sameBits(parent.ROI(0, 0, 12, 4), randomImage(12, 9, 2, 1).ROI(0, 0, 12, 4)));
   parent = *&parent;
   EXPECT_EQ(parent.channels, 2);
+  KivImage empty;
+  empty = *&empty;
+  empty.ApplyGammaCurve(1.0F);
+  empty.Sigmoidal_Contrast(0.5F);
+  EXPECT_EQ(empty.channels, 0);
 
   KivImage fresh;
   fresh = KivImage(4, 4, 1) + 0.0F;
