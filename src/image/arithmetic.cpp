@@ -93,8 +93,16 @@ KivImage& KivImage::operator*=(const KivImage& b) {
     eachPlane(b.channels, [&](float* plane, int i) { ippiMul_32f_C1IR(b.planes[i], b.stride, plane, stride, size); });
     return *this;
   }
-  // Plane 0 last: it may be the mask itself.
-  for (int i = channels - 1; i >= 0; --i) ippiMul_32f_C1IR(b.planes[0], b.stride, planes[i], stride, size);
+  float* ownMask = nullptr;
+  eachPlane(channels, [&](float* plane, int) {
+    if (plane == b.planes[0]) {
+      ownMask = plane;
+    } else {
+      ippiMul_32f_C1IR(b.planes[0], b.stride, plane, stride, size);
+    }
+  });
+  // The mask itself last: the other planes need it as it was.
+  if (ownMask != nullptr) ippiMul_32f_C1IR(ownMask, b.stride, ownMask, stride, size);
   return *this;
 }
 

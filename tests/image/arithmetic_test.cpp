@@ -152,13 +152,15 @@ TEST(Operators, PairAsManyPlanesAsTheOperandHas) {
   check([&](KivImage& x) { x -= b; }, std::minus<float>());
 }
 
-TEST(Operators, AMaskMayBePlane0OfItsTarget) {
-  KivImage x = randomImage(6, 4, 3, 1);
-  KivImage mask;
-  mask = x.Plane(0);
-  const KivImage expected = naive(x, mask, [](float a, float b) { return a * b; });
-  x *= x.Plane(0);
-  EXPECT_TRUE(sameBits(x, expected));
+TEST(Operators, AMaskMayBeAnyPlaneOfItsTarget) {
+  for (int plane = 0; plane < 3; ++plane) {
+    KivImage x = randomImage(6, 4, 3, 1);
+    KivImage mask;
+    mask = x.Plane(plane);
+    const KivImage expected = naive(x, mask, [](float a, float b) { return a * b; });
+    x *= x.Plane(plane);
+    EXPECT_TRUE(sameBits(x, expected)) << plane;
+  }
 }
 
 TEST(Assignment, CopiesOverTheTargetsSizeAndThroughViews) {
