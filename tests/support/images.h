@@ -10,6 +10,24 @@
 
 #include "image/kiv_image.h"
 
+// Of the values of sample(plane, x, y).
+template <typename Sample>
+KivImage imageOf(IppiSize size, int channels, Sample sample) {
+  KivImage image(size, channels);
+  for (int plane = 0; plane < channels; ++plane) {
+    for (int y = 0; y < size.height; ++y) {
+      for (int x = 0; x < size.width; ++x) *image.At(plane, x, y) = sample(plane, x, y);
+    }
+  }
+  return image;
+}
+
+inline KivImage copyOf(const KivImage& image) {
+  KivImage copy;
+  copy = image;
+  return copy;
+}
+
 inline void fillRandom(KivImage& image, unsigned seed, float low = -0.25F, float high = 1.25F) {
   std::mt19937 random(seed);
   std::uniform_real_distribution<float> samples(low, high);
@@ -22,6 +40,10 @@ inline void fillRandom(KivImage& image, unsigned seed, float low = -0.25F, float
 
 inline void fill(KivImage& image, float value) { fillRandom(image, 0, value, value); }
 
+inline KivImage flatImage(IppiSize size, int channels, float value) {
+  return imageOf(size, channels, [value](int, int, int) { return value; });
+}
+
 inline KivImage randomImage(int width, int height, int channels, unsigned seed) {
   KivImage image(width, height, channels);
   fillRandom(image, seed);
@@ -33,6 +55,9 @@ inline std::uint32_t bitsOf(float value) {
   std::memcpy(&bits, &value, sizeof bits);
   return bits;
 }
+
+// NaN's payload may differ.
+inline bool sameBits(float a, float b) { return bitsOf(a) == bitsOf(b) || (std::isnan(a) && std::isnan(b)); }
 
 // The first sample at which close(a, b) is false, or success.
 template <typename Close>
@@ -56,7 +81,7 @@ testing::AssertionResult compare(const KivImage& a, const KivImage& b, Close clo
 }
 
 inline testing::AssertionResult sameBits(const KivImage& a, const KivImage& b) {
-  return compare(a, b, [](float x, float y) { return bitsOf(x) == bitsOf(y) || (std::isnan(x) && std::isnan(y)); });
+  return compare(a, b, [](float x, float y) { return sameBits(x, y); });
 }
 
 inline testing::AssertionResult within(double tolerance, const KivImage& a, const KivImage& b) {

@@ -2,6 +2,8 @@
 // must not change.
 #pragma once
 
+#include <functional>
+#include <type_traits>
 #include <vector>
 
 #include "support/each_row_test.h"
@@ -24,15 +26,8 @@ inline KivImage trickyImage(int width, int height, int channels, unsigned seed) 
 // sample(a, b) of plane i of a and plane i of b, or b's only plane.
 template <typename Sample>
 KivImage combined(const KivImage& a, const KivImage& b, Sample sample) {
-  KivImage result(a.size, a.channels);
-  for (int p = 0; p < a.channels; ++p) {
-    for (int y = 0; y < a.size.height; ++y) {
-      for (int x = 0; x < a.size.width; ++x) {
-        *result.At(p, x, y) = sample(*a.At(p, x, y), *b.At(b.channels > 1 ? p : 0, x, y));
-      }
-    }
-  }
-  return result;
+  return imageOf(a.size, a.channels,
+                 [&](int p, int x, int y) { return sample(*a.At(p, x, y), *b.At(b.channels > 1 ? p : 0, x, y)); });
 }
 
 template <typename Sample>
@@ -80,12 +75,48 @@ void expectInEveryTarget(const KivImage& a, const KivImage& b, const KivImage& e
   EXPECT_TRUE(sameBits(second, expected)) << "onto the second operand";
 }
 
+// The same for run(target, src), and for run(target) in place.
+template <typename Run>
+void expectInEveryTarget(const KivImage& src, const KivImage& expected, Run run) {
+  expectInEveryTarget(src, src, expected,
+                      [&](KivImage& target, const KivImage& from, const KivImage&) { run(target, from); });
+  if constexpr (std::is_invocable_v<Run, KivImage&>) {
+    KivImage image = copyOf(src);
+    run(image);
+    EXPECT_TRUE(sameBits(image, expected)) << "in place";
+  }
+}
+
+// An operation of one source by name, and what it does to a sample. run is for expectInEveryTarget, in both forms.
+struct NamedOperation {
+  template <typename Run>
+  NamedOperation(const char* called, Run run, float (*formula)(float))
+      : name(called),
+        toTarget(run),
+        expectInTargets(
+            [run](const KivImage& src, const KivImage& expected) { expectInEveryTarget(src, expected, run); }),
+        sample(formula) {}
+  const char* name;
+  std::function<void(KivImage& target, const KivImage& src)> toTarget;
+  std::function<void(const KivImage& src, const KivImage& expected)> expectInTargets;
+  float (*sample)(float);
+};
+
 // A kernel of two inputs on planes of one row step, and its formula.
 struct PlaneKernel {
   const char* name;
-  void (*run)(float* dst, float* a, float* b, int height, int width, int step);
+  std::function<void(float* dst, float* a, float* b, int height, int width, int step)> run;
   float (*sample)(float a, float b);
 };
+
+// With the same parameters at every call.
+template <typename Function, typename... Parameters>
+PlaneKernel planeKernel(const char* name, Function function, float (*sample)(float, float), Parameters... parameters) {
+  const auto run = [=](float* dst, float* a, float* b, int height, int width, int step) {
+    function(dst, a, b, height, width, step, parameters...);
+  };
+  return {name, run, sample};
+}
 
 // Once per row of bodies.
 class PlaneKernels : public testing::TestWithParam<std::tuple<int, PlaneKernel>> {
