@@ -56,14 +56,12 @@ TEST_F(Processor, Vendor) {
   EXPECT_FALSE(isGenuineIntel({false, playedLeaf, playedXgetbv}));
 }
 
-struct FeatureBit {
-  std::uint32_t leaf;
-  CpuidRegisters registers;
-  std::uint64_t feature;
-};
-
 TEST_F(Processor, EachFeatureHasItsBit) {
-  const FeatureBit features[] = {
+  const struct {
+    std::uint32_t leaf;
+    CpuidRegisters registers;
+    std::uint64_t feature;
+  } features[] = {
       {1, {0, 0, 0, bit(23)}, 0x1},        {1, {0, 0, 0, bit(25)}, 0x2},
       {1, {0, 0, 0, bit(26)}, 0x4},        {1, {0, 0, bit(0), 0}, 0x8},
       {1, {0, 0, bit(9), 0}, 0x10},        {1, {0, 0, bit(22), 0}, 0x20},
@@ -81,7 +79,7 @@ TEST_F(Processor, EachFeatureHasItsBit) {
       {1, {0xF0B1F, 0, 0, 0}, 0x80000000}, {7, {0, bit(21), 0, 0}, 0x100000000},
   };
   played.xgetbvAllowed = false;
-  for (const FeatureBit& f : features) {
+  for (const auto& f : features) {
     played.leaves[{f.leaf, 0}] = f.registers;
     EXPECT_EQ(featureMask(source), f.feature);
     played.leaves.erase({f.leaf, 0});
@@ -105,7 +103,6 @@ TEST_F(Processor, SavedRegisters) {
   played.leaves[{1, 0}].ecx = bit(27) | bit(28);
   const std::pair<std::uint64_t, std::uint64_t> cases[] = {{0x0, 0},
                                                            {0x2, 0},
-                                                           {0x4, 0},
                                                            {0x6, featureAvxEnabled},
                                                            {0xC6, featureAvxEnabled},
                                                            {0xE0, featureAvx512Enabled},
@@ -131,60 +128,48 @@ CpuidRegisters cache(std::uint32_t type, std::uint32_t ways, std::uint32_t lineS
   return {type, ((ways - 1) << 22) | (lineSize - 1), sets - 1, 0};
 }
 
+// The status and the size of the largest cache.
+std::pair<IppStatus, std::int32_t> cacheOf(const CpuidSource& from = source) {
+  std::int32_t size = -1;
+  const IppStatus status = largestCache(from, &size);
+  return {status, size};
+}
+std::pair<IppStatus, std::int32_t> found(std::int32_t size) { return {ippStsNoErr, size}; }
+std::pair<IppStatus, std::int32_t> none(IppStatus status) { return {status, 0}; }
+
 TEST_F(Processor, LargestDataCacheOfLeaf4) {
-  played.leaves[{4, 0}] = cache(1, 8, 64, 64);
-  played.leaves[{4, 1}] = cache(2, 64, 64, 65536);  // instructions
+  played.leaves[{4, 0}] = cache(2, 64, 64, 65536);  // instructions
+  EXPECT_EQ(cacheOf(), none(ippStsUnknownCacheSize));
+  played.leaves[{4, 1}] = cache(1, 8, 64, 64);
   played.leaves[{4, 2}] = cache(3, 16, 64, 8192);
   played.leaves[{4, 2}].ebx |= 1U << 12;  // two partitions
   played.leaves[{4, 3}] = cache(3, 4, 64, 1024);
   played.leaves[{4, 5}] = cache(3, 32, 64, 65536);  // behind the end of the list
-  std::int32_t size = -1;
-  EXPECT_EQ(largestCache(source, &size), ippStsNoErr);
-  EXPECT_EQ(size, 16 * 2 * 64 * 8192);
-}
+  EXPECT_EQ(cacheOf(), found(16 * 2 * 64 * 8192));
 
-TEST_F(Processor, NoCacheInLeaf4) {
-  std::int32_t size = -1;
-  played.leaves[{4, 0}] = cache(2, 8, 64, 64);
-  EXPECT_EQ(largestCache(source, &size), ippStsUnknownCacheSize);
-  EXPECT_EQ(size, 0);
+  played.leaves[{0, 0}] = vendor(1, "GenuineIntel");
+  EXPECT_EQ(cacheOf(), none(ippStsCpuNotSupported));
+  played.leaves[{0, 0}] = vendor(7, "AuthenticAMD");
+  EXPECT_EQ(cacheOf(), none(ippStsCpuNotSupported));
+  EXPECT_EQ(cacheOf({false, playedLeaf, playedXgetbv}), none(ippStsCpuNotSupported));
 }
 
 TEST_F(Processor, CacheDescriptorsOfLeaf2) {
   played.leaves[{0, 0}] = vendor(3, "GenuineIntel");
-  std::int32_t size = -1;
   played.leaves[{2, 0}] = {0x01, 0x00000000, 0, 0};
-  EXPECT_EQ(largestCache(source, &size), ippStsUnknownCacheSize);
-  EXPECT_EQ(size, 0);
+  EXPECT_EQ(cacheOf(), none(ippStsUnknownCacheSize));
   played.leaves[{2, 0}] = {0x0C404401, 0, 0, 0x00000043};  // 1 MiB of level 2, 16 KiB and 512 KiB
-  EXPECT_EQ(largestCache(source, &size), ippStsNoErr);
-  EXPECT_EQ(size, 1024 * 1024);
+  EXPECT_EQ(cacheOf(), found(1024 * 1024));
   played.leaves[{2, 0}] = {0x00000045, 0x80000044, 0, 0x43000000};  // the lowest byte and the second word don't count
-  EXPECT_EQ(largestCache(source, &size), ippStsNoErr);
-  EXPECT_EQ(size, 512 * 1024);
-}
-
-TEST_F(Processor, NoCacheSizeWithoutKnowingTheProcessor) {
-  for (const CpuidRegisters& leaf0 : {vendor(7, "AuthenticAMD"), vendor(1, "GenuineIntel")}) {
-    played.leaves[{0, 0}] = leaf0;
-    played.leaves[{4, 0}] = cache(1, 8, 64, 64);
-    std::int32_t size = -1;
-    EXPECT_EQ(largestCache(source, &size), ippStsCpuNotSupported);
-    EXPECT_EQ(size, 0);
-  }
-  std::int32_t size = -1;
-  EXPECT_EQ(largestCache({false, playedLeaf, playedXgetbv}, &size), ippStsCpuNotSupported);
-  EXPECT_EQ(size, 0);
+  EXPECT_EQ(cacheOf(), found(512 * 1024));
 }
 
 TEST_F(Processor, CacheSizeOfThisOne) {
   EXPECT_EQ(ippGetMaxCacheSizeB(nullptr), ippStsNullPtrErr);
-  std::int32_t expected = -1;
-  const IppStatus status = largestCache(thisProcessor, &expected);
   for (int call = 0; call < 2; ++call) {  // the second one is remembered
     std::int32_t size = -1;
-    EXPECT_EQ(ippGetMaxCacheSizeB(&size), status);
-    EXPECT_EQ(size, expected);
+    const IppStatus status = ippGetMaxCacheSizeB(&size);
+    EXPECT_EQ(std::pair(status, size), cacheOf(thisProcessor));
   }
 }
 

@@ -1,5 +1,5 @@
-// Images for tests of primitives: a region inside a block of known bytes, with rows at any byte position, so that a
-// write beyond the region shows.
+// Images for tests of pointwise primitives: a region inside a block of known bytes, with rows at any byte position, so
+// that a write beyond the region shows.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -31,31 +31,24 @@ class Region {
     std::memcpy(&s, bytes.data() + position(x, y), sizeof s);
     return s;
   }
-  void set(int x, int y, Sample s) { std::memcpy(bytes.data() + position(x, y), &s, sizeof s); }
-
   template <typename Value>
   void fill(Value value) {
     for (int y = 0; y < size.height; ++y) {
       for (int x = 0; x < rowSamples; ++x) set(x, y, value(x, y));
     }
   }
-  std::vector<float> samples() const {
-    std::vector<float> all;
+  void set(int x, int y, Sample s) { std::memcpy(bytes.data() + position(x, y), &s, sizeof s); }
+
+  void appendSamplesTo(std::vector<float>& all) const {
     for (int y = 0; y < size.height; ++y) {
       for (int x = 0; x < rowSamples; ++x) all.push_back(static_cast<float>(at(x, y)));
     }
-    return all;
   }
 
   void expectSurroundingsIntact() const {
-    std::vector<bool> inside(bytes.size());
-    for (int y = 0; y < size.height; ++y) {
-      for (std::size_t i = 0; i < static_cast<std::size_t>(rowSamples) * sizeof(Sample); ++i) {
-        inside[position(0, y) + i] = true;
-      }
-    }
     for (std::size_t i = 0; i < bytes.size(); ++i) {
-      if (inside[i]) continue;
+      const bool isInRow = i >= start && (i - start) % static_cast<std::size_t>(step) < rowBytes();
+      if (isInRow && i < position(0, size.height)) continue;
       ASSERT_EQ(bytes[i], canary(i)) << "byte " << i << " of the block was written";
     }
   }
@@ -65,6 +58,7 @@ class Region {
 
  private:
   static unsigned char canary(std::size_t i) { return static_cast<unsigned char>(0xA5 ^ (i * 31)); }
+  std::size_t rowBytes() const { return static_cast<std::size_t>(rowSamples) * sizeof(Sample); }
   std::size_t position(int x, int y) const {
     return start + static_cast<std::size_t>(step) * static_cast<std::size_t>(y) +
            static_cast<std::size_t>(x) * sizeof(Sample);
@@ -75,42 +69,20 @@ class Region {
   std::vector<unsigned char> bytes;
 };
 
-// Samples of every kind: small numbers, halves, and now and then a special value.
-class RandomSamples {
- public:
-  explicit RandomSamples(unsigned seed) : bits(seed) {}
-  template <typename Sample>
-  Sample next() {
-    return static_cast<Sample>(bits());
-  }
-
- private:
-  std::mt19937 bits;
-};
-
+// Any integer; of floats small numbers, halves, and now and then a special value.
+template <typename Sample>
+Sample anySample(std::mt19937& bits) {
+  return static_cast<Sample>(bits());
+}
 template <>
-inline float RandomSamples::next<float>() {
+inline float anySample<float>(std::mt19937& bits) {
   using Limits = std::numeric_limits<float>;
-  static constexpr float special[] = {Limits::quiet_NaN(),
-                                      Limits::infinity(),
-                                      -Limits::infinity(),
-                                      0.0F,
-                                      -0.0F,
-                                      Limits::denorm_min(),
-                                      -1e-40F,
-                                      Limits::max(),
-                                      -Limits::max(),
-                                      255.0F,
-                                      70000.0F,
-                                      1.0F,
+  static constexpr float special[] = {NAN,     INFINITY,      -INFINITY,      0.0F,   -0.0F,    Limits::denorm_min(),
+                                      -1e-40F, Limits::max(), -Limits::max(), 255.0F, 70000.0F, 1.0F,
                                       -1.0F};
   const unsigned kind = bits() % 8;
   if (kind == 0) return special[bits() % std::size(special)];
   const float whole = static_cast<float>(bits() % 512) - 128.0F;
   if (kind == 1) return whole + 0.5F;
   return whole + std::ldexp(static_cast<float>(bits() >> 8), -24);
-}
-
-inline bool sameBits(float a, float b) {
-  return (std::isnan(a) && std::isnan(b)) || std::memcmp(&a, &b, sizeof a) == 0;
 }
