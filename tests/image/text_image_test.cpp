@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <limits>
 #include <locale>
 #include <sstream>
 #include <string>
@@ -20,7 +19,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-using Limits = std::numeric_limits<float>;
 
 // A folder of the test's own, with one file name in it.
 class TextImage : public testing::Test {
@@ -42,41 +40,31 @@ class TextImage : public testing::Test {
   std::size_t filesInFolder() const {
     return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
   }
-  // What the exception says.
+  // The exception names the file and says this.
   template <typename Action>
-  std::string refusal(Action action) const {
+  void expectRefusal(const std::string& reason, Action action) const {
     try {
       action();
+      ADD_FAILURE() << "nothing was thrown";
     } catch (const KivFileError& error) {
       EXPECT_NE(std::string(error.what()).find(name), std::string::npos) << error.what();
-      return error.what();
+      EXPECT_NE(std::string(error.what()).find(reason), std::string::npos) << error.what();
     }
-    ADD_FAILURE() << "nothing was thrown";
-    return "";
   }
-  std::string readingRefused() const {
-    return refusal([this] { const KivImage image(name.c_str()); });
+  void expectReadingRefused(const std::string& reason) const {
+    expectRefusal(reason, [this] { const KivImage image(name.c_str()); });
   }
-  std::string writingRefused(const KivImage& image) const {
-    return refusal([&] { image.Write(name.c_str()); });
+  void expectWritingRefused(const std::string& reason, const KivImage& image) const {
+    expectRefusal(reason, [&] { image.Write(name.c_str()); });
   }
 
   fs::path folder;
   std::string name;
 };
 
-TEST_F(TextImage, TwoSamplesByHand) {
-  KivImage image(2, 1, 1);
-  *image.At(0, 0, 0) = 0.5F;
-  *image.At(0, 1, 0) = -0.25F;
-  image.Write(name.c_str());
-  EXPECT_EQ(content(), "1\n2\n1\n0.500000000000000000000000000000\n-0.250000000000000000000000000000\n");
-}
-
 TEST_F(TextImage, SamplesComeBackBitForBit) {
   KivImage image = randomImage(37, 23, 3, 1);
-  const float special[] = {0.0F, -0.0F,  Limits::max(), Limits::lowest(),    Limits::infinity(), -Limits::infinity(),
-                           1e9F, 2e-23F, 3.14159F,      Limits::quiet_NaN(), 16777217.0F,        -1.0F / 3};
+  const float special[] = {0.0F, -0.0F, 3e38F, -3e38F, INFINITY, -INFINITY, 1e9F, 2e-23F, 3.14159F, NAN, 16777217.0F};
   std::copy(std::begin(special), std::end(special), image.At(0, 0, 4));
   image.Write(name.c_str());
   const KivImage read(name.c_str());
@@ -90,18 +78,18 @@ TEST_F(TextImage, SamplesComeBackBitForBit) {
 
 // Any float in the form that printf gives it, also those that the format cuts.
 TEST_F(TextImage, SamplesAreWrittenAsPrintfDoesAndReadAsTheNearestFloat) {
-  KivImage image(64, 64, 1);
   std::mt19937 random(3);
-  std::string expected = "64\n64\n1\n";
-  for (int i = 0; i < 64 * 64; ++i) {
+  std::string expected = "32\n128\n1\n";
+  const KivImage image = imageOf({128, 32}, 1, [&](int, int, int) {
     const auto bits = static_cast<std::uint32_t>(random());
-    float& sample = *image.At(0, i % 64, i / 64);
+    float sample = 0.0F;
     std::memcpy(&sample, &bits, 4);
     if (std::isnan(sample)) sample = std::nextafter(0.0F, 1.0F);
     char line[128];
     std::snprintf(line, sizeof line, "%1.30f\n", double{sample});
     expected += line;
-  }
+    return sample;
+  });
   image.Write(name.c_str());
   EXPECT_EQ(content(), expected);
   const KivImage read(name.c_str());
@@ -121,75 +109,67 @@ TEST_F(TextImage, PackedCopyDropsPaddingAndTheParentsOtherColumns) {
 }
 
 TEST_F(TextImage, TakesWhatOtherToolsWrite) {
-  const float expected[] = {0.5F, 1e10F, -0.0F, 0.0F, -Limits::infinity(), 1.00000012F};
-  const std::string lines[] = {" 2", "3\t", "1", "+.5", "1E+10", "-1e-50", "1e-320", "-Inf",
-                               // just above the middle of two floats; as a double it is the middle itself
-                               "1.00000005960464477539062500000001"};
+  // The last one is just above the middle of two floats; as a double it is the middle itself.
+  const char* const lines[] = {
+      " 2", "3\t", "1", "+.5", "1E+10", "-1e-50", "1e-320", "-Inf", "1.00000005960464477539062500000001"};
+  float expected[] = {0.5F, 1e10F, -0.0F, 0.0F, -INFINITY, 1.00000012F};
   for (const std::string ending : {"\n", "\r\n", "\r"}) {
-    for (const std::string& last : {std::string(), ending, ending + ending + " " + ending}) {
-      std::string text;
-      for (const std::string& line : lines) text += (text.empty() ? "" : ending) + line;
-      put(text + last);
-      const KivImage image(name.c_str());
-      ASSERT_EQ(image.size.width, 3);
-      ASSERT_EQ(image.size.height, 2);
-      for (int i = 0; i < 6; ++i) EXPECT_EQ(bitsOf(*image.At(0, i % 3, i / 3)), bitsOf(expected[i])) << i;
+    std::string text;
+    for (const char* line : lines) text += line + ending;
+    const std::string blank = ending + " " + ending;
+    for (const std::string& content : {text.substr(0, text.size() - ending.size()), text, text + blank}) {
+      put(content);
+      EXPECT_TRUE(sameBits(KivImage(name.c_str()), KivImage(expected, {3, 2}, 1)));
     }
   }
 }
 
-struct BadFile {
-  const char* content;
-  int line;
-  const char* reason;
-};
-
-class BadTextImage : public TextImage, public testing::WithParamInterface<BadFile> {};
-
-TEST_P(BadTextImage, IsRefusedByLine) {
-  put(GetParam().content);
-  const std::string message = readingRefused();
-  EXPECT_NE(message.find(", line " + std::to_string(GetParam().line) + ": "), std::string::npos) << message;
-  EXPECT_NE(message.find(GetParam().reason), std::string::npos) << message;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    All, BadTextImage,
-    testing::Values(BadFile{"", 1, "ends where the height"}, BadFile{"0\n1\n1\n0.5\n", 1, "\"0\" where the height"},
-                    BadFile{"-1\n1\n1\n0.5\n", 1, "\"-1\""}, BadFile{"1.5\n1\n1\n0.5\n", 1, "\"1.5\""},
-                    BadFile{"\n1\n1\n1\n0.5\n", 1, "\"\""}, BadFile{"GIF89a\x01\n", 1, "\"GIF89a?\""},
-                    BadFile{"1\n2147483648\n1\n0.5\n", 2, "from 1 to 2147483647"},
-                    BadFile{"1\n99999999999999999999\n1\n0.5\n", 2, "the width"},
-                    BadFile{"1", 2, "ends where the width"}, BadFile{"1\r\n0x2\r\n", 2, "the width"},
-                    // 2^62 samples, and 2^32, which 32 bits would take for none
-                    BadFile{"2147483647\n2147483647\n1\n0.5\n", 2, "don't fit into the file's 28 bytes"},
-                    BadFile{"65536\n65536\n1\n0.5\n", 2, "65536 rows of 65536 samples"},
-                    BadFile{"1\n1\n", 3, "ends where the number of planes"},
-                    BadFile{"1\n1\n3\n0.5\n", 3, "\"3\" where"}, BadFile{"1\n1\n1.0\n0.5\n", 3, "planes, 1,"},
-                    BadFile{"1\n2\n1\n0.5\n", 5, "ends where a sample"},
-                    BadFile{"1\r2\r1\r0.5\r0.5x\r", 5, "\"0.5x\" where a sample"},
-                    BadFile{"1\n2\n1\n\n0.5\n0.5\n", 4, "\"\""}, BadFile{"1\n2\n1\n0.5 0.5\n", 4, "\"0.5 0.5\""},
-                    BadFile{"1\n1\n1\n0,5\n", 4, "0,5"}, BadFile{"1\n1\n1\n0x1p3\n", 4, "0x1p3"},
-                    BadFile{"1\n1\n1\n+-1\n", 4, "+-1"}, BadFile{"1\n1\n1\n1e\n", 4, "1e"},
-                    BadFile{"1\n1\n1\n1e39\n", 4, "1e39"}, BadFile{"1\n1\n1\n-1e999\n", 4, "-1e999"},
-                    BadFile{"1\n1\n1\n0.5\n\n0.5\n", 6, "\"0.5\" behind 1 rows of 1 samples"}));
-
-TEST_F(TextImage, RefusesALineWithoutEnd) {
-  put("1\n1\n1\n" + std::string(5000, '0'));
-  EXPECT_NE(readingRefused().find("line 4: longer than any number"), std::string::npos);
+TEST_F(TextImage, RefusesBadFilesByLine) {
+  const struct {
+    std::string content;
+    int line;
+    const char* reason;
+  } files[] = {
+      {"", 1, "ends where the height"},
+      {"1.5\n1\n1\n0.5\n", 1, "\"1.5\" where the height"},
+      {"0\n1\n1\n0.5\n", 1, "\"0\""},
+      {"\n1\n1\n1\n0.5\n", 1, "\"\""},
+      {"GIF89a\x01\n", 1, "\"GIF89a?\""},
+      {"1\n2147483648\n1\n0.5\n", 2, "from 1 to 2147483647"},
+      {"1", 2, "ends where the width"},
+      // 2^62 samples, and 2^32, which 32 bits would take for none
+      {"2147483647\n2147483647\n1\n0.5\n", 2, "don't fit into the file's 28 bytes"},
+      {"65536\n65536\n1\n0.5\n", 2, "65536 rows of 65536 samples"},
+      {"1\n1\n", 3, "ends where the number of planes"},
+      {"1\n1\n3\n0.5\n", 3, "\"3\" where"},
+      {"1\n2\n1\n0.5\n", 5, "ends where a sample"},
+      {"1\r2\r1\r0.5\r0.5x\r", 5, "\"0.5x\" where a sample"},
+      {"1\n2\n1\n\n0.5\n0.5\n", 4, "\"\""},
+      {"1\n1\n1\n0,5\n", 4, "0,5"},
+      {"1\n1\n1\n+-1\n", 4, "+-1"},
+      {"1\n1\n1\n-1e999\n", 4, "-1e999"},
+      {"1\n1\n1\n1e39\n", 4, "1e39"},
+      {"1\n1\n1\n0.5\n\n0.5\n", 6, "\"0.5\" behind 1 rows of 1 samples"},
+      {"1\n1\n1\n" + std::string(5000, '0'), 4, "longer than any number"},
+  };
+  for (const auto& file : files) {
+    put(file.content);
+    expectReadingRefused(", line " + std::to_string(file.line) + ": ");
+    expectReadingRefused(file.reason);
+  }
 }
 
 TEST_F(TextImage, RefusesWhatIsNoFile) {
-  EXPECT_NE(readingRefused().find("No such file"), std::string::npos);
+  expectReadingRefused("No such file");
   ASSERT_EQ(mkfifo(name.c_str(), 0600), 0);
-  EXPECT_NE(readingRefused().find("no regular file"), std::string::npos);
-  EXPECT_NE(writingRefused(KivImage(1, 1, 1)).find("no regular file"), std::string::npos);
-  name = folder.string();
-  EXPECT_NE(readingRefused().find("no regular file"), std::string::npos);
-  EXPECT_NE(writingRefused(KivImage(1, 1, 1)).find("no regular file"), std::string::npos);
+  for (const std::string& other : {name, folder.string()}) {
+    name = other;
+    expectReadingRefused("no regular file");
+    expectWritingRefused("no regular file", KivImage(1, 1, 1));
+  }
   EXPECT_EQ(filesInFolder(), 1U);
   name = "/proc/self/mem";  // a regular file whose first byte can't be read
-  EXPECT_NE(readingRefused().find("Input/output error"), std::string::npos);
+  expectReadingRefused("Input/output error");
   EXPECT_THROW(KivImage(static_cast<const char*>(nullptr)), KivFileError);
   EXPECT_THROW(KivImage(1, 1, 1).Write(nullptr), KivFileError);
 }
@@ -200,55 +180,54 @@ TEST_F(TextImage, TooLargeForOneImageIsNoMemory) {
   EXPECT_THROW(KivImage(name.c_str()), NO_MEMORY_ERROR);
 }
 
-TEST_F(TextImage, WritesWholeFilesOrNone) {
-  put("precious");
-  fs::permissions(name, fs::perms::owner_read | fs::perms::owner_write);
-  EXPECT_NE(writingRefused(KivImage()).find("empty"), std::string::npos);
-  EXPECT_NE(writingRefused(randomImage(4, 4, 1, 1).Sub_Section(2)).find("empty"), std::string::npos);
-
-  // A limit of the process on file sizes stands in for the full disk.
+// With a limit of the process on file sizes, which stands in for the full disk.
+template <typename Action>
+void withFilesUpTo(rlim_t bytes, Action action) {
   rlimit before{};
   ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
   rlimit low = before;
-  low.rlim_cur = 20000;
+  low.rlim_cur = bytes;
   const auto handler = std::signal(SIGXFSZ, SIG_IGN);
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &low), 0);
-  const std::string large = writingRefused(randomImage(60, 60, 1, 1));  // fails while it is written
-  low.rlim_cur = 1000;
-  setrlimit(RLIMIT_FSIZE, &low);
-  const std::string small = writingRefused(randomImage(40, 1, 1, 1));  // fails when it is closed
+  action();
   setrlimit(RLIMIT_FSIZE, &before);
   std::signal(SIGXFSZ, handler);
-  EXPECT_NE(large.find("File too large"), std::string::npos);
-  EXPECT_NE(small.find("File too large"), std::string::npos);
-  EXPECT_EQ(content(), "precious");
-  EXPECT_EQ(filesInFolder(), 1U);
+}
 
-  const fs::path link = folder / "link";
-  fs::create_symlink("image.txt", link);
-  const KivImage image = randomImage(3, 3, 1, 1);
-  image.Write(link.c_str());
-  EXPECT_TRUE(fs::is_symlink(link));
-  EXPECT_EQ(filesInFolder(), 2U);
-  EXPECT_TRUE(sameBits(KivImage(name.c_str()), image));
-  EXPECT_EQ(fs::status(name).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-
-  const fs::path ahead = folder / "ahead";
-  fs::create_symlink("later.txt", ahead);
-  image.Write(ahead.c_str());
-  EXPECT_TRUE(fs::is_symlink(ahead));
-  EXPECT_TRUE(sameBits(KivImage((folder / "later.txt").c_str()), image));
-
+TEST_F(TextImage, WritesWholeFilesOrNone) {
+  put("precious");
+  expectWritingRefused("empty", KivImage());
+  expectWritingRefused("empty", randomImage(4, 4, 1, 1).Sub_Section(2));
+  // The first fails while it is written, the second when it is closed.
+  withFilesUpTo(20000, [this] { expectWritingRefused("File too large", randomImage(60, 60, 1, 1)); });
+  withFilesUpTo(1000, [this] { expectWritingRefused("File too large", randomImage(40, 1, 1, 1)); });
   // Nobody, who may make files in this folder, may not write this one. Only root can become nobody, or has to.
   fs::permissions(name, fs::perms::owner_read);
   fs::permissions(folder, fs::perms::all);
   const uid_t user = geteuid();
   ASSERT_EQ(seteuid(user == 0 ? 65534 : user), 0);
-  EXPECT_NE(writingRefused(image).find("Permission denied"), std::string::npos);
+  expectWritingRefused("Permission denied", KivImage(1, 1, 1));
   ASSERT_EQ(seteuid(user), 0);
-
+  EXPECT_EQ(content(), "precious");
+  EXPECT_EQ(filesInFolder(), 1U);
   name = (folder / "nowhere" / "image.txt").string();
-  EXPECT_NE(writingRefused(image).find("No such file"), std::string::npos);
+  expectWritingRefused("No such file", KivImage(1, 1, 1));
+}
+
+TEST_F(TextImage, KeepsPermissionsAndLinks) {
+  put("old");
+  constexpr fs::perms permissions = fs::perms::owner_read | fs::perms::owner_write;
+  fs::permissions(name, permissions);
+  const KivImage image = randomImage(3, 3, 1, 1);
+  for (const char* target : {"image.txt", "later.txt"}) {  // which isn't there yet
+    const fs::path link = folder / (std::string("link to ") + target);
+    fs::create_symlink(target, link);
+    image.Write(link.c_str());
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_TRUE(sameBits(KivImage((folder / target).c_str()), image));
+  }
+  EXPECT_EQ(filesInFolder(), 4U);
+  EXPECT_EQ(fs::status(name).permissions(), permissions);
 }
 
 // As a host may have set it, for C++ streams and, where the system has such a locale, for C.
