@@ -36,13 +36,9 @@ TEST_P(ColourDifference, TakesTheGivenStepsInBothForms) {
   lab.Plane(0).ROI(0, 7, 37, 1) = trickyImage(37, 1, 1, 2);
   lab.ROI(0, 6, 37, 1).Plane(1) = trickyImage(37, 1, 1, 3);
   for (int c = 0; c < 3; ++c) *lab.At(c, 4, 4) = given.reference[c];
-  KivImage expected(lab.size, 1);
-  for (int y = 0; y < 8; ++y) {
-    for (int x = 0; x < 37; ++x) {
-      *expected.At(0, x, y) =
-          differenceOf({*lab.At(0, x, y), *lab.At(1, x, y), *lab.At(2, x, y)}, given.reference, given.weights);
-    }
-  }
+  const KivImage expected = imageOf(lab.size, 1, [&](int, int x, int y) {
+    return differenceOf({*lab.At(0, x, y), *lab.At(1, x, y), *lab.At(2, x, y)}, given.reference, given.weights);
+  });
   EXPECT_EQ(*expected.At(0, 4, 4), 0.0F);
 
   KivImage map;
@@ -50,17 +46,15 @@ TEST_P(ColourDifference, TakesTheGivenStepsInBothForms) {
   EXPECT_TRUE(sameBits(map, expected));
 
   KivImage parent = randomImage(60, 12, 1, 4);
-  parent.ROI(5, 2, 37, 8).Delta_E(lab, given.reference, given.weights);
-  KivImage around = randomImage(60, 12, 1, 4);
+  KivImage around = copyOf(parent);
   around.ROI(5, 2, 37, 8) = expected;
+  parent.ROI(5, 2, 37, 8).Delta_E(lab, given.reference, given.weights);
   EXPECT_TRUE(sameBits(parent, around));
 
-  KivImage inPlace;
-  inPlace = lab;
-  inPlace.Delta_E(given.reference, given.weights);
-  EXPECT_TRUE(sameBits(inPlace.Plane(0), expected));
-  EXPECT_TRUE(sameBits(inPlace.Plane(1), lab.Plane(1)));
-  EXPECT_TRUE(sameBits(inPlace.Plane(2), lab.Plane(2)));
+  KivImage expectedInPlace = copyOf(lab);
+  expectedInPlace.Plane(0) = expected;
+  lab.Delta_E(given.reference, given.weights);
+  EXPECT_TRUE(sameBits(lab, expectedInPlace));
 }
 
 const Difference differences[] = {
@@ -73,18 +67,15 @@ INSTANTIATE_TEST_SUITE_P(All, ColourDifference, testing::ValuesIn(differences),
                          [](const auto& i) { return i.param.name; });
 
 TEST(ColourDifference, KnownValues) {
-  const auto difference = [](float l, float a, float b, float hue, float chroma, float lightness) {
-    KivImage image(1, 1, 3);
-    const float colour[] = {l, a, b};
-    for (int c = 0; c < 3; ++c) *image.At(c, 0, 0) = colour[c];
+  const auto difference = [](float l, float a, float hue, float chroma, float lightness) {
+    float colour[] = {l, a, 0.0F};
     float reference[] = {50.0F, 0.0F, 0.0F};
     float weights[] = {hue, chroma, lightness};
-    image.Delta_E(reference, weights);
-    return *image.At(0, 0, 0);
+    KivImage(colour, {1, 1}, 3).Delta_E(reference, weights);
+    return colour[0];
   };
-  EXPECT_EQ(difference(46.0F, 0.0F, 0.0F, 1.0F, 1.0F, -2.0F), 8.0F);  // lightness alone: |weight * dL|
-  EXPECT_FLOAT_EQ(difference(50.0F, 20.0F, 0.0F, 9.0F, 3.0F, 9.0F), 3.0F * 20.0F / 1.9F);  // chroma alone
-  EXPECT_EQ(difference(10.0F, 20.0F, 0.0F, 0.0F, 0.0F, 0.0F), 0.0F);
+  EXPECT_EQ(difference(46.0F, 0.0F, 1.0F, 1.0F, -2.0F), 8.0F);                       // lightness: |weight * dL|
+  EXPECT_FLOAT_EQ(difference(50.0F, 20.0F, 9.0F, 3.0F, 9.0F), 3.0F * 20.0F / 1.9F);  // chroma alone
 }
 
 }  // namespace
