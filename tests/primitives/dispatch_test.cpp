@@ -88,25 +88,6 @@ constexpr std::uint64_t everything = upToAvx512 | upToEr | enabled;
 constexpr std::uint64_t unknownBit = std::uint64_t{1} << 40;
 
 constexpr Selection selections[] = {
-    // Each row of the table, with all that it needs.
-    {everything, upToAvx512, ippStsNoErr, 4, upToAvx512},
-    {everything, upToEr, ippStsNoErr, 3, upToEr},
-    {everything, upToAvx2, ippStsNoErr, 3, upToAvx2},
-    {everything, upToAvx, ippStsNoErr, 2, upToAvx},
-    {everything, upToSse42, ippStsNoErr, 1, upToSse42},
-    {everything, 0x5F, ippStsNoErr, 0, 0x5F},
-    {everything | 0x20, 0x3F, ippStsNoErr, 0, 0x3F},
-    {everything, 0x1F, ippStsNoErr, 0, 0x1F},
-    {everything, 0xF, ippStsNoErr, 0, 0xF},
-    {everything, 0x7, ippStsNoErr, 0, 0x7},
-    // Only the best of them: the enabled mask gains what the row needs.
-    {everything, 0x7300000, ippStsFeaturesCombination, 4, upToAvx512},
-    {everything, 0xF00000, ippStsFeaturesCombination, 3, upToEr},
-    {everything, 0x8000, ippStsFeaturesCombination, 3, upToAvx2},
-    {everything, 0x100, ippStsFeaturesCombination, 2, upToAvx},
-    {everything, 0x80, ippStsFeaturesCombination, 1, upToSse42},
-    {everything, 0x40, ippStsFeaturesCombination, 0, 0x5F},
-    {everything, 0x4, ippStsFeaturesCombination, 0, 0x7},
     // An incomplete AVX-512 is no row of its own.
     {everything, upToAvx2 | 0x7200000, ippStsNoErr, 3, upToAvx2 | 0x7200000},
     // Too little for any row.
@@ -125,14 +106,37 @@ constexpr Selection selections[] = {
     {upToSse42, upToAvx512 | bit63, ippStsNoErr, 4, upToAvx512},
 };
 
-TEST_F(Dispatch, SelectionFollowsTheRules) {
-  for (const Selection& s : selections) {
-    SCOPED_TRACE(testing::Message() << std::hex << s.request << " of " << s.detected);
-    ForcedRow::pretend(s.detected);
-    EXPECT_EQ(ippSetCpuFeatures(s.request), s.status);
-    EXPECT_EQ(ippJumpIndexForMergedLibs, std::min(s.index, rowCount - 1));
-    EXPECT_EQ(ippGetEnabledCpuFeatures(), s.enabled);
+void expectSelection(const Selection& s) {
+  SCOPED_TRACE(testing::Message() << std::hex << s.request << " of " << s.detected);
+  ForcedRow::pretend(s.detected);
+  EXPECT_EQ(ippSetCpuFeatures(s.request), s.status);
+  EXPECT_EQ(ippJumpIndexForMergedLibs, std::min(s.index, rowCount - 1));
+  EXPECT_EQ(ippGetEnabledCpuFeatures(), s.enabled);
+}
+
+TEST_F(Dispatch, EachRowIsChosenByItsBestFeatures) {
+  const struct {
+    std::uint64_t best, needed;
+    int index;
+  } rows[] = {{0x7300000, upToAvx512, 4},
+              {0xF00000, upToEr, 3},
+              {0x8000, upToAvx2, 3},
+              {0x100, upToAvx, 2},
+              {0x80, upToSse42, 1},
+              {0x40, 0x5F, 0},
+              {0x20, 0x3F, 0},
+              {0x10, 0x1F, 0},
+              {0x8, 0xF, 0},
+              {0x4, 0x7, 0}};
+  for (const auto& row : rows) {
+    expectSelection({everything | 0x20, row.needed, ippStsNoErr, row.index, row.needed});
+    // Alone: the enabled mask gains what the row needs.
+    expectSelection({everything | 0x20, row.best, ippStsFeaturesCombination, row.index, row.needed});
   }
+}
+
+TEST_F(Dispatch, SelectionFollowsTheRules) {
+  for (const Selection& s : selections) expectSelection(s);
 }
 
 TEST_F(Dispatch, BitSixtyThreeMakesTheStoredMaskTheDetectedOne) {

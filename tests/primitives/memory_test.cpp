@@ -73,7 +73,7 @@ TEST_P(Memory, ImagesThatCannotBe) {
                                {-1, 5, 0},
                                {INT32_MAX / 4 + 1, 1, 0},     // a row of 2^31 bytes
                                {16, INT32_MAX / 64 + 1, 64},  // the row is possible, the image isn't
-                               {64, 1 << 24, 256},            // of 2^32 bytes
+                               {16, (1 << 26) + 1, 64},       // of 2^32 bytes and 64
                                {16, INT32_MAX / 64, 64}};     // nor beside the allocator's own bytes
   for (const Impossible& image : images) {
     std::int32_t step = -1;

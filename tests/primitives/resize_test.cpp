@@ -135,24 +135,6 @@ TEST(Resize, EqualSizesCopyEveryBit) {
   }
 }
 
-TEST(Resize, WorkedExamples) {
-  Plane<float> four(4, 4, 0, 1);
-  for (int y = 0; y < 4; ++y) {
-    for (int x = 0; x < 4; ++x) four.at(x, y) = static_cast<float>(x + 10 * y);
-  }
-  Plane<float> two(2, 2, 0, 1);
-  ASSERT_EQ(resize(four, two, {0, 0}, {2, 2}, 1, makeSpec({4, 4}, {2, 2}), {2, 2}), ippStsNoErr);
-  EXPECT_EQ(two.at(1, 0), 7.5F);
-  EXPECT_EQ(two.at(1, 1), 27.5F);
-
-  ASSERT_EQ(resize(two, four, {0, 0}, {4, 4}, 1, makeSpec({2, 2}, {4, 4}), {4, 4}), ippStsNoErr);
-  const float across[] = {5.5F, 6.0F, 7.0F, 7.5F};
-  const float down[] = {0.0F, 5.0F, 15.0F, 20.0F};
-  for (int y = 0; y < 4; ++y) {
-    for (int x = 0; x < 4; ++x) EXPECT_EQ(four.at(x, y), across[x] + down[y]) << x << ' ' << y;
-  }
-}
-
 TEST(Resize, ClipsToTheSpecificationAndSaysSo) {
   const Plane<float> src(10, 10, 0, 1);
   const Plane<float> before(20, 20, 4, 2);

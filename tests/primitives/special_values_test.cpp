@@ -31,7 +31,7 @@ struct Example {
   float x, result;
   IppStatus status = ippStsNoErr;
 };
-const Example exponentials[] = {
+const Example expExamples[] = {
     {NAN, NAN},
     {INFINITY, INFINITY},
     {-INFINITY, 0.0F},
@@ -45,7 +45,7 @@ const Example exponentials[] = {
     {-103.97209F, 0.0F, ippStsUnderflow},
     {-3e38F, 0.0F, ippStsUnderflow},
 };
-const Example logarithms[] = {
+const Example lnExamples[] = {
     {NAN, NAN},
     {INFINITY, INFINITY},
     {0.0F, -INFINITY, ippStsLnZeroArg},
@@ -64,8 +64,8 @@ TEST_P(SpecialValues, ExponentialAndLogarithm) {
       EXPECT_TRUE(sameBits(x, example.result)) << example.x << " gave " << x;
     }
   };
-  expectExamples(exponentials, ippiExp_32f_C1IR);
-  expectExamples(logarithms, ippiLn_32f_C1IR);
+  expectExamples(expExamples, ippiExp_32f_C1IR);
+  expectExamples(lnExamples, ippiLn_32f_C1IR);
 }
 
 // Double precision is exact enough to place the single result within the rounding of one unit in the last place.
