@@ -66,6 +66,10 @@ TEST(GaussBlur, OnIntegersBlursEachPlaneFromItsOwn) {
     EXPECT_TRUE(sameBits(blurred, mapped(blurred, whole)));
     (src.*variant.blur)(src, 2.0F, 3, true);
     EXPECT_TRUE(sameBits(src, blurred)) << "in place";
+
+    KivImage fraction = flatImage({9, 9}, 1, 100.75F);
+    (fraction.*variant.blur)(fraction, 2.0F, 3, true);
+    EXPECT_TRUE(sameBits(fraction, flatImage({9, 9}, 1, 100.0F))) << "the whole part counts";
   }
 }
 
