@@ -37,11 +37,13 @@ TEST(HighPass, TakesTheGivenStepsInEveryTarget) {
 
 TEST(HighPassPS, WorksOnPlane0Alone) {
   const KivImage src = randomImage(20, 10, 3, 1);
-  KivImage result = randomImage(20, 10, 3, 2);
-  KivImage expected = copyOf(result);
-  expected.Plane(0).HighPassPS(src.Plane(0), 2.0F, 3);
-  result.HighPassPS(src, 2.0F, 3);
-  EXPECT_TRUE(sameBits(result, expected));
+  for (const float sigma : {2.0F, 0.0F}) {
+    KivImage result = randomImage(20, 10, 3, 2);
+    KivImage expected = copyOf(result);
+    expected.Plane(0).HighPassPS(src.Plane(0), sigma, 3);
+    result.HighPassPS(src, sigma, 3);
+    EXPECT_TRUE(sameBits(result, expected)) << sigma;
+  }
 }
 
 TEST(HighPass, WithoutABlurItIsFlat) {

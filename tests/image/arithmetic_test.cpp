@@ -70,11 +70,13 @@ TEST(Operators, NegationMultipliesByMinusOne) {
   EXPECT_TRUE(sameBits(b, mapped(a, std::negate<>())));
 }
 
-TEST(Operators, AMaskMayBePlane0OfItsTarget) {
-  KivImage x = randomImage(6, 4, 3, 1);
-  const KivImage expected = combined(x, x.Plane(0), std::multiplies<>());
-  x *= x.Plane(0);
-  EXPECT_TRUE(sameBits(x, expected));
+TEST(Operators, AMaskMayBeAnyPlaneOfItsTarget) {
+  for (int plane = 0; plane < 3; ++plane) {
+    KivImage x = randomImage(6, 4, 3, 1);
+    const KivImage expected = combined(x, x.Plane(plane), std::multiplies<>());
+    x *= x.Plane(plane);
+    EXPECT_TRUE(sameBits(x, expected)) << plane;
+  }
 }
 
 TEST(Assignment, CopiesOverTheTargetsSizeAndThroughViews) {
@@ -86,6 +88,11 @@ TEST(Assignment, CopiesOverTheTargetsSizeAndThroughViews) {
   EXPECT_TRUE(sameBits(parent.ROI(0, 0, 12, 4), randomImage(12, 9, 2, 1).ROI(0, 0, 12, 4)));
   parent = *&parent;
   EXPECT_EQ(parent.channels, 2);
+  KivImage empty;
+  empty = *&empty;
+  empty.ApplyGammaCurve(1.0F);
+  empty.Sigmoidal_Contrast(0.5F);
+  EXPECT_EQ(empty.channels, 0);
 }
 
 TEST(PointwiseFunctions, MatchTheFormulaInEveryTarget) {
