@@ -1,5 +1,5 @@
-// Box filter with border: the mean over a mask, from running sums (box_sums.h gives their order). Sums start anew in
-// each of the parts that the region is cut into:
+// Box filter with border: the mean over a mask, from running sums (box_row_sums.h and box_sums.h give their
+// order). Sums start anew in each of the parts that the region is cut into:
 //
 //     +---------------------+   top and bottom: whole rows whose windows reach beyond the region
 //     |         top         |   left and right: such columns of the rows between
@@ -205,8 +205,11 @@ void filterApart(const Call& call, const BoxRows& rows, float* lines) {
   const BoxPart<WindowRows> sideBySide[] = {
       outerPart(call, parts.left, rows, lines), innerPart(call, parts.interior, fromColumn(rows, parts.interior.x)),
       outerPart(call, parts.right, fromColumn(rows, parts.right.x), lines + afterLeft)};
+  const int hasLeft = parts.left.width > 0 ? 1 : 0;
+  const int hasRight = parts.right.width > 0 ? 1 : 0;
   filterWholeRows(parts.top);
-  filterBox(sideBySide, 3, static_cast<int>(parts.interior.height), call.mask.height);
+  filterBox(sideBySide + 1 - hasLeft, hasLeft + 1 + hasRight, static_cast<int>(parts.interior.height),
+            call.mask.height);
   filterWholeRows(parts.bottom);
 }
 
@@ -258,8 +261,8 @@ constexpr int alignment = 64;
 }  // namespace
 
 // The buffer: accumulator and spare line; then the copy of a small region with its border, or the ring and the copies
-// for the outer parts, which are largest where all sides (the rows of top and bottom) or the other two (the rows of
-// left and right) are in memory.
+// for the outer parts (of which images apart need no more than a few lines). These are largest where all sides (the
+// rows of top and bottom) or the other two (the rows of left and right) are in memory.
 IppStatus ippiFilterBoxBorderGetBufferSize(IppiSize roiSize, IppiSize maskSize, int dataType, int numChannels,
                                            int* bufferSize) {
   if (isNull(bufferSize)) return ippStsNullPtrErr;
