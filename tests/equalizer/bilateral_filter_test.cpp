@@ -43,7 +43,7 @@ float gaussianWeight(float d, int dx, int dy, float ks, float kr, bool grouped) 
   const float range = grouped ? (d * d) * kr : d * (kr * d);
   const float spatial = grouped ? (fx * fx + fy * fy) * ks : static_cast<float>(dx * dx + dy * dy) * ks;
   const float e = range + spatial;
-  if (e < -87.0F) return 0.0F;
+  if (!(e >= -87.0F)) return 0.0F;  // NaN too: its sample makes the sum NaN all the same
   const float scaled = e * 12102203.0F;
   return floatOf(static_cast<int>(grouped ? std::nearbyint(scaled) : scaled) + 0x3F7893F5);
 }
@@ -102,7 +102,8 @@ TEST_P(Bilateral, EqualsTheNaiveSumBitForBit) {
   // Widths round every cut of a line: none to three single columns, groups of four, several vectors.
   for (const int width : {1, 2, 3, 4, 5, 7, 8, 11, 16, 18, 35, 71, 133}) {
     for (const int height : {1, 2, 9}) {
-      const KivImage src = randomImage(width, height, 1, static_cast<unsigned>(width * 10 + height));
+      KivImage src = randomImage(width, height, 1, static_cast<unsigned>(width * 10 + height));
+      if (width == 71) *src.At(0, 20, height / 2) = NAN;  // spreads as far as the window alone
       for (const float threshold : {0.04F, 0.3F, -0.3F, 1.0F}) {
         EXPECT_TRUE(sameBits(filtered(src, window, 1.7F, threshold, variant, padding),
                              naive(src, window, 1.7F, threshold, variant, padding)))
@@ -166,29 +167,19 @@ TEST_P(BilateralPairs, ServeTheFilterOnAnyNumberOfThreads) {
   omp_set_num_threads(threads);
 }
 
+// With a flat trapezoid every tap counts alike, so a window of 2 sums the padded row b a a b c d d c, and down a column
+// r2 r1 r0 r1 r2 r3 r3 r2.
 TEST(BilateralPadding, MirrorsAsDrawn) {
-  // With a flat trapezoid every tap counts alike, so a window of 2 sums the padded row b a a b c d d c.
   KivImage row(4, 1, 1);
-  const float samples[] = {1.0F, 2.0F, 4.0F, 8.0F};
-  for (int x = 0; x < 4; ++x) *row.At(0, x, 0) = samples[x];
-  const KivImage result = filtered(row, 2, 1.0F, 1e6F, trapezoid, mirror);
-  EXPECT_FLOAT_EQ(*result.At(0, 0, 0), (2 + 1 + 1 + 2 + 4) / 5.0F);
-  EXPECT_FLOAT_EQ(*result.At(0, 3, 0), (2 + 4 + 8 + 8 + 4) / 5.0F);
-  // Down a column: r2 r1 r0 r1 r2 r3 r3 r2.
+  for (int x = 0; x < 4; ++x) *row.At(0, x, 0) = static_cast<float>(1 << x);
   KivImage column;
   column.Transpose(row);
+  const KivImage across = filtered(row, 2, 1.0F, 1e6F, trapezoid, mirror);
   const KivImage down = filtered(column, 2, 1.0F, 1e6F, trapezoid, mirror);
+  EXPECT_FLOAT_EQ(*across.At(0, 0, 0), (2 + 1 + 1 + 2 + 4) / 5.0F);
+  EXPECT_FLOAT_EQ(*across.At(0, 3, 0), (2 + 4 + 8 + 8 + 4) / 5.0F);
   EXPECT_FLOAT_EQ(*down.At(0, 0, 0), (4 + 2 + 1 + 2 + 4) / 5.0F);
   EXPECT_FLOAT_EQ(*down.At(0, 0, 3), (2 + 4 + 8 + 8 + 4) / 5.0F);
-}
-
-TEST(BilateralStd, KeepsAnEdgeAndFlatFields) {
-  KivImage step(40, 12, 1);
-  for (int y = 0; y < 12; ++y) {
-    for (int x = 0; x < 40; ++x) *step.At(0, x, y) = x < 20 ? 0.0F : 1.0F;
-  }
-  EXPECT_TRUE(within(1e-6, filtered(step, 12, 3.0F, 0.0392F, standard, replicate), step));
-  EXPECT_TRUE(within(1e-6, filtered(step, 0, 3.0F, 0.5F, standard, replicate), step));
 }
 
 TEST(BilateralStd, WideRangeIsAGaussian) {
@@ -207,19 +198,6 @@ TEST(BilateralStd, HonoursTheRowStep) {
                      1);
   EXPECT_TRUE(sameBits(view, expected));
   EXPECT_TRUE(sameBits(parent.ROI(28, 0, 22, 20), randomImage(50, 20, 1, 1).ROI(28, 0, 22, 20)));
-}
-
-TEST(Bilateral, NotANumberSpreadsOnlyAsFarAsTheWindow) {
-  KivImage src = randomImage(40, 9, 1, 1);
-  *src.At(0, 20, 4) = NAN;
-  *src.At(0, 39, 0) = INFINITY;
-  const KivImage clean = randomImage(40, 9, 1, 1);
-  for (const int variant : {standard, trapezoid}) {
-    const KivImage result = filtered(src, 2, 1.0F, 0.3F, variant, replicate);
-    const KivImage expected = filtered(clean, 2, 1.0F, 0.3F, variant, replicate);
-    EXPECT_TRUE(sameBits(result.ROI(0, 0, 18, 9), expected.ROI(0, 0, 18, 9)));
-    EXPECT_TRUE(sameBits(result.ROI(23, 3, 17, 6), expected.ROI(23, 3, 17, 6)));
-  }
 }
 
 TEST(Bilateral, RefusesWhatItCannotServe) {
