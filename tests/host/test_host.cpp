@@ -64,7 +64,7 @@ PIReadDescriptor openReader(PIDescriptorHandle descriptor, DescriptorKeyID* expe
   if (active->fails(HostCall::OpenReader) || script == nullptr) return nullptr;
   active->expectedKeys.clear();
   for (DescriptorKeyID* key = expected; *key != 0; ++key) active->expectedKeys.push_back(*key);
-  ++active->readersOpen;
+  ++active->descriptorsOpen;
   return new PIReadDescriptorToken{*script, 0, expected};
 }
 
@@ -73,7 +73,6 @@ Boolean getKey(PIReadDescriptor token, DescriptorKeyID* key, DescriptorTypeID* t
   if (active->fails(HostCall::GetKey)) return 0;
   const bool again = active->endlessReader && !token->script.empty();
   if (token->next >= token->script.size() && !again) return 0;
-  ++active->keysHandedOut;
   const ScriptValue& value = token->script[again ? 0 : token->next];
   ++token->next;
   for (DescriptorKeyID* expected = token->expected; *expected != 0; ++expected) {
@@ -95,7 +94,7 @@ OSErr getValue(PIReadDescriptor token, Value* value) {
 }
 
 OSErr closeReader(PIReadDescriptor token) {
-  --active->readersOpen;
+  --active->descriptorsOpen;
   bool missing = false;
   for (DescriptorKeyID* key = token->expected; *key != 0; ++key) missing = missing || *key != typeNull;
   delete token;
@@ -105,29 +104,26 @@ OSErr closeReader(PIReadDescriptor token) {
 
 PIWriteDescriptor openWriter() {
   if (active->fails(HostCall::OpenWriter)) return nullptr;
-  ++active->writersOpen;
+  ++active->descriptorsOpen;
   return new PIWriteDescriptorToken;
 }
 
 OSErr put(PIWriteDescriptor token, DescriptorKeyID key, DescriptorTypeID type, double value) {
   const bool failed = active->fails(HostCall::Put);
   if (!failed) token->script.push_back({key, type, value});
-  active->puts.push_back(key);
   active->relocateUnlockedBlocks();
   return failed ? active->failCode : OSErr{noErr};
-}
-OSErr putInteger(PIWriteDescriptor token, DescriptorKeyID key, std::int32_t value) {
-  return put(token, key, typeInteger, value);
 }
 OSErr putFloat(PIWriteDescriptor token, DescriptorKeyID key, const double* value) {
   return put(token, key, typeFloat, *value);
 }
-OSErr putBoolean(PIWriteDescriptor token, DescriptorKeyID key, Boolean value) {
-  return put(token, key, typeBoolean, value);
+template <DescriptorTypeID type, typename Value>
+OSErr putValue(PIWriteDescriptor token, DescriptorKeyID key, Value value) {
+  return put(token, key, type, value);
 }
 
 OSErr closeWriter(PIWriteDescriptor token, PIDescriptorHandle* descriptor) {
-  --active->writersOpen;
+  --active->descriptorsOpen;
   const std::unique_ptr<PIWriteDescriptorToken> writer(token);
   if (active->fails(HostCall::CloseWriter)) return active->failCode;
   *descriptor = active->newDescriptor(writer->script);
@@ -143,6 +139,12 @@ void fillTable(Table& table, std::int16_t count) {
   std::memcpy(&table, head, sizeof head);
   for (int i = 0; i < count; ++i) std::memcpy(reinterpret_cast<char*>(&table) + 8 + 8 * i, &unexpected, 8);
 }
+
+Rect narrow(VRect rect) {
+  const auto low = [](std::int32_t c) { return static_cast<std::int16_t>(c); };
+  return {low(rect.top), low(rect.left), low(rect.bottom), low(rect.right)};
+}
+VRect widened(Rect rect) { return {rect.top, rect.left, rect.bottom, rect.right}; }
 
 }  // namespace
 
@@ -163,16 +165,16 @@ TestHost::TestHost(int documentWidth, int documentHeight, int planeCount, int bi
   writing.openWriteDescriptorProc = openWriter;
   writing.closeWriteDescriptorProc = closeWriter;
   writing.putFloatProc = putFloat;
-  writing.putBooleanProc = putBoolean;
-  writing.putIntegerProc = putInteger;
+  writing.putBooleanProc = putValue<typeBoolean, Boolean>;
+  writing.putIntegerProc = putValue<typeInteger, std::int32_t>;
   scripting.recordInfo = plugInDialogNone;
   scripting.readDescriptorProcs = &reading;
   scripting.writeDescriptorProcs = &writing;
   basic.AcquireSuite = acquireProc;
 
-  record.imageSize = {static_cast<std::int16_t>(height), static_cast<std::int16_t>(width)};
+  select({0, 0, height, width}, false);
+  record.imageSize = {record.filterRect.bottom, record.filterRect.right};
   record.planes = static_cast<std::int16_t>(planeCount);
-  record.filterRect = {0, 0, record.imageSize.v, record.imageSize.h};
   record.outHiPlane = static_cast<std::int16_t>(planeCount - 1);
   record.inHiPlane = record.outHiPlane;
   record.advanceState = advanceProc;
@@ -198,47 +200,53 @@ std::int16_t TestHost::run() {
   if (call(filterSelectorPrepare) != noErr || call(filterSelectorStart) != noErr) return result;
   const auto isEmpty = [](VRect rect) { return rect.right <= rect.left || rect.bottom <= rect.top; };
   for (int i = 0; !isEmpty(inRect()) || !isEmpty(outRect()); ++i) {
-    if (i == 3) {
-      violations.emplace_back("Continue doesn't end");
-      break;
-    }
+    demand(i < 3, "Continue doesn't end");
+    if (i == 3) break;
     takeOver();
     if (call(filterSelectorContinue) != noErr) return result;
   }
   return call(filterSelectorFinish);
 }
 
+unsigned char* TestHost::at(int plane, int x, int y) {
+  return planes[static_cast<std::size_t>(plane)].data() + (y * width + x) * sampleBytes();
+}
+
 double TestHost::sample(int plane, int x, int y) const {
-  const unsigned char* at = planes[static_cast<std::size_t>(plane)].data() + (y * width + x) * sampleBytes();
-  std::uint16_t wideSample = 0;
+  const unsigned char* from = const_cast<TestHost*>(this)->at(plane, x, y);
+  std::uint16_t word = 0;
   float real = 0;
-  if (depth == 8) return *at;
-  if (depth == 16) return std::memcpy(&wideSample, at, 2), wideSample;
-  return std::memcpy(&real, at, 4), real;
+  if (depth == 8) return *from;
+  if (depth == 16) return std::memcpy(&word, from, 2), word;
+  return std::memcpy(&real, from, 4), real;
 }
 
 void TestHost::setSample(int plane, int x, int y, double value) {
-  unsigned char* at = planes[static_cast<std::size_t>(plane)].data() + (y * width + x) * sampleBytes();
-  const auto wideSample = static_cast<std::uint16_t>(depth == 16 ? value : 0);
+  const auto word = static_cast<std::uint16_t>(depth == 16 ? value : 0);
   const auto real = static_cast<float>(value);
-  if (depth == 8) *at = static_cast<unsigned char>(value);
-  if (depth == 16) std::memcpy(at, &wideSample, 2);
-  if (depth == 32) std::memcpy(at, &real, 4);
+  if (depth == 8) *at(plane, x, y) = static_cast<unsigned char>(value);
+  if (depth == 16) std::memcpy(at(plane, x, y), &word, 2);
+  if (depth == 32) std::memcpy(at(plane, x, y), &real, 4);
 }
 
 void TestHost::fillWithPattern(unsigned seed) {
   std::mt19937 random(seed);
   for (int plane = 0; plane < static_cast<int>(planes.size()); ++plane) {
-    for (int y = 0; y < height; ++y) {
-      for (int x = 0; x < width; ++x) {
-        const double value = static_cast<double>(random() % 32769) / 32768.0;
-        setSample(plane, x, y, depth == 8 ? value * 255 : depth == 16 ? value * 32768 : value * 1.2 - 0.1);
-      }
+    for (int i = 0; i < width * height; ++i) {
+      const double value = static_cast<double>(random() % 32769) / 32768.0;
+      setSample(plane, i % width, i / width,
+                depth == 8    ? value * 255
+                : depth == 16 ? value * 32768
+                              : value * 1.2 - 0.1);
     }
   }
 }
 
 // ---- Handles
+
+void TestHost::demand(bool holds, const char* violation) {
+  if (!holds) violations.emplace_back(violation);
+}
 
 Handle TestHost::newHandle(std::int32_t size) {
   auto block = std::make_unique<Block>();
@@ -251,15 +259,13 @@ Handle TestHost::newHandle(std::int32_t size) {
 
 void TestHost::disposeHandle(Handle handle) {
   scripts_.erase(handle);
-  if (blocks_.erase(handle) == 0) violations.emplace_back("disposed of what is no handle");
+  demand(blocks_.erase(handle) != 0, "disposed of what is no handle");
 }
 
 Ptr TestHost::lock(Handle handle) {
   const auto found = blocks_.find(handle);
-  if (found == blocks_.end()) {
-    violations.emplace_back("locked what is no handle");
-    return nullptr;
-  }
+  demand(found != blocks_.end(), "locked what is no handle");
+  if (found == blocks_.end()) return nullptr;
   ++found->second->locks;
   ++lockBalance;
   return *handle;
@@ -267,10 +273,9 @@ Ptr TestHost::lock(Handle handle) {
 
 void TestHost::unlock(Handle handle) {
   const auto found = blocks_.find(handle);
-  if (found == blocks_.end() || found->second->locks == 0) {
-    violations.emplace_back("unlocked what isn't locked");
-    return;
-  }
+  const bool isLocked = found != blocks_.end() && found->second->locks != 0;
+  demand(isLocked, "unlocked what isn't locked");
+  if (!isLocked) return;
   --found->second->locks;
   --lockBalance;
 }
@@ -324,21 +329,33 @@ bool TestHost::fails(HostCall kind) {
   return failed;
 }
 
+void TestHost::select(VRect rect, bool wide) {
+  record.bigDocumentData = wide ? &big : nullptr;
+  big.PluginUsing32BitCoordinates = wide ? 1 : 0;
+  big.filterRect32 = wide ? rect : VRect{};
+  record.filterRect = wide ? Rect{} : narrow(rect);
+}
+
 bool TestHost::wide() const {
   return record.bigDocumentData != nullptr && record.bigDocumentData->PluginUsing32BitCoordinates != 0;
 }
-VRect TestHost::inRect() const {
-  const Rect r = record.inRect;
-  return wide() ? record.bigDocumentData->inRect32 : VRect{r.top, r.left, r.bottom, r.right};
-}
-VRect TestHost::outRect() const {
-  const Rect r = record.outRect;
-  return wide() ? record.bigDocumentData->outRect32 : VRect{r.top, r.left, r.bottom, r.right};
-}
+VRect TestHost::inRect() const { return wide() ? record.bigDocumentData->inRect32 : widened(record.inRect); }
+VRect TestHost::outRect() const { return wide() ? record.bigDocumentData->outRect32 : widened(record.outRect); }
 
 bool TestHost::fits(VRect rect, int lo, int hi) const {
   return rect.top >= 0 && rect.left >= 0 && rect.top < rect.bottom && rect.left < rect.right && rect.bottom <= height &&
          rect.right <= width && lo >= 0 && lo <= hi && hi < static_cast<int>(planes.size());
+}
+
+// use(sample of the buffer, sample of the document)
+template <typename Use>
+void TestHost::eachSample(Buffer& buffer, Use use) {
+  for (int y = buffer.rect.top; y < buffer.rect.bottom; ++y) {
+    unsigned char* sample = buffer.bytes.data() + buffer.start + (y - buffer.rect.top) * buffer.step;
+    for (int x = buffer.rect.left; x < buffer.rect.right; ++x) {
+      for (int plane = buffer.lo; plane <= buffer.hi; ++plane, sample += sampleBytes()) use(sample, at(plane, x, y));
+    }
+  }
 }
 
 TestHost::Buffer TestHost::deliver(VRect rect, int lo, int hi) {
@@ -346,46 +363,28 @@ TestHost::Buffer TestHost::deliver(VRect rect, int lo, int hi) {
   buffer.rect = rect;
   buffer.lo = lo;
   buffer.hi = hi;
-  const int count = hi - lo + 1;
-  const int rowBytes = (rect.right - rect.left) * count * sampleBytes();
-  buffer.step = rowBytes + rowPadding;
+  buffer.step = (rect.right - rect.left) * (hi - lo + 1) * sampleBytes() + rowPadding;
   buffer.start = fenceBytes + static_cast<std::size_t>(addressOffset);
   // The last row ends the buffer, without padding.
   buffer.bytes =
       fenced(static_cast<std::size_t>(addressOffset + buffer.step * (rect.bottom - rect.top) - rowPadding), padding);
-  for (int y = rect.top; y < rect.bottom; ++y) {
-    unsigned char* to = buffer.bytes.data() + buffer.start + (y - rect.top) * buffer.step;
-    for (int x = rect.left; x < rect.right; ++x) {
-      for (int plane = lo; plane <= hi; ++plane, to += sampleBytes()) {
-        std::memcpy(to, planes[static_cast<std::size_t>(plane)].data() + (y * width + x) * sampleBytes(),
-                    static_cast<std::size_t>(sampleBytes()));
-      }
-    }
-  }
+  eachSample(buffer, [&](unsigned char* to, const unsigned char* from) { std::copy_n(from, sampleBytes(), to); });
   buffer.delivered = buffer.bytes;
   return buffer;
 }
 
 void TestHost::takeOver() {
-  checkFences();
-  const Buffer buffer = std::move(out_);
+  checkBuffers();
+  Buffer buffer = std::move(out_);
   in_ = {};
   out_ = {};
   if (buffer.bytes.empty() || outIsBent_) return;
-  for (int y = buffer.rect.top; y < buffer.rect.bottom; ++y) {
-    const unsigned char* from = buffer.bytes.data() + buffer.start + (y - buffer.rect.top) * buffer.step;
-    for (int x = buffer.rect.left; x < buffer.rect.right; ++x) {
-      for (int plane = buffer.lo; plane <= buffer.hi; ++plane, from += sampleBytes()) {
-        std::memcpy(planes[static_cast<std::size_t>(plane)].data() + (y * width + x) * sampleBytes(), from,
-                    static_cast<std::size_t>(sampleBytes()));
-      }
-    }
-  }
+  eachSample(buffer, [&](const unsigned char* from, unsigned char* to) { std::copy_n(from, sampleBytes(), to); });
 }
 
 OSErr TestHost::advance() {
   takeOver();
-  const int index = static_cast<int>(advances.size());
+  const bool bent = static_cast<int>(advances.size()) == bufferFaultAt && bufferFault != nullptr;
   advances.push_back({record.inLoPlane, record.inHiPlane, record.outLoPlane, record.outHiPlane});
   record.inData = record.outData = reinterpret_cast<void*>(std::uintptr_t{16});  // nobody's memory
   record.inRowBytes = record.outRowBytes = 1 << 20;
@@ -398,61 +397,23 @@ OSErr TestHost::advance() {
   record.outData = out_.bytes.data() + out_.start;
   record.inRowBytes = in_.step;
   record.outRowBytes = out_.step;
-  outIsBent_ = index == bufferFaultAt && bufferFault != BufferFault::None;
-  if (index == bufferFaultAt) bend(bufferFault);
+  outIsBent_ = bent;
+  if (bent) bufferFault->bend(record, (in_.rect.right - in_.rect.left) * sampleBytes());
   return noErr;
 }
 
-void TestHost::bend(BufferFault fault) {
-  const int samples = (in_.rect.right - in_.rect.left) * sampleBytes();
-  switch (fault) {
-    case BufferFault::None:
-      break;
-    case BufferFault::NullIn:
-      record.inData = nullptr;
-      break;
-    case BufferFault::NullOut:
-      record.outData = nullptr;
-      break;
-    case BufferFault::ShortIn:
-      record.inRowBytes = samples - 1;
-      break;
-    case BufferFault::ShortOut:
-      record.outRowBytes = samples - 1;
-      break;
-    case BufferFault::NegativeIn:
-      record.inRowBytes = -in_.step;
-      break;
-    case BufferFault::NegativeOut:
-      record.outRowBytes = -out_.step;
-      break;
-    case BufferFault::ZeroIn:
-      record.inRowBytes = 0;
-      break;
-    case BufferFault::ZeroOut:
-      record.outRowBytes = 0;
-      break;
+void TestHost::checkBuffers() {
+  demand(fencesHold(in_.bytes) && fencesHold(out_.bytes), "a buffer's fence");
+  demand(in_.bytes == in_.delivered, "the input was written to");
+  for (int y = 1; y < out_.rect.bottom - out_.rect.top; ++y) {
+    const auto* end = out_.bytes.data() + out_.start + y * out_.step;
+    demand(std::all_of(end - rowPadding, end, [](unsigned char byte) { return byte == padding; }), "a row's padding");
   }
 }
 
-void TestHost::checkBuffer(const Buffer& buffer, bool mayBeWritten) {
-  if (!fencesHold(buffer.bytes)) violations.emplace_back("a buffer's fence");
-  if (buffer.bytes.empty()) return;
-  if (!mayBeWritten) {
-    if (buffer.bytes != buffer.delivered) violations.emplace_back("the input was written to");
-    return;
-  }
-  for (int y = 0; y + 1 < buffer.rect.bottom - buffer.rect.top; ++y) {
-    const auto* end = buffer.bytes.data() + buffer.start + (y + 1) * buffer.step;
-    if (std::any_of(end - rowPadding, end, [](unsigned char byte) { return byte != padding; }))
-      violations.emplace_back("a row's padding");
-  }
-}
-
-void TestHost::checkFences() {
-  checkBuffer(in_, false);
-  checkBuffer(out_, true);
-  for (const auto& [handle, block] : blocks_) {
-    if (!fencesHold(block->bytes)) violations.emplace_back("a block's fence");
-  }
+const std::vector<std::string>& TestHost::allViolations() {
+  checkBuffers();
+  for (const auto& [handle, block] : blocks_) demand(fencesHold(block->bytes), "a block's fence");
+  demand(descriptorsOpen == 0, "a descriptor was left open");
+  return violations;
 }

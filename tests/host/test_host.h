@@ -16,6 +16,7 @@ PluginMainProc linkedEntry();
 // The module's entry as dlopen finds it; loaded once and kept.
 PluginMainProc loadedEntry();
 
+// Those that can fail.
 enum class HostCall {
   NewHandle,
   Lock,
@@ -35,10 +36,26 @@ struct ScriptValue {
   DescriptorTypeID type = 0;
   double number = 0;  // of any type
 };
+inline bool operator==(const ScriptValue& a, const ScriptValue& b) {
+  return a.key == b.key && a.type == b.type && a.number == b.number;
+}
 using Script = std::vector<ScriptValue>;
 
-// What one advance delivers otherwise than it should.
-enum class BufferFault { None, NullIn, NullOut, ShortIn, ShortOut, NegativeIn, NegativeOut, ZeroIn, ZeroOut };
+// What one advance delivers otherwise than it should; rowBytes are those that a row's samples take.
+struct BufferFault {
+  const char* name;
+  void (*bend)(FilterRecord& record, int rowBytes);
+};
+inline constexpr BufferFault bufferFaults[] = {
+    {"NullIn", [](FilterRecord& r, int) { r.inData = nullptr; }},
+    {"ShortIn", [](FilterRecord& r, int rowBytes) { r.inRowBytes = rowBytes - 1; }},
+    {"NegativeIn", [](FilterRecord& r, int) { r.inRowBytes = -r.inRowBytes; }},
+    {"ZeroIn", [](FilterRecord& r, int) { r.inRowBytes = 0; }},
+    {"NullOut", [](FilterRecord& r, int) { r.outData = nullptr; }},
+    {"ShortOut", [](FilterRecord& r, int rowBytes) { r.outRowBytes = rowBytes - 1; }},
+    {"NegativeOut", [](FilterRecord& r, int) { r.outRowBytes = -r.outRowBytes; }},
+    {"ZeroOut", [](FilterRecord& r, int) { r.outRowBytes = 0; }},
+};
 
 class TestHost {
  public:
@@ -79,29 +96,27 @@ class TestHost {
   bool relocatesBlocks = false;      // moves unlocked blocks whenever the filter calls a descriptor procedure
   bool suiteRefusedWithAddress = false;
   const char* missingSuite = nullptr;
-  BufferFault bufferFault = BufferFault::None;
+  const BufferFault* bufferFault = nullptr;
   int bufferFaultAt = -1;  // the advance that it strikes
 
-  void play(const Script& script);  // hands the filter a descriptor at the next Start
-  Script recorded() const;          // the descriptor that the filter left
+  void select(VRect rect, bool wide);  // by coordinates of 32 bits or of 16
+  void play(const Script& script);     // hands the filter a descriptor at the next Start
+  Script recorded() const;             // the descriptor that the filter left
   Handle newHandle(std::int32_t size);
   void disposeHandle(Handle handle);
   unsigned char* block(Handle handle) { return reinterpret_cast<unsigned char*>(*handle); }
   void replaceParameters();  // by another handle with the same bytes
 
   // ---- What has been seen.
-  std::vector<HostCall> calls;                // all that can fail, in order
-  std::vector<DescriptorKeyID> puts;          // keys in the order of writing
+  std::vector<HostCall> calls;                // in order
   std::vector<DescriptorKeyID> expectedKeys;  // as the reader was opened with
   std::vector<std::array<int, 4>> advances;   // inLoPlane, inHiPlane, outLoPlane, outHiPlane
   std::vector<std::string> violations;        // of the interface, by the filter
   int liveHandles() const { return static_cast<int>(blocks_.size()); }
-  int keysHandedOut = 0;
   int lockBalance = 0;
-  int readersOpen = 0;
-  int writersOpen = 0;
-  // Checks the fences of buffers and blocks and the padding of rows; adds what it finds to violations.
-  void checkFences();
+  int descriptorsOpen = 0;  // readers and writers
+  // Violations so far, with those that the fences of buffers and blocks, the padding of rows and open descriptors show.
+  const std::vector<std::string>& allViolations();
 
   // ---- What the host's procedures call.
   bool fails(HostCall kind);
@@ -125,14 +140,17 @@ class TestHost {
     std::size_t start = 0;
   };
 
+  unsigned char* at(int plane, int x, int y);
   bool wide() const;
   VRect inRect() const;
   VRect outRect() const;
   bool fits(VRect rect, int lo, int hi) const;
+  template <typename Use>
+  void eachSample(Buffer& buffer, Use use);
   Buffer deliver(VRect rect, int lo, int hi);
   void takeOver();
-  void bend(BufferFault fault);
-  void checkBuffer(const Buffer& buffer, bool mayBeWritten);
+  void checkBuffers();
+  void demand(bool holds, const char* violation);
 
   PluginMainProc entry_;
   std::map<Handle, std::unique_ptr<Block>> blocks_;
