@@ -72,18 +72,28 @@ void runBySteps(const OrbelBandEqualizerGuiParams& p, KivImage& image) {
 
 class WholeRun : public EachRow {};
 
-TEST_P(WholeRun, EqualsTheStepsOnAnyNumberOfThreads) {
-  for (const IppiSize size : {IppiSize{131, 87}, IppiSize{40, 21}}) {  // the smaller one has levels of one sample
+TEST_P(WholeRun, EqualsTheStepsInEveryTargetOnAnyNumberOfThreads) {
+  for (const IppiSize size : {IppiSize{131, 87}, IppiSize{20, 35}}) {  // the smaller one has levels of one sample
     for (const auto& p : {strong(0), strong(1), strong(0, 1, 7), strong(1, 1, 3), strong(2, 255)}) {
       KivImage expected = randomImage(size.width, size.height, 3, 1);
       runBySteps(p, expected);
       const ForcedRow forced(GetParam());
       for (const int threads : {1, 2, 4, 7}) {
         omp_set_num_threads(threads);
-        KivImage image = randomImage(size.width, size.height, 3, 1);
-        run(p, image);
-        ASSERT_EQ(ippJumpIndexForMergedLibs, GetParam());
-        EXPECT_TRUE(sameBits(image, expected)) << threads << " threads, luminance " << int{p.lumi};
+        KivImage parent = randomImage(size.width + 9, size.height + 5, 3, 9);
+        std::vector<float> samples(static_cast<std::size_t>(size.width * size.height * 3 + 1), 42.0F);
+        KivImage targets[] = {KivImage(size, 3), parent.ROI(5, 2, size.width, size.height),
+                              KivImage(samples.data(), size, 3)};
+        for (KivImage& image : targets) {
+          image = randomImage(size.width, size.height, 3, 1);
+          run(p, image);
+          ASSERT_EQ(ippJumpIndexForMergedLibs, GetParam());
+          EXPECT_TRUE(sameBits(image, expected))
+              << threads << " threads, luminance " << int{p.lumi} << ", target " << &image - targets;
+        }
+        targets[1] = randomImage(size.width + 9, size.height + 5, 3, 9).ROI(5, 2, size.width, size.height);
+        EXPECT_TRUE(sameBits(parent, randomImage(size.width + 9, size.height + 5, 3, 9))) << "beside the view";
+        EXPECT_EQ(samples.back(), 42.0F);
       }
     }
   }
@@ -91,32 +101,6 @@ TEST_P(WholeRun, EqualsTheStepsOnAnyNumberOfThreads) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, WholeRun, allRows(), rowName);
-
-TEST(BandEqualizer, ViewsAndWrappedImagesGiveTheBitsOfAnOwner) {
-  for (const IppiSize size : {IppiSize{45, 35}, IppiSize{20, 35}}) {
-    for (const int lumi : {0, 1}) {
-      KivImage owner = randomImage(size.width, size.height, 3, 1);
-      const KivImage before = randomImage(size.width, size.height, 3, 1);
-      run(strong(lumi, 1, 2), owner);
-
-      KivImage parent = randomImage(70, 50, 3, 9);
-      KivImage view = parent.ROI(11, 4, size.width, size.height);
-      view = before;
-      run(strong(lumi, 1, 2), view);
-      EXPECT_TRUE(sameBits(view, owner));
-      const int right = 11 + size.width;
-      EXPECT_TRUE(
-          sameBits(parent.ROI(right, 0, 70 - right, 50), randomImage(70, 50, 3, 9).ROI(right, 0, 70 - right, 50)));
-
-      std::vector<float> samples(static_cast<std::size_t>(size.width * size.height * 3 + 1), 42.0F);
-      KivImage wrapped(samples.data(), size, 3);
-      wrapped = before;
-      run(strong(lumi, 1, 2), wrapped);
-      EXPECT_TRUE(sameBits(wrapped, owner));
-      EXPECT_EQ(samples.back(), 42.0F);
-    }
-  }
-}
 
 struct Selector {
   int selector;
