@@ -69,7 +69,7 @@ class Orbel : public testing::Test {
     setenv("XDG_CONFIG_HOME", fs::current_path().c_str(), 1);
   }
   void TearDown() override {
-    fs::current_path("/");
+    fs::current_path(before_);
     fs::remove_all(folder_);
   }
 
@@ -129,6 +129,7 @@ class Orbel : public testing::Test {
   fs::path output_, errors_;  // what it says, beside its folder
 
  private:
+  fs::path before_ = fs::current_path();
   fs::path folder_;
 };
 
