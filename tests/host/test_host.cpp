@@ -141,8 +141,8 @@ void fillTable(Table& table, std::int16_t count) {
 }
 
 Rect narrow(VRect rect) {
-  const auto low = [](std::int32_t c) { return static_cast<std::int16_t>(c); };
-  return {low(rect.top), low(rect.left), low(rect.bottom), low(rect.right)};
+  const auto limited = [](std::int32_t c) { return static_cast<std::int16_t>(std::clamp(c, -32768, 32767)); };
+  return {limited(rect.top), limited(rect.left), limited(rect.bottom), limited(rect.right)};
 }
 VRect widened(Rect rect) { return {rect.top, rect.left, rect.bottom, rect.right}; }
 
