@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
 """Reads the registration and terminology resources out of a Windows module, as a host does, and prints what they say.
 
-Usage: read_registration.py MODULE. Needs wrestool, of the package icoutils.
+Usage: read_registration.py MODULE | FOLDER. A module needs wrestool, of the package icoutils; a folder is that of a
+build, which has the resources as pipl.bin and aete.bin.
 """
 
 import struct
 import subprocess
 import sys
+from pathlib import Path
 
 MODES = {3: "RGB, 8 bits", 11: "RGB, 16 bits", 16: "RGB, 32 bits"}
 LAYERS = (
@@ -109,7 +111,8 @@ def print_properties(data):
         content = reader.take(reader.int(4))
         name, decode = PROPERTIES.get(key, (key, bytes.hex))
         print(f"{vendor} {key}  {name}: {decode(content)}")
-        reader.take(-len(content) % 4)
+        if len(content) % 4:
+            raise ValueError(f"{key} needs padding, and whether a length counts it is left to hosts")
     reader.finish()
 
 
@@ -131,8 +134,10 @@ def print_terminology(data):
     reader.finish()
 
 
-def resource(module, kind):
-    run = subprocess.run(["wrestool", "--extract", "--raw", "--type", kind, module], stdout=subprocess.PIPE, check=True)
+def resource(source, kind):
+    if Path(source).is_dir():
+        return Path(source, f"{kind.lower()}.bin").read_bytes()
+    run = subprocess.run(["wrestool", "--extract", "--raw", "--type", kind, source], stdout=subprocess.PIPE, check=True)
     if not run.stdout:
         raise ValueError(f"no resource {kind}")
     return run.stdout

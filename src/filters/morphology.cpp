@@ -110,9 +110,16 @@ bool holdsNone(const KivImage& extremes, float none) {
   return holds;
 }
 
-// Where no sample counted, the source's own. takeExtremes(target, src) made the target.
+int middleOf(int side, MaskPlace place) { return place == MaskPlace::anywhere ? 0 : (side - 1) / 2; }
+
+// One plane, target may be src: takeExtremes(target, src), and where no sample counted, the source's own.
 template <typename TakeExtremes>
-void fillGaps(const KivImage& target, const KivImage& src, int offset, Extreme extreme, TakeExtremes takeExtremes) {
+void extremeOfPlane(const KivImage& target, const KivImage& original, int side, Extreme extreme, MaskPlace place,
+                    TakeExtremes takeExtremes) {
+  KivImage copy;
+  if (target.planes[0] == original.planes[0]) copy = original;
+  const KivImage& src = copy.channels == 0 ? original : copy;
+  takeExtremes(target, src);
   const float none = noneOf(extreme);
   if (!holdsNone(target, none)) return;
   // With one finite value for all that count, infinite samples can be told from none.
@@ -124,6 +131,7 @@ void fillGaps(const KivImage& target, const KivImage& src, int offset, Extreme e
   }
   const KivImage found(target.size, 1);
   takeExtremes(found, counting);
+  const int offset = middleOf(side, place);
   for (int y = 0; y < target.size.height; ++y) {
     float* row = target.At(0, 0, y);
     const float* own = src.At(0, offset, y + offset);
@@ -131,8 +139,6 @@ void fillGaps(const KivImage& target, const KivImage& src, int offset, Extreme e
     for (int x = 0; x < target.size.width; ++x) row[x] = count[x] == none ? own[x] : row[x];
   }
 }
-
-int middleOf(int side, MaskPlace place) { return place == MaskPlace::anywhere ? 0 : (side - 1) / 2; }
 
 // One plane under any mask, without the gaps; target isn't src.
 void extremeUnderMask(const KivImage& target, const KivImage& src, const unsigned char* mask, int side, Extreme extreme,
@@ -183,34 +189,23 @@ void applyMask(KivImage& target, const KivImage& src, const unsigned char* mask,
     extremeUnderSquare(corner, src, side, extreme, place);
     return;
   }
-  for (int i = 0; i < corner.channels; ++i) {
-    KivImage copy;
-    if (corner.planes[i] == src.planes[i]) copy = src.Plane(i);
-    const KivImage from = copy.channels == 0 ? src.Plane(i) : copy.Plane(0);
-    const auto underMask = [&](const KivImage& to, const KivImage& samples) {
-      extremeUnderMask(to, samples, mask, side, extreme, place);
-    };
-    underMask(corner.Plane(i), from);
-    fillGaps(corner.Plane(i), from, middleOf(side, place), extreme, underMask);
-  }
+  const auto underMask = [&](const KivImage& to, const KivImage& from) {
+    extremeUnderMask(to, from, mask, side, extreme, place);
+  };
+  for (int i = 0; i < corner.channels; ++i)
+    extremeOfPlane(corner.Plane(i), src.Plane(i), side, extreme, place, underMask);
 }
 
 }  // namespace
 
 void extremeUnderSquare(KivImage& target, const KivImage& src, int side, Extreme extreme, MaskPlace place) {
-  const auto underSquare = [&](const KivImage& to, const KivImage& samples) {
-    const KivImage rows(to.size.width, samples.size.height, 1);
-    extremeAlongRows(rows, samples, side, extreme, place);
+  const auto underSquare = [&](const KivImage& to, const KivImage& from) {
+    const KivImage rows(to.size.width, from.size.height, 1);
+    extremeAlongRows(rows, from, side, extreme, place);
     extremeDownColumns(to, rows, side, extreme, place);
   };
-  for (int i = 0; i < target.channels; ++i) {
-    const KivImage from = src.Plane(i);
-    const KivImage to = target.Plane(i);
-    KivImage own;
-    if (to.planes[0] == from.planes[0]) own = from;
-    underSquare(to, from);
-    fillGaps(to, own.channels == 0 ? from.Plane(0) : own.Plane(0), middleOf(side, place), extreme, underSquare);
-  }
+  for (int i = 0; i < target.channels; ++i)
+    extremeOfPlane(target.Plane(i), src.Plane(i), side, extreme, place, underSquare);
 }
 
 void KivImage::Dilate(const KivImage& src, unsigned char* mask, int side, bool insideOnly) {

@@ -44,6 +44,9 @@ class BoxPart {
  public:
   BoxPart(const BoxTask& task, const BoxRows& rows, RowAt rowAt) : task_(task), rows_(rows), rowAt_(rowAt) {}
 
+  int height() const { return task_.size.height; }
+  int maskHeight() const { return task_.mask.height; }
+
   // In place, the results of several rows must not overwrite one that is still in work.
   bool takesSeveralRows() const { return rows_.ring == nullptr || task_.mask.height > 2 * rowsAtOnce; }
 
@@ -124,11 +127,13 @@ class BoxPart {
 
 // Filters parts with the same rows in turns: what one of them has read, the next finds in the cache.
 template <typename RowAt>
-inline void filterBox(const BoxPart<RowAt>* parts, int count, int height, int maskHeight) {
+inline void filterBox(const BoxPart<RowAt>* parts, int count) {
   const auto each = [&](auto filter) {
     for (int i = 0; i < count; ++i) filter(parts[i]);
   };
   using P = const BoxPart<RowAt>&;
+  const int height = parts[0].height();
+  const int maskHeight = parts[0].maskHeight();
   if (maskHeight == 1) {
     for (std::ptrdiff_t y = 0; y < height; ++y) each([=](P part) { part.filterRow(y); });
     return;

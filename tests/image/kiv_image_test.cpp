@@ -152,11 +152,11 @@ TEST(KivImageExpend, OfAViewKeepsTheParent) {
   {
     KivImage plane = parent.Plane(0);
     plane.Expend(parent);
-    fill(plane, 2.0F);
+    plane = flatImage(plane.size, plane.channels, 2.0F);
     KivImage roi = parent.ROI(3, 0, 4, 5);
     roi.Expend(KivImage(1, 1, 5));
     EXPECT_EQ(roi.stride, parent.stride);
-    fill(roi, 3.0F);
+    roi = flatImage(roi.size, roi.channels, 3.0F);
   }
   EXPECT_EQ(*parent.At(0, 0, 0), 2.0F);
   EXPECT_EQ(*parent.At(2, 3, 4), 3.0F);

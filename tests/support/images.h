@@ -38,8 +38,6 @@ inline void fillRandom(KivImage& image, unsigned seed, float low = -0.25F, float
   }
 }
 
-inline void fill(KivImage& image, float value) { fillRandom(image, 0, value, value); }
-
 inline KivImage flatImage(IppiSize size, int channels, float value) {
   return imageOf(size, channels, [value](int, int, int) { return value; });
 }

@@ -47,8 +47,7 @@ TEST(StretchRange, TakesItsRangeFromPlane0) {
 }
 
 TEST(StretchRange, AFlatPlaneBecomesZero) {
-  KivImage image(8, 3, 2);
-  fill(image, 0.25F);
+  KivImage image = flatImage({8, 3}, 2, 0.25F);
   *image.At(1, 2, 2) = 0.75F;
   image.Stretch_Range();
   EXPECT_EQ(image.Max(), 0.0F);

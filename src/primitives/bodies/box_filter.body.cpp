@@ -147,9 +147,7 @@ BoxPart<WindowRows> outerPart(const Call& call, const Part& part, const BoxRows&
   return boxPart(call, part, rows, {call, windowsOf(part, call), lines});
 }
 
-void filterPart(const Call& call, const BoxPart<WindowRows>& part, std::int64_t height) {
-  filterBox(&part, 1, static_cast<int>(height), call.mask.height);
-}
+void filterPart(const BoxPart<WindowRows>& part) { filterBox(&part, 1); }
 
 // What the windows of a part cover, with the border: for a source that is overwritten before the part's turn. Returns
 // the end of the copy.
@@ -164,7 +162,7 @@ const float* filterCopy(const Call& call, const Part& part, const float* copy, B
   const Part windows = windowsOf(part, call);
   const std::int64_t stride = strideOf(windows.width);
   rows.ring = nullptr;
-  filterPart(call, boxPart(call, part, rows, {copy, stride * std::ptrdiff_t{sizeof(float)}}), part.height);
+  filterPart(boxPart(call, part, rows, {copy, stride * std::ptrdiff_t{sizeof(float)}}));
   return copy + windows.height * stride;
 }
 
@@ -199,7 +197,7 @@ BoxRows fromColumn(BoxRows rows, std::int64_t x) {
 void filterApart(const Call& call, const BoxRows& rows, float* lines) {
   const Parts parts = partsOf(call);
   const auto filterWholeRows = [&](const Part& part) {
-    if (part.height > 0) filterPart(call, outerPart(call, part, rows, lines), part.height);
+    if (part.height > 0) filterPart(outerPart(call, part, rows, lines));
   };
   const std::int64_t afterLeft = rowsAtOnce * strideOf(windowsOf(parts.left, call).width);
   const BoxPart<WindowRows> sideBySide[] = {
@@ -208,8 +206,7 @@ void filterApart(const Call& call, const BoxRows& rows, float* lines) {
   const int hasLeft = parts.left.width > 0 ? 1 : 0;
   const int hasRight = parts.right.width > 0 ? 1 : 0;
   filterWholeRows(parts.top);
-  filterBox(sideBySide + 1 - hasLeft, hasLeft + 1 + hasRight, static_cast<int>(parts.interior.height),
-            call.mask.height);
+  filterBox(sideBySide + 1 - hasLeft, hasLeft + 1 + hasRight);
   filterWholeRows(parts.bottom);
 }
 
@@ -221,7 +218,7 @@ void filterInPlace(const Call& call, const BoxRows& rows, float* buffer) {
   for (const Part& part : outer) {
     if (isThere(part)) end = copyWindows(call, part, end);
   }
-  filterPart(call, innerPart(call, parts.interior, rows), parts.interior.height);
+  filterPart(innerPart(call, parts.interior, rows));
   const float* copy = buffer;
   for (const Part& part : outer) {
     if (isThere(part)) copy = filterCopy(call, part, copy, rows);
@@ -312,7 +309,7 @@ IppStatus ippiFilterBoxBorder_32f_C1R(const float* src, int srcStep, float* dst,
   float* const rest = spare + stride;
   const BoxRows rows = {accumulator, spare, call.isInPlace() ? rest : nullptr, stride};
   if (border == ippBorderInMem) {
-    filterPart(call, innerPart(call, {0, 0, roiSize.width, roiSize.height}, rows), roiSize.height);
+    filterPart(innerPart(call, {0, 0, roiSize.width, roiSize.height}, rows));
   } else if (call.isSmall()) {
     const Part whole = {0, 0, roiSize.width, roiSize.height};
     copyWindows(call, whole, rest);
