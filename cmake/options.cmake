@@ -15,11 +15,7 @@ set(CMAKE_CXX_FLAGS_RELEASE "${ORBEL_OPTIMISATION}")
 
 option(ORBEL_SANITIZE "Build with the address and undefined behaviour sanitizers" OFF)
 
-# The Windows module brings its runtimes along: no import libraries of DLLs.
-if(MINGW)
-  set(CMAKE_FIND_LIBRARY_SUFFIXES .a)
-endif()
-find_package(OpenMP REQUIRED COMPONENTS CXX)
+find_package(Threads REQUIRED)
 
 add_library(orbel_options INTERFACE)
 target_include_directories(orbel_options INTERFACE ${PROJECT_SOURCE_DIR}/src)

@@ -5,6 +5,7 @@
 #include "equalizer/equalizer_kernels.h"
 #include "equalizer/luminance.h"
 #include "equalizer/pyramid.h"
+#include "image/parallel.h"
 #include "tone/colour_kernels.h"
 
 namespace {
@@ -89,6 +90,7 @@ void OrbelBandEqualizer(PS_Database&, OrbelBandEqualizerGuiParams& params, KivIm
 
 void OrbelBandEqualizerWrapper(OrbelBandEqualizerWrapperParams& params) {
   ippInit();
+  const Team team;
   KivImage& image = *params.image;
   Scaled scaled(params.gui);
   if (params.gui.lumi == 1) {

@@ -2,8 +2,7 @@
 
 #include "equalizer/bilateral_filter.h"
 
-#include <omp.h>
-
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -13,6 +12,7 @@
 
 #include "equalizer/bilateral_kernels.h"
 #include "image/kiv_image.h"
+#include "image/parallel.h"
 #include "image/scratch.h"
 #include "primitives/large_pages.h"
 
@@ -69,14 +69,13 @@ struct PaddedBlock {
     const auto columnOf = padding == mirror ? reflected : clamped;
     const auto rowOf = padding == mirror ? reflectedRow : clamped;
     const int rows = height + 2 * window;
-#pragma omp parallel for schedule(static)
-    for (int r = 0; r < rows; ++r) {
+    eachIndex(rows, [&](int r) {
       const float* from = src + rowOf(r - window, height) * srcStep;
       float* to = row(r);
       for (int k = 0; k < window; ++k) to[k] = from[columnOf(k - window, width)];
       std::memcpy(to + window, from, static_cast<std::size_t>(width) * sizeof(float));
       for (int k = 0; k < window; ++k) to[window + width + k] = from[columnOf(width + k, width)];
-    }
+    });
   }
 };
 
@@ -88,14 +87,8 @@ void filter(const float* src, std::ptrdiff_t step, unsigned int height, unsigned
   if (height == 0 || width == 0) return;
   const PaddedBlock block(height, width, window);
   block.fill(src, step, static_cast<Padding>(padding));
-#pragma omp parallel
-  {
-    const std::int64_t threads = omp_get_num_threads();
-    const int thread = omp_get_thread_num();
-    const auto first = static_cast<int>(block.height * std::int64_t{thread} / threads);
-    const auto end = static_cast<int>(block.height * (std::int64_t{thread} + 1) / threads);
-    if (first < end) filterRun(block, first, end - first);
-  }
+  eachShare(std::min(threadsHere(), block.height), block.height,
+            [&](int, int first, int end) { filterRun(block, first, end - first); });
 }
 
 void filterStd(PlaneRows<float> dst, PlaneRows<const float> src, unsigned int height, unsigned int width,

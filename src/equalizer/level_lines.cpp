@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include "image/parallel.h"
+
 LevelLines::LevelLines(const KivImage& image) : size_(image.size), image_(&image) {}
 
 LevelLines::LevelLines(IppiSize size, const LineSource& source) : size_(size), source_(&source) {}
@@ -16,8 +18,7 @@ LevelLines::Rows LevelLines::rows(int first, int end, float* scratch, int scratc
 const KivImage& LevelLines::whole() {
   if (image_ == nullptr) {
     made_ = std::make_shared<KivImage>(size_, 1);
-#pragma omp parallel for schedule(static)
-    for (int y = 0; y < size_.height; ++y) (*source_)(y, made_->At(0, 0, y));
+    eachIndex(size_.height, [&](int y) { (*source_)(y, made_->At(0, 0, y)); });
     image_ = made_.get();
   }
   return *image_;

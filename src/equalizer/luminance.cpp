@@ -6,7 +6,7 @@
 
 #include "equalizer/band_equalizer.h"
 #include "equalizer/equalizer_kernels.h"
-#include "image/each_row.h"
+#include "image/parallel.h"
 #include "tone/colour_conversion.h"
 
 LuminanceWeights luminanceWeights(int selector) {

@@ -3,8 +3,8 @@
 #include "filters/box_filter.h"
 
 #include <algorithm>
-#include <atomic>
 
+#include "image/parallel.h"
 #include "image/scratch.h"
 
 BoxFilter::BoxFilter(IppiSize size, std::int64_t side, std::uint32_t border, float value)
@@ -25,17 +25,10 @@ void BoxFilter::run(const KivImage& src, KivImage& dst, int count) const {
 void BoxFilter::runOnThreads(const KivImage& src, KivImage& dst, int count) const {
   if (count < 2) return run(src, dst, count);
   if (!isServed()) return;
-  std::atomic<bool> outOfMemory{false};
-#pragma omp parallel for schedule(static)
-  for (int i = 0; i < count; ++i) {
-    const Scratch buffer = tryScratch(bufferSize_);
-    if (buffer == nullptr) {
-      outOfMemory = true;
-    } else {
-      runPlane(src, dst, i, buffer.get());
-    }
-  }
-  if (outOfMemory) throw NO_MEMORY_ERROR();
+  eachIndex(count, [&](int i) {
+    const Scratch buffer = makeScratch(bufferSize_);
+    runPlane(src, dst, i, buffer.get());
+  });
 }
 
 void BoxFilter::runPlane(const KivImage& src, KivImage& dst, int i, void* buffer) const {

@@ -2,12 +2,11 @@
 
 #include "filters/gaussian_bands.h"
 
-#include <omp.h>
-
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <utility>
+
+#include "image/parallel.h"
 
 namespace {
 
@@ -28,22 +27,6 @@ struct BandCut {
     int band = 0;
     while (!isLast(band)) ++band;
     return band + 1;
-  }
-};
-
-// Four threads that are not the runtime's own team. Between teams of different sizes the runtime dismisses the threads
-// that are too many, and nobody can wait for those any more: they may be on their way out while the module is unloaded.
-// A pause waits for them.
-class TeamOfFour {
- public:
-  TeamOfFour() { endOthers(); }
-  TeamOfFour(const TeamOfFour&) = delete;
-  TeamOfFour& operator=(const TeamOfFour&) = delete;
-  ~TeamOfFour() { endOthers(); }
-
- private:
-  static void endOthers() {
-    if (omp_get_max_threads() != threadCount) omp_pause_resource_all(omp_pause_soft);
   }
 };
 
@@ -97,19 +80,13 @@ void blurInBands(const KivImage& src, KivImage& dst, float sigma, int multiplier
   if (!gaussian.isServed()) return;
 
   const int bandCount = cut.count();
-  std::atomic<bool> outOfMemory{false};
-  const TeamOfFour team;
-#pragma omp parallel num_threads(threadCount)
-  {
-    const Scratch scratch = tryScratch(gaussian.scratchBytes());
-    if (scratch == nullptr) outOfMemory = true;
-#pragma omp for schedule(static)
-    for (int band = 0; band < bandCount; ++band) {
-      if (scratch == nullptr) continue;
+  const Team team(threadCount);
+  eachShare(std::min(threadCount, bandCount), bandCount, [&](int, int begin, int end) {
+    const Scratch scratch = makeScratch(gaussian.scratchBytes());
+    for (int band = begin; band < end; ++band) {
       const int y = band * cut.bandHeight();
       const int height = cut.isLast(band) ? cut.imageHeight - y : cut.bandHeight();
       gaussian.rows(src.At(0, 0, y), src.stride, y, height, dst.At(0, 0, y), dst.stride, scratch.get());
     }
-  }
-  if (outOfMemory) throw NO_MEMORY_ERROR();
+  });
 }

@@ -2,6 +2,7 @@
 
 #include "filters/unsharp_kernels.h"
 #include "image/kiv_image.h"
+#include "image/parallel.h"
 
 namespace {
 
@@ -42,6 +43,5 @@ void KivImage::HighPassPS(const KivImage& src, float sigma, int kernelMultiplier
   blurOrCopy(*this, src, sigma, kernelMultiplier);
   const auto line = unsharpKernels().highPassLine;
   // Line by line, since the images' row steps may differ.
-#pragma omp parallel for schedule(static)
-  for (int y = 0; y < size.height; ++y) line(At(0, 0, y), src.At(0, 0, y), At(0, 0, y), size.width);
+  eachIndex(size.height, [&](int y) { line(At(0, 0, y), src.At(0, 0, y), At(0, 0, y), size.width); });
 }

@@ -7,7 +7,7 @@
 
 #include "filters/morphology.h"
 #include "filters/morphology_kernels.h"
-#include "image/each_row.h"
+#include "image/parallel.h"
 #include "tone/blend_kernels.h"
 
 namespace {
@@ -37,10 +37,9 @@ KivImage localPoint(const KivImage& src, int radius, Extreme extreme) {
 // The kernel over the width alone, with a step for each plane.
 void levelPlane(const KivImage& dst, const KivImage& src, const KivImage& low, const KivImage& high) {
   const MorphologyKernels& kernels = morphologyKernels();
-#pragma omp parallel for schedule(static)
-  for (int y = 0; y < dst.size.height; ++y) {
+  eachIndex(dst.size.height, [&](int y) {
     kernels.localLevelsLine(dst.At(0, 0, y), src.At(0, 0, y), low.At(0, 0, y), high.At(0, 0, y), dst.size.width);
-  }
+  });
 }
 
 // target = an overlay of the high-passes of both points, and that over the levels. All are planes of one shape.

@@ -11,6 +11,7 @@
 #include <limits>
 
 #include "filters/morphology_kernels.h"
+#include "image/parallel.h"
 #include "image/scratch.h"
 
 namespace {
@@ -57,19 +58,13 @@ void extremeDownStrip(const Lines& to, const Lines& from, int columns, const Win
 template <typename Strip>
 void eachStrip(int count, std::int64_t scratchSamples, Strip strip) {
   const int strips = count / stripColumns + (count % stripColumns != 0 ? 1 : 0);
-  std::atomic<bool> outOfMemory{false};
-#pragma omp parallel
-  {
-    const Scratch scratch = tryScratch(scratchSamples * std::int64_t{sizeof(float)});
-    if (scratch == nullptr) outOfMemory = true;
-#pragma omp for schedule(static)
-    for (int i = 0; i < strips; ++i) {
-      if (scratch == nullptr) continue;
+  eachShare(std::min(threadsHere(), strips), strips, [&](int, int begin, int end) {
+    const Scratch scratch = makeScratch(scratchSamples * std::int64_t{sizeof(float)});
+    for (int i = begin; i < end; ++i) {
       const int first = i * stripColumns;
       strip(first, std::min(stripColumns, count - first), static_cast<float*>(scratch.get()));
     }
-  }
-  if (outOfMemory) throw NO_MEMORY_ERROR();
+  });
 }
 
 void extremeDownColumns(const KivImage& target, const KivImage& src, int side, Extreme extreme, MaskPlace place) {
@@ -99,14 +94,13 @@ void extremeAlongRows(const KivImage& target, const KivImage& src, int side, Ext
 
 // Whether none stands among the extremes: where no sample counted, or infinite ones alone.
 bool holdsNone(const KivImage& extremes, float none) {
-  bool holds = false;
-#pragma omp parallel for schedule(static) reduction(|| : holds)
-  for (int y = 0; y < extremes.size.height; ++y) {
+  std::atomic<bool> holds{false};
+  eachIndex(extremes.size.height, [&](int y) {
     const float* row = extremes.At(0, 0, y);
     int count = 0;
     for (int x = 0; x < extremes.size.width; ++x) count += row[x] == none ? 1 : 0;
-    holds = holds || count > 0;
-  }
+    if (count > 0) holds = true;
+  });
   return holds;
 }
 
@@ -146,8 +140,7 @@ void extremeUnderMask(const KivImage& target, const KivImage& src, const unsigne
   const MorphologyKernels& kernels = morphologyKernels();
   const auto choose = extreme == Extreme::largest ? kernels.largerLine : kernels.smallerLine;
   const int anchor = anchorOf(side, place);
-#pragma omp parallel for schedule(static)
-  for (int y = 0; y < target.size.height; ++y) {
+  eachIndex(target.size.height, [&](int y) {
     float* row = target.At(0, 0, y);
     std::fill(row, row + target.size.width, noneOf(extreme));
     for (int j = 0; j < side; ++j) {
@@ -163,7 +156,7 @@ void extremeUnderMask(const KivImage& target, const KivImage& src, const unsigne
         if (first < end) choose(row + first, src.At(0, first + shift, sourceY), end - first);
       }
     }
-  }
+  });
 }
 
 // The part of a target that a mask of this side can fill; empty when there is none.

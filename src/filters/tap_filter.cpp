@@ -2,6 +2,7 @@
 
 #include "filters/kernel.h"
 #include "image/kiv_image.h"
+#include "image/parallel.h"
 
 namespace {
 
@@ -21,21 +22,19 @@ void sumTaps(Line line, const Kernel& kernel, float* to, int width) {
 
 // size is that of dst; src has a margin of kernel.radius samples to the left and right.
 void filterRows(const KivImage& src, int plane, int firstRow, const Kernel& kernel, const KivImage& dst, int dstPlane) {
-#pragma omp parallel for schedule(static)
-  for (int y = 0; y < dst.size.height; ++y) {
+  eachIndex(dst.size.height, [&](int y) {
     const float* const row = src.At(plane, -kernel.radius, firstRow + y);
     sumTaps([row](int tap) { return row + tap; }, kernel, dst.At(dstPlane, 0, y), dst.size.width);
-  }
+  });
 }
 
 // Row firstRow of src is under the first tap of dst's row 0.
 void filterColumns(const KivImage& src, int plane, int firstRow, const Kernel& kernel, const KivImage& dst,
                    int dstPlane) {
-#pragma omp parallel for schedule(static)
-  for (int y = 0; y < dst.size.height; ++y) {
+  eachIndex(dst.size.height, [&](int y) {
     const auto line = [&](int tap) { return src.At(plane, 0, firstRow + y + tap); };
     sumTaps(line, kernel, dst.At(dstPlane, 0, y), dst.size.width);
-  }
+  });
 }
 
 int withMargins(int length, int margin, int more) {

@@ -5,7 +5,7 @@
 #include <cstddef>
 
 #include "filters/unsharp_kernels.h"
-#include "image/each_row.h"
+#include "image/parallel.h"
 
 void HighPassFilterPsAuxKiv(float* dst, float* a, float* b, int height, int width, int strideFloats) {
   const auto line = unsharpKernels().highPassLine;

@@ -1,28 +1,17 @@
 // One run: checks, parameters, three planes in, the equalizer, three planes out.
 #include "host/filter_run.h"
 
-#include <omp.h>
-
 #include <algorithm>
 #include <climits>
 
 #include "equalizer/band_equalizer.h"
 #include "host/parameter_record.h"
 #include "image/kiv_image.h"
+#include "image/parallel.h"
 
 namespace {
 
 constexpr int colourPlanes = 3;
-
-// The runtime keeps its threads for the next parallel loop. They sleep in code that is gone once the module has been
-// unloaded, so they have to end with the run, however it ends.
-class ThreadsEndHere {
- public:
-  ThreadsEndHere() = default;
-  ThreadsEndHere(const ThreadsEndHere&) = delete;
-  ThreadsEndHere& operator=(const ThreadsEndHere&) = delete;
-  ~ThreadsEndHere() { omp_pause_resource_all(omp_pause_hard); }
-};
 
 // -1 for a depth that isn't served.
 std::int32_t depthCodeOf(std::int32_t depth) {
@@ -100,7 +89,7 @@ void writePlanes(Globals* globals, KivImage& image, PS_Database& db) {
 }  // namespace
 
 void DoStart(Globals* globals) {
-  const ThreadsEndHere threadsEndHere;
+  const Team threads;
   FilterRecord* host = globals->filterRecord;
   ValidateParameters(globals);
   if (*globals->result != noErr) return;

@@ -4,6 +4,7 @@
 
 #include "host/filter_run.h"
 #include "image/kiv_image.h"
+#include "image/parallel.h"
 
 namespace {
 
@@ -33,8 +34,7 @@ void convertRows(const Source* src, Target* dst, std::int32_t height, std::int32
   auto* to = reinterpret_cast<unsigned char*>(dst);
   const auto fromStep = srcStep * static_cast<std::ptrdiff_t>(sizeof(Source));
   const auto toStep = dstStep * static_cast<std::ptrdiff_t>(sizeof(Target));
-#pragma omp parallel for schedule(static)
-  for (std::int32_t y = 0; y < height; ++y) {
+  eachIndex(height, [&](int y) {
     const unsigned char* fromRow = from + y * fromStep;
     unsigned char* toRow = to + y * toStep;
     for (std::size_t x = 0; x < static_cast<std::size_t>(width); ++x) {
@@ -43,7 +43,7 @@ void convertRows(const Source* src, Target* dst, std::int32_t height, std::int32
       const Target converted = operation(sample);
       std::memcpy(toRow + x * sizeof converted, &converted, sizeof converted);
     }
-  }
+  });
 }
 
 }  // namespace

@@ -4,9 +4,9 @@
 
 #include <array>
 #include <cstddef>
-#include <exception>
 
 #include "host/block_exchange.h"
+#include "image/parallel.h"
 #include "image/scratch.h"
 #include "tone/colour_conversion.h"
 
@@ -45,18 +45,7 @@ struct Cut {
   // work(block index) for each block, in parallel.
   template <typename Work>
   void forEachBlock(Work work) const {
-    std::array<std::exception_ptr, mostBlocks> failures;
-#pragma omp parallel for schedule(static)
-    for (int b = 0; b < blocks; ++b) {
-      try {
-        work(b);
-      } catch (...) {  // no exception may leave a parallel region
-        failures[static_cast<std::size_t>(b)] = std::current_exception();
-      }
-    }
-    for (const std::exception_ptr& failure : failures) {
-      if (failure) std::rethrow_exception(failure);
-    }
+    eachShare(blocks, blocks, [&](int block, int, int) { work(block); });
   }
 };
 

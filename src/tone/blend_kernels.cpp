@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "image/each_row.h"
+#include "image/parallel.h"
 #include "tone/tone_kernels.h"
 
 void BlendModeOverlayKiv(float* dst, float* top, float* base, int height, int width, int strideFloats) {

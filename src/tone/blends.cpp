@@ -1,6 +1,7 @@
 // KivImage: blends of two images, on all planes.
 
 #include "image/kiv_image.h"
+#include "image/parallel.h"
 #include "tone/tone_kernels.h"
 
 void KivImage::OverlayBlend(const KivImage& base, const KivImage& top) {
@@ -33,8 +34,7 @@ void KivImage::OverlayBlendSSE(const KivImage& base, const KivImage& top) {
   allocateLike(base);
   const auto line = toneKernels().overlayLine;
   // Line by line, since the images' row steps may differ.
-#pragma omp parallel for schedule(static)
-  for (int y = 0; y < size.height; ++y) line(At(0, 0, y), top.At(0, 0, y), base.At(0, 0, y), size.width);
+  eachIndex(size.height, [&](int y) { line(At(0, 0, y), top.At(0, 0, y), base.At(0, 0, y), size.width); });
 }
 
 void KivImage::AlphaCombine(const KivImage& a, const KivImage& b, float weight) {

@@ -4,8 +4,8 @@
 
 #include <cstddef>
 
-#include "image/each_row.h"
 #include "image/kiv_image.h"
+#include "image/parallel.h"
 #include "tone/colour_kernels.h"
 
 namespace {
@@ -19,8 +19,7 @@ LightnessRule lightnessRule(int gammaMode, int primariesMode) {
 // Line by line, since the images' row steps may differ.
 template <typename Line>
 void eachRowOf(const KivImage& dst, const KivImage& src, Line line) {
-#pragma omp parallel for schedule(static)
-  for (int y = 0; y < dst.size.height; ++y) line(dst.At(0, 0, y), src.At(0, 0, y), src.At(1, 0, y), src.At(2, 0, y));
+  eachIndex(dst.size.height, [&](int y) { line(dst.At(0, 0, y), src.At(0, 0, y), src.At(1, 0, y), src.At(2, 0, y)); });
 }
 
 }  // namespace

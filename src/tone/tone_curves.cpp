@@ -5,8 +5,8 @@
 #include <cmath>
 #include <cstddef>
 
-#include "image/each_row.h"
 #include "image/kiv_image.h"
+#include "image/parallel.h"
 #include "tone/tone_kernels.h"
 
 namespace {

@@ -1,13 +1,12 @@
 #include "equalizer/band_decomposition.h"
 
-#include <omp.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <vector>
 
 #include "equalizer/reference_equalizer.h"
+#include "image/parallel.h"
 #include "support/images.h"
 
 namespace {
@@ -133,10 +132,9 @@ TEST(EqualizeIT, AgreesWithTheFormulasInDoublePrecision) {
 }
 
 TEST(EqualizeIT, RunsTheSameInAViewAndOnAnyNumberOfThreads) {
-  omp_set_num_threads(1);
   const KivImage expected = equalized(90, 61, 5, strongSettings());
-  for (const int threads : {2, 4, 7}) {
-    omp_set_num_threads(threads);
+  for (const int threads : {1, 2, 4, 7}) {
+    const Team team(threads);
     KivImage parent = randomImage(120, 80, 1, 6);
     KivImage view = parent.ROI(13, 7, 90, 61);
     view = randomImage(90, 61, 1, 5);
@@ -144,7 +142,6 @@ TEST(EqualizeIT, RunsTheSameInAViewAndOnAnyNumberOfThreads) {
     EXPECT_TRUE(sameBits(view, expected)) << threads << " threads";
     EXPECT_TRUE(sameBits(parent.ROI(103, 0, 17, 80), randomImage(120, 80, 1, 6).ROI(103, 0, 17, 80)));
   }
-  omp_set_num_threads(omp_get_num_procs());
 }
 
 // What level 1 does with values that are none, or that mean the same as others.

@@ -1,11 +1,10 @@
 #include "equalizer/band_equalizer.h"
 
-#include <omp.h>
-
 #include <vector>
 
 #include "equalizer/band_decomposition.h"
 #include "host/ps_database.h"
+#include "image/parallel.h"
 #include "support/each_row_test.h"
 #include "support/images.h"
 
@@ -79,7 +78,7 @@ TEST_P(WholeRun, EqualsTheStepsInEveryTargetOnAnyNumberOfThreads) {
       runBySteps(p, expected);
       const ForcedRow forced(GetParam());
       for (const int threads : {1, 2, 4, 7}) {
-        omp_set_num_threads(threads);
+        const Team team(threads);
         KivImage parent = randomImage(size.width + 9, size.height + 5, 3, 9);
         std::vector<float> samples(static_cast<std::size_t>(size.width * size.height * 3 + 1), 42.0F);
         KivImage targets[] = {KivImage(size, 3), parent.ROI(5, 2, size.width, size.height),
@@ -97,7 +96,6 @@ TEST_P(WholeRun, EqualsTheStepsInEveryTargetOnAnyNumberOfThreads) {
       }
     }
   }
-  omp_set_num_threads(omp_get_num_procs());
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, WholeRun, allRows(), rowName);

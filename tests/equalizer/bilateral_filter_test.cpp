@@ -1,11 +1,10 @@
 #include "equalizer/bilateral_filter.h"
 
-#include <omp.h>
-
 #include <cstring>
 #include <tuple>
 
 #include "equalizer/bilateral_kernels.h"
+#include "image/parallel.h"
 #include "image/scratch.h"
 #include "support/each_row_test.h"
 #include "support/images.h"
@@ -159,12 +158,10 @@ TEST_P(BilateralPairs, ServeTheFilterOnAnyNumberOfThreads) {
   ASSERT_TRUE(bilateralKernels().stdRowsPays(403 - 3, 40, 4));
   const KivImage src = randomImage(403, 160, 1, 8);
   const KivImage expected = naive(src, 4, 1.3F, 0.2F, standard, replicate);
-  const int threads = omp_get_max_threads();
   for (const int count : {1, 2, 3, 7}) {
-    omp_set_num_threads(count);
+    const Team team(count);
     EXPECT_TRUE(sameBits(filtered(src, 4, 1.3F, 0.2F, standard, replicate), expected)) << count << " threads";
   }
-  omp_set_num_threads(threads);
 }
 
 // With a flat trapezoid every tap counts alike, so a window of 2 sums the padded row b a a b c d d c, and down a column
