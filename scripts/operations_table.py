@@ -34,7 +34,7 @@ internal = {
     "filters/recursive_gaussian.h",
     "filters/unsharp_kernels.h",
     "host/float_environment.h",
-    "image/each_row.h",
+    "image/block_cut.h",
     "image/resizer.h",
     "image/row_bands.h",
     "image/scratch.h",
