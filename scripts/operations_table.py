@@ -5,8 +5,8 @@ Fails when a public name has no row, when a row names what its header doesn't de
 and when none of a row's test files mentions a name, or the one that the row says it is tested through. A name without a
 row is shown with the header it belongs under and the test files that mention it, for a row to be made from.
 
-Public are the functions, types and variables at global scope of every header below src/ that isn't listed here as
-internal, and the public members of KivImage. Named constants and enumerators are not listed: their headers do that.
+Public are the functions, types and variables at global scope of every header that is installed, and the public members
+of KivImage. Named constants and enumerators are not listed: their headers do that.
 """
 
 import re
@@ -16,41 +16,8 @@ from pathlib import Path
 root = Path(__file__).resolve().parent.parent
 table = root / "docs" / "operations.md"
 
-# What files of one floor share among themselves.
-internal = {
-    "equalizer/bilateral_kernels.h",
-    "equalizer/bilateral_pairs.h",
-    "equalizer/bilateral_weight.h",
-    "equalizer/equalizer_kernels.h",
-    "equalizer/level_lines.h",
-    "equalizer/levels.h",
-    "equalizer/luminance.h",
-    "equalizer/pyramid.h",
-    "equalizer/stepwise.h",
-    "filters/box_filter.h",
-    "filters/gaussian_bands.h",
-    "filters/morphology.h",
-    "filters/morphology_kernels.h",
-    "filters/recursive_gaussian.h",
-    "filters/unsharp_kernels.h",
-    "host/float_environment.h",
-    "image/block_cut.h",
-    "image/resizer.h",
-    "image/row_bands.h",
-    "image/scratch.h",
-    "primitives/bodies.h",
-    "primitives/box_sums.h",
-    "primitives/exp_ln.h",
-    "primitives/large_pages.h",
-    "primitives/features.h",
-    "primitives/gaussian_ring.h",
-    "primitives/lanes.h",
-    "primitives/processor.h",
-    "primitives/regions.h",
-    "primitives/rows.h",
-    "tone/colour_kernels.h",
-    "tone/tone_kernels.h",
-}
+# The headers for other programs are the public ones: src/CMakeLists.txt installs them.
+public = sorted(re.findall(r"\b\w+/\w+\.h\b", (root / "src" / "CMakeLists.txt").read_text()))
 
 
 def without_comments(text):
@@ -107,12 +74,10 @@ def names(text, in_class=False):
 
 def declared():
     result = {}
-    for path in sorted((root / "src").rglob("*.h")):
-        header = path.relative_to(root / "src").as_posix()
-        if header not in internal:
-            found = set(names(without_comments(path.read_text())))
-            if found:
-                result[header] = found
+    for header in public:
+        found = set(names(without_comments((root / "src" / header).read_text())))
+        if found:
+            result[header] = found
     return result
 
 
