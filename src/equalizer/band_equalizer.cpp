@@ -2,6 +2,7 @@
 
 #include "equalizer/band_equalizer.h"
 
+#include "equalizer/cross_overlay.h"
 #include "equalizer/equalizer_kernels.h"
 #include "equalizer/luminance.h"
 #include "equalizer/pyramid.h"
@@ -85,7 +86,7 @@ void OrbelBandEqualizer(PS_Database&, OrbelBandEqualizerGuiParams& params, KivIm
   ippInit();
   OrbelBandEqualizerWrapperParams wrapper = {&image, &image, params};
   OrbelBandEqualizerWrapper(wrapper);
-  if (params.width > 0) image.CrossIt_I(params.width);
+  if (params.width > 0) drawCross(image, params.width);
 }
 
 void OrbelBandEqualizerWrapper(OrbelBandEqualizerWrapperParams& params) {

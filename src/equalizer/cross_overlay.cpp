@@ -1,8 +1,6 @@
-// KivImage::CrossIt_I: both diagonals and a stripe right of the centre, darkened.
+#include "equalizer/cross_overlay.h"
 
 #include <algorithm>
-
-#include "image/kiv_image.h"
 
 namespace {
 
@@ -40,11 +38,11 @@ class Diagonal {
 
 }  // namespace
 
-void KivImage::CrossIt_I(int thickness) {
-  Diagonal falling(size, thickness);
-  for (int y = 0; y < size.height; ++y) darken(*this, y, falling.next(), thickness);
-  Diagonal rising(size, thickness);
-  for (int y = size.height - 1; y >= 0; --y) darken(*this, y, rising.next(), thickness);
-  const std::int64_t middle = size.width / 2;
-  for (int y = size.height - 1; y >= 0; --y) darken(*this, y, middle + 1, std::int64_t{thickness} - 1);
+void drawCross(KivImage& image, int thickness) {
+  Diagonal falling(image.size, thickness);
+  for (int y = 0; y < image.size.height; ++y) darken(image, y, falling.next(), thickness);
+  Diagonal rising(image.size, thickness);
+  for (int y = image.size.height - 1; y >= 0; --y) darken(image, y, rising.next(), thickness);
+  const std::int64_t middle = image.size.width / 2;
+  for (int y = image.size.height - 1; y >= 0; --y) darken(image, y, middle + 1, std::int64_t{thickness} - 1);
 }

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "equalizer/bilateral_filter.h"
+#include "filters/gaussian_blur.h"
 
 namespace {
 
@@ -50,7 +51,7 @@ void applyLowPass(KivImage& to, const KivImage& from, const Level& level) {
       to.Copy(from);
       break;
     case LowPass::gaussian:
-      to.GaussBlurFast(from, level.radius, lowPassReach);
+      gaussianBlurFast(to, from, level.radius, lowPassReach);
       break;
     case LowPass::bilateral:
       bilateralStd({to.planes[0], to.stride / 4}, {from.planes[0], from.stride / 4}, level.size, level.window(),

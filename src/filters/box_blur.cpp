@@ -1,9 +1,12 @@
-// KivImage: box means, and the Gaussian that repeated box means approach.
+// Box means, and the Gaussian that repeated box means approach.
+
+#include "filters/box_blur.h"
 
 #include <algorithm>
 #include <cmath>
 
 #include "filters/box_filter.h"
+#include "image/allocate_like.h"
 
 namespace {
 
@@ -49,26 +52,26 @@ BoxPasses boxPassesFor(float sigma, int passes) {
 
 }  // namespace
 
-void KivImage::Box_Blur(const KivImage& src, int radius) {
-  allocateLike(src);
-  BoxFilter(size, boxSide(radius)).runOnThreads(src, *this, src.channels);
+void boxBlur(KivImage& target, const KivImage& src, int radius) {
+  allocateLike(target, src);
+  BoxFilter(target.size, boxSide(radius)).runOnThreads(src, target, src.channels);
 }
 
-void KivImage::ApplyBoxFilter(const KivImage& src, int radius, KivBorderType border, float borderValue,
-                              bool divideByArea) {
-  allocateLike(src);
+void boxBlurWithBorder(KivImage& target, const KivImage& src, int radius, KivImage::KivBorderType border,
+                       float borderValue, bool divideByArea) {
+  allocateLike(target, src);
   const std::int64_t side = boxSide(radius);
   const std::uint32_t code = codeOf(border);
   if (side < 1 || code == 0) return;
-  BoxFilter(size, side, code, borderValue).runOnThreads(src, *this, src.channels);
-  if (divideByArea) *this /= static_cast<float>(side * side);
+  BoxFilter(target.size, side, code, borderValue).runOnThreads(src, target, src.channels);
+  if (divideByArea) target /= static_cast<float>(side * side);
 }
 
-void KivImage::Gaussian_Box_Blur(const KivImage& src, float sigma, int passes) {
-  allocateLike(src);
+void gaussianBlurByBoxes(KivImage& target, const KivImage& src, float sigma, int passes) {
+  allocateLike(target, src);
   if (passes < 1 || std::isnan(sigma)) return;
   const BoxPasses boxes = boxPassesFor(sigma, passes);
   for (int pass = 0; pass < passes; ++pass) {
-    BoxFilter(size, boxes.side(pass)).run(pass == 0 ? src : *this, *this, channels);
+    BoxFilter(target.size, boxes.side(pass)).run(pass == 0 ? src : target, target, target.channels);
   }
 }

@@ -1,15 +1,17 @@
-// KivImage: what a Gaussian blur takes away, as a layer around grey 0.5.
+// What a Gaussian blur takes away, as a layer around grey 0.5.
 
+#include "filters/detail.h"
+#include "filters/gaussian_blur.h"
 #include "filters/unsharp_kernels.h"
-#include "image/kiv_image.h"
+#include "image/allocate_like.h"
 #include "image/parallel.h"
 
 namespace {
 
-// GaussBlurDecimate, or plane 0 of the source itself where that would leave its target as it was.
+// gaussianBlurDecimated, or plane 0 of the source itself where that would leave its target as it was.
 void blurOrCopy(KivImage& target, const KivImage& src, float sigma, int kernelMultiplier) {
   if (sigma > 0.0F && kernelMultiplier > 0) {
-    target.GaussBlurDecimate(src, sigma, kernelMultiplier);
+    gaussianBlurDecimated(target, src, sigma, kernelMultiplier);
   } else {
     target.Plane(0).Copy(src.Plane(0));
   }
@@ -17,31 +19,32 @@ void blurOrCopy(KivImage& target, const KivImage& src, float sigma, int kernelMu
 
 }  // namespace
 
-void KivImage::HighPassFilter(const KivImage& src, float sigma, bool) {
+void highPassHalfStrength(KivImage& target, const KivImage& src, float sigma) {
   constexpr int kernelMultiplier = 4;
-  allocateLike(src);
-  KivImage half(size, channels);  // before the blur: the target may be src
+  allocateLike(target, src);
+  KivImage half(target.size, target.channels);  // before the blur: the target may be src
   half = src * 0.5F;
-  for (int i = 0; i < channels; ++i) {
-    KivImage plane = Plane(i);
+  for (int i = 0; i < target.channels; ++i) {
+    KivImage plane = target.Plane(i);
     blurOrCopy(plane, src.Plane(i), sigma, kernelMultiplier);
   }
-  *this *= -1.0F;
-  *this += 1.0F;
-  *this *= 0.5F;
-  *this += half;
+  target *= -1.0F;
+  target += 1.0F;
+  target *= 0.5F;
+  target += half;
 }
 
-void KivImage::HighPassPS(const KivImage& src, float sigma, int kernelMultiplier) {
-  allocateLike(src);
-  if (planes[0] == src.planes[0]) {
+void highPassFullStrength(KivImage& target, const KivImage& src, float sigma, int kernelMultiplier) {
+  allocateLike(target, src);
+  if (target.planes[0] == src.planes[0]) {
     KivImage copy;
     copy = src;
-    HighPassPS(copy, sigma, kernelMultiplier);
+    highPassFullStrength(target, copy, sigma, kernelMultiplier);
     return;
   }
-  blurOrCopy(*this, src, sigma, kernelMultiplier);
+  blurOrCopy(target, src, sigma, kernelMultiplier);
   const auto line = unsharpKernels().highPassLine;
   // Line by line, since the images' row steps may differ.
-  eachIndex(size.height, [&](int y) { line(At(0, 0, y), src.At(0, 0, y), At(0, 0, y), size.width); });
+  eachIndex(target.size.height,
+            [&](int y) { line(target.At(0, 0, y), src.At(0, 0, y), target.At(0, 0, y), target.size.width); });
 }

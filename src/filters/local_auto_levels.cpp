@@ -1,14 +1,19 @@
-// KivImage: local auto levels, local contrast.
+// Local auto levels, local contrast.
 
 #include "filters/local_auto_levels.h"
 
 #include <algorithm>
 #include <cstddef>
 
+#include "filters/detail.h"
+#include "filters/gaussian_blur.h"
+#include "filters/local_contrast.h"
 #include "filters/morphology.h"
 #include "filters/morphology_kernels.h"
+#include "image/allocate_like.h"
 #include "image/parallel.h"
 #include "tone/blend_kernels.h"
+#include "tone/blends.h"
 
 namespace {
 
@@ -30,7 +35,7 @@ int wholeRadius(float radius) {
 KivImage localPoint(const KivImage& src, int radius, Extreme extreme) {
   KivImage point(src.size, 1);
   extremeUnderSquare(point, src, sideOf(radius), extreme, MaskPlace::anywhere);
-  point.GaussBlurDecimate(point, static_cast<float>(radius) * 0.7F, blurMultiplier);
+  gaussianBlurDecimated(point, point, static_cast<float>(radius) * 0.7F, blurMultiplier);
   return point;
 }
 
@@ -48,8 +53,8 @@ void overlayDetail(KivImage& target, const KivImage& levels, KivImage& low, cons
     BlendModeOverlayKiv(target.planes[0], target.planes[0], base.planes[0], target.size.height, target.size.width,
                         target.stride / 4);
   };
-  target.HighPassPS(low, radius, blurMultiplier);
-  low.HighPassPS(high, radius, blurMultiplier);
+  highPassFullStrength(target, low, radius, blurMultiplier);
+  highPassFullStrength(low, high, radius, blurMultiplier);
   overlay(low);
   overlay(levels);
 }
@@ -62,8 +67,8 @@ void LocalAutoLevelsKiv(float* src, float* low, float* high, float* dst, int hei
           [&](std::ptrdiff_t at) { kernels.localLevelsLine(dst + at, src + at, low + at, high + at, strideFloats); });
 }
 
-void KivImage::LocalAutoLevels(const KivImage& src, int radius, bool detailOverlay) {
-  allocateLike(src);
+void localAutoLevels(KivImage& target, const KivImage& src, int radius, bool detailOverlay) {
+  allocateLike(target, src);
   const KivImage high = localPoint(src, radius, Extreme::largest);
   KivImage low = localPoint(src, radius, Extreme::smallest);
   KivImage levels(src.size, 1);
@@ -74,12 +79,12 @@ void KivImage::LocalAutoLevels(const KivImage& src, int radius, bool detailOverl
     overlayDetail(overlaid, levels, low, high, static_cast<float>(radius));
   }
   // Over the size that both have.
-  const int width = std::min(size.width, src.size.width);
-  const int height = std::min(size.height, src.size.height);
-  Plane(0).ROI(0, 0, width, height).Copy(detailOverlay ? overlaid : levels);
+  const int width = std::min(target.size.width, src.size.width);
+  const int height = std::min(target.size.height, src.size.height);
+  target.Plane(0).ROI(0, 0, width, height).Copy(detailOverlay ? overlaid : levels);
 }
 
-void KivImage::LocalAutoLevelsOld(const KivImage& src, int radius, bool detailOverlay) {
+void localAutoLevelsStepwise(KivImage& target, const KivImage& src, int radius, bool detailOverlay) {
   const int side = sideOf(radius);
   const int margin = std::max(radius, 0);
   const KivImage inner = src.Sub_Section(margin, margin);
@@ -88,8 +93,8 @@ void KivImage::LocalAutoLevelsOld(const KivImage& src, int radius, bool detailOv
   extremeUnderSquare(high, src, side, Extreme::largest, MaskPlace::insideOnly);
   extremeUnderSquare(low, src, side, Extreme::smallest, MaskPlace::insideOnly);
   const double sigma = static_cast<double>(static_cast<float>(radius) * 0.7F);
-  high.Gaussian_IIR_Blur(high, sigma);
-  low.Gaussian_IIR_Blur(low, sigma);
+  gaussianBlurRecursive(high, high, sigma);
+  gaussianBlurRecursive(low, low, sigma);
 
   KivImage highInner = high.Sub_Section(2, 2);
   KivImage lowInner = low.Sub_Section(2, 2);
@@ -99,31 +104,31 @@ void KivImage::LocalAutoLevelsOld(const KivImage& src, int radius, bool detailOv
   range *= -1.0F;
   range += 1.0F;
   range *= srcInner;
-  *this = srcInner - lowInner.Sub_Section(2, 2);
-  *this += range;
+  target = srcInner - lowInner.Sub_Section(2, 2);
+  target += range;
 
   if (!detailOverlay) return;
-  highInner.HighPassFilter(highInner, static_cast<float>(radius), false);
-  lowInner.HighPassFilter(lowInner, static_cast<float>(radius), false);
-  OverlayBlend(*this, highInner.Sub_Section(2, 2));
-  OverlayBlend(*this, lowInner.Sub_Section(2, 2));
+  highPassHalfStrength(highInner, highInner, static_cast<float>(radius));
+  highPassHalfStrength(lowInner, lowInner, static_cast<float>(radius));
+  overlayBlend(target, target, highInner.Sub_Section(2, 2));
+  overlayBlend(target, target, lowInner.Sub_Section(2, 2));
 }
 
-void KivImage::ApplyLocalContrast(const KivImage& src, float radius1, float amount1, float radius2, float amount2) {
-  allocateLike(src);
+void localContrast(KivImage& target, const KivImage& src, float radius1, float amount1, float radius2, float amount2) {
+  allocateLike(target, src);
   KivImage levels;
   const auto mix = [&](const KivImage& under, float amount) {
-    ippiAlphaCompC_32f_C1R(levels.planes[0], levels.stride, under.planes[0], under.stride, planes[0], stride, size,
-                           amount, 1.0F, ippAlphaOver);
+    ippiAlphaCompC_32f_C1R(levels.planes[0], levels.stride, under.planes[0], under.stride, target.planes[0],
+                           target.stride, target.size, amount, 1.0F, ippAlphaOver);
   };
   if (radius1 > 0.0F) {
-    levels.LocalAutoLevels(src, wholeRadius(radius1), true);
+    localAutoLevels(levels, src, wholeRadius(radius1), true);
     mix(src, amount1);
   } else {
-    Copy(src);
+    target.Copy(src);
   }
   if (radius2 > 0.0F) {
-    levels.LocalAutoLevels(*this, wholeRadius(radius2), true);
-    mix(*this, amount2);
+    localAutoLevels(levels, target, wholeRadius(radius2), true);
+    mix(target, amount2);
   }
 }

@@ -1,4 +1,4 @@
-// KivImage: dilation and erosion. A full mask takes the running extremes along rows and then columns; any other mask is
+// Dilation and erosion. A full mask takes the running extremes along rows and then columns; any other mask is
 // walked sample by sample.
 
 #include "filters/morphology.h"
@@ -201,23 +201,10 @@ void extremeUnderSquare(KivImage& target, const KivImage& src, int side, Extreme
     extremeOfPlane(target.Plane(i), src.Plane(i), side, extreme, place, underSquare);
 }
 
-void KivImage::Dilate(const KivImage& src, unsigned char* mask, int side, bool insideOnly) {
-  applyMask(*this, src, mask, side, insideOnly, Extreme::largest);
+void dilate(KivImage& target, const KivImage& src, const unsigned char* mask, int side, bool insideOnly) {
+  applyMask(target, src, mask, side, insideOnly, Extreme::largest);
 }
 
-void KivImage::Erode(const KivImage& src, unsigned char* mask, int side, bool insideOnly) {
-  applyMask(*this, src, mask, side, insideOnly, Extreme::smallest);
-}
-
-ImageDilateParameters KivImage::Dilate_R(unsigned char* mask, int side) const { return {this, mask, side}; }
-ImageErodeParameters KivImage::Erode_R(unsigned char* mask, int side) const { return {this, mask, side}; }
-
-KivImage& KivImage::operator=(const ImageDilateParameters& p) {
-  Dilate(*p.image, p.mask, p.size, false);
-  return *this;
-}
-
-KivImage& KivImage::operator=(const ImageErodeParameters& p) {
-  Erode(*p.image, p.mask, p.size, false);
-  return *this;
+void erode(KivImage& target, const KivImage& src, const unsigned char* mask, int side, bool insideOnly) {
+  applyMask(target, src, mask, side, insideOnly, Extreme::smallest);
 }

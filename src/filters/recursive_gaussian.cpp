@@ -1,11 +1,12 @@
-// KivImage::Gaussian_IIR_Blur, and the recursion along the rows of a plane: a few rows at a time, turned so that they
-// lie side by side.
+// The recursive Gaussian of an image, and the recursion along the rows of a plane: a few rows at a time, turned so that
+// they lie side by side.
 
 #include "filters/recursive_gaussian.h"
 
 #include <cmath>
 #include <cstddef>
 
+#include "filters/gaussian_blur.h"
 #include "image/scratch.h"
 
 RecursiveGaussian::RecursiveGaussian(double sigma)
@@ -146,15 +147,15 @@ void RecursiveGaussian::filterRows(KivImage& image, int plane) const {
   }
 }
 
-void KivImage::Gaussian_IIR_Blur(const KivImage& src, double sigma) {
-  Copy(src);
+void gaussianBlurRecursive(KivImage& target, const KivImage& src, double sigma) {
+  target.Copy(src);
   const RecursiveGaussian gaussian(sigma);
   if (!gaussian.blurs()) return;
-  KivImage turned(size.height, size.width, 1);
-  for (int i = 0; i < channels; ++i) {
-    gaussian.filterRows(*this, i);
-    ippiTranspose_32f_C1R(planes[i], stride, turned.planes[0], turned.stride, size);
+  KivImage turned(target.size.height, target.size.width, 1);
+  for (int i = 0; i < target.channels; ++i) {
+    gaussian.filterRows(target, i);
+    ippiTranspose_32f_C1R(target.planes[i], target.stride, turned.planes[0], turned.stride, target.size);
     gaussian.filterRows(turned, 0);
-    ippiTranspose_32f_C1R(turned.planes[0], turned.stride, planes[i], stride, turned.size);
+    ippiTranspose_32f_C1R(turned.planes[0], turned.stride, target.planes[i], target.stride, turned.size);
   }
 }

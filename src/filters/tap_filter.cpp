@@ -1,7 +1,9 @@
-// KivImage: a one-dimensional kernel along rows and columns.
+// A one-dimensional kernel along rows and columns.
+
+#include "filters/tap_filter.h"
 
 #include "filters/kernel.h"
-#include "image/kiv_image.h"
+#include "image/allocate_like.h"
 #include "image/parallel.h"
 
 namespace {
@@ -45,30 +47,32 @@ int withMargins(int length, int margin, int more) {
 
 }  // namespace
 
-void KivImage::Filter(const KivImage& src, const Kernel& kernel, int passes) {
-  allocateLike(src);
+void separableFilter(KivImage& target, const KivImage& src, const Kernel& kernel, int passes) {
+  allocateLike(target, src);
   const int r = kernel.radius;
   if (passes == rowsOnly) {
-    for (int i = 0; i < channels; ++i) filterRows(src, i, 0, kernel, *this, i);
+    for (int i = 0; i < target.channels; ++i) filterRows(src, i, 0, kernel, target, i);
   } else if (passes == columnsOnly) {
-    for (int i = 0; i < channels; ++i) filterColumns(src, i, -r, kernel, *this, i);
+    for (int i = 0; i < target.channels; ++i) filterColumns(src, i, -r, kernel, target, i);
   } else if (passes == both) {
-    KivImage alongRows(size.width, withMargins(size.height, r, 0), 1);
-    for (int i = 0; i < channels; ++i) {
+    KivImage alongRows(target.size.width, withMargins(target.size.height, r, 0), 1);
+    for (int i = 0; i < target.channels; ++i) {
       filterRows(src, i, -r, kernel, alongRows, 0);
-      filterColumns(alongRows, 0, 0, kernel, *this, i);
+      filterColumns(alongRows, 0, 0, kernel, target, i);
     }
   }
 }
 
-void KivImage::Filter_With_Pad(const KivImage& src, const Kernel& kernel) {
-  allocateLike(src);
+void separableFilterWithPadding(KivImage& target, const KivImage& src, const Kernel& kernel) {
+  allocateLike(target, src);
   const int r = kernel.radius;
-  KivImage padded(withMargins(size.width, r, 0), withMargins(size.height, r, 1), 1);
-  for (int i = 0; i < channels; ++i) {
+  KivImage padded(withMargins(target.size.width, r, 0), withMargins(target.size.height, r, 1), 1);
+  for (int i = 0; i < target.channels; ++i) {
     const IppStatus status = ippiCopyReplicateBorder_32f_C1R(src.planes[i], src.stride, src.size, padded.planes[0],
                                                              padded.stride, padded.size, r, r);
     // Refused, the copy holds no samples.
-    if (status == ippStsNoErr) Plane(i).Filter(padded.Sub_Section(r, r), kernel, both);
+    if (status != ippStsNoErr) continue;
+    KivImage plane = target.Plane(i);
+    separableFilter(plane, padded.Sub_Section(r, r), kernel, both);
   }
 }

@@ -1,31 +1,34 @@
-// KivImage: unsharp masking, gated by a soft mask.
+// Unsharp masking, gated by a soft mask.
 
-#include "image/kiv_image.h"
+#include "filters/detail.h"
+#include "filters/gaussian_blur.h"
+#include "image/allocate_like.h"
+#include "tone/curves.h"
 
-void KivImage::UsmPS(const KivImage& src, float amount, float sigma, float threshold) {
+void unsharpMask(KivImage& target, const KivImage& src, float amount, float sigma, float threshold) {
   constexpr int kernelMultiplier = 5;
-  allocateLike(src);
+  allocateLike(target, src);
   const float factor = amount / 100.0F;
   KivImage blurred;
-  blurred.Gauss_Blur(src, sigma, kernelMultiplier, true);
+  gaussianBlur(blurred, src, sigma, kernelMultiplier, true);
 
   KivImage detail;  // first its brighter part
   detail = src - blurred;
-  detail.Threshold_I(1.0F);
+  limitToRange(detail, 1.0F);
   KivImage mask;
-  mask.Threshold(detail, threshold, 0.0F, threshold, 1.0F);
+  applyThresholds(mask, detail, threshold, 0.0F, threshold, 1.0F);
 
   KivImage& darker = blurred;
   darker *= -1.0F;
   darker += 1.0F;
   darker += src;
-  darker.Threshold_I(1.0F);
+  limitToRange(darker, 1.0F);
   darker *= -1.0F;
   darker += 1.0F;
 
   for (int i = 1; i < src.channels; ++i) mask.Plane(0) *= mask.Plane(i);
   for (int i = 1; i < src.channels; ++i) mask.Plane(i).Copy(mask.Plane(0));
-  mask.Gauss_Blur(mask, sigma, kernelMultiplier, true);
+  gaussianBlur(mask, mask, sigma, kernelMultiplier, true);
 
   detail -= darker;
   detail *= factor;
@@ -35,8 +38,8 @@ void KivImage::UsmPS(const KivImage& src, float amount, float sigma, float thres
   rest += 1.0F;
   rest *= src;
 
-  *this = src + detail;
-  Threshold_I(1.0F);
-  *this *= mask;
-  *this += rest;
+  target = src + detail;
+  limitToRange(target, 1.0F);
+  target *= mask;
+  target += rest;
 }

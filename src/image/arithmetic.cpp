@@ -1,5 +1,6 @@
 // KivImage: assignment, operators, point-wise functions and reductions, plane by plane on the primitives.
 
+#include "image/allocate_like.h"
 #include "image/kiv_image.h"
 
 namespace {
@@ -27,7 +28,7 @@ KivImage& KivImage::operator=(const KivImage& src) {
 
 void KivImage::Copy(const KivImage& src) {
   if (&src == this) return;  // nor is an empty image to be allocated like itself
-  allocateLike(src);
+  allocateLike(*this, src);
   eachPlane(channels, [&](float* plane, int i) {
     if (src.planes[i] != plane) ippiCopy_32f_C1R(src.planes[i], src.stride, plane, stride, size);
   });
@@ -36,7 +37,7 @@ void KivImage::Copy(const KivImage& src) {
 KivImage& KivImage::operator=(const KIV_Generic_Params& p) {
   const KivImage& first = *p.first;
   const KivImage& second = *p.second;
-  allocateLike(first);
+  allocateLike(*this, first);
   eachPlane(channels, [&](float* plane, int i) {
     if (p.kind == 0) {
       p.constantOp(first.planes[i], first.stride, p.value, plane, stride, size);
@@ -107,7 +108,7 @@ KivImage& KivImage::operator*=(const KivImage& b) {
 }
 
 void KivImage::Sqrt(const KivImage& src) {
-  allocateLike(src);
+  allocateLike(*this, src);
   eachPlane(channels, [&](float* plane, int i) { ippiSqrt_32f_C1R(src.planes[i], src.stride, plane, stride, size); });
 }
 void KivImage::Sqrt() { Sqrt(*this); }
@@ -117,7 +118,7 @@ void KivImage::Exp() {
 }
 
 void KivImage::Log(const KivImage& src) {
-  allocateLike(src);
+  allocateLike(*this, src);
   eachPlane(channels, [&](float* plane, int i) { ippiLn_32f_C1R(src.planes[i], src.stride, plane, stride, size); });
 }
 void KivImage::Log() {
@@ -125,7 +126,7 @@ void KivImage::Log() {
 }
 
 void KivImage::Abs(const KivImage& src) {
-  allocateLike(src);
+  allocateLike(*this, src);
   eachPlane(channels, [&](float* plane, int i) { ippiAbs_32f_C1R(src.planes[i], src.stride, plane, stride, size); });
 }
 void KivImage::Abs() {

@@ -136,10 +136,6 @@ void KivImage::release() {
   channels = 0;
 }
 
-void KivImage::allocateLike(const KivImage& src) {
-  if (channels == 0) Init(src);
-}
-
 KivImage KivImage::view(IppiSize viewSize, int x, int y, KivStorage viewStorage) const {
   KivImage result;
   const std::ptrdiff_t offset = y * rowStep(*this) + x;

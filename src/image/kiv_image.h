@@ -2,8 +2,9 @@
 //
 // Planes are apart, since all work goes plane by plane and many operations want one of them; an owner's rows start on
 // 64-byte boundaries, where vector loads are cheapest, and its planes are one block, so that an image is one
-// allocation. Bodies: image/ holds memory, arithmetic and geometry, filters/ the neighbourhoods, tone/ curves and
-// blends, equalizer/ the overlay.
+// allocation. Bodies: memory, arithmetic and geometry stand here, in image/. The other members forward to free
+// functions of the floors above, each floor's from one file: filters/members.cpp (neighbourhoods, detail, local
+// extremes and levels), tone/members.cpp (tone, colour, blends), equalizer/members.cpp (the overlay).
 //
 // Rules common to its operations:
 // - stride is in bytes; kernels take row steps in floats, stride / 4. size is in samples, the same for all planes.
@@ -425,7 +426,6 @@ class KivImage {
   void release();
   void takeFields(const KivImage& other);
   bool ownsTable() const;
-  void allocateLike(const KivImage& src);  // does nothing to a shaped image
   KivImage view(IppiSize viewSize, int x, int y, KivStorage viewStorage) const;
   template <typename PlaneOp>
   void eachPlane(int count, PlaneOp op);

@@ -1,18 +1,21 @@
-// KivImage: blends of two images, on all planes.
+// Blends of two images.
 
-#include "image/kiv_image.h"
+#include "tone/blends.h"
+
+#include "image/allocate_like.h"
 #include "image/parallel.h"
+#include "tone/curves.h"
 #include "tone/tone_kernels.h"
 
-void KivImage::OverlayBlend(const KivImage& base, const KivImage& top) {
-  allocateLike(base);
+void overlayBlend(KivImage& target, const KivImage& base, const KivImage& top) {
+  allocateLike(target, base);
   // The target is written last, so that it may be an operand.
-  KivImage product(size, channels);
+  KivImage product(target.size, target.channels);
   product = top * 2.0F;
   product *= base;
 
-  KivImage screen(size, channels);
-  KivImage mask(size, base.channels);  // first the inverse of base
+  KivImage screen(target.size, target.channels);
+  KivImage mask(target.size, base.channels);  // first the inverse of base
   screen = top * -1.0F;
   mask = base * -1.0F;
   screen += 1.0F;
@@ -22,51 +25,39 @@ void KivImage::OverlayBlend(const KivImage& base, const KivImage& top) {
   screen *= -1.0F;
   screen += 1.0F;
 
-  mask.Threshold(base, 0.5F, 0.0F, 0.5F, 1.0F);  // 0.5 stays 0.5: half of either
+  applyThresholds(mask, base, 0.5F, 0.0F, 0.5F, 1.0F);  // 0.5 stays 0.5: half of either
   screen *= mask;
   mask *= -1.0F;
   mask += 1.0F;
   product *= mask;
-  *this = product + screen;
+  target = product + screen;
 }
 
-void KivImage::OverlayBlendSSE(const KivImage& base, const KivImage& top) {
-  allocateLike(base);
+void overlayBlendPlane0(KivImage& target, const KivImage& base, const KivImage& top) {
+  allocateLike(target, base);
   const auto line = toneKernels().overlayLine;
   // Line by line, since the images' row steps may differ.
-  eachIndex(size.height, [&](int y) { line(At(0, 0, y), top.At(0, 0, y), base.At(0, 0, y), size.width); });
+  eachIndex(target.size.height,
+            [&](int y) { line(target.At(0, 0, y), top.At(0, 0, y), base.At(0, 0, y), target.size.width); });
 }
 
-void KivImage::AlphaCombine(const KivImage& a, const KivImage& b, float weight) {
-  if (channels == 0) return;
-  ippiAlphaCompC_32f_C1R(a.planes[0], a.stride, b.planes[0], b.stride, planes[0], stride, size, weight, 1.0F,
-                         ippAlphaOver);
+void alphaCombine(KivImage& target, const KivImage& a, const KivImage& b, float weight) {
+  if (target.channels == 0) return;
+  ippiAlphaCompC_32f_C1R(a.planes[0], a.stride, b.planes[0], b.stride, target.planes[0], target.stride, target.size,
+                         weight, 1.0F, ippAlphaOver);
 }
-void KivImage::AlphaCombine(const KivImage& b, float weight) { AlphaCombine(*this, b, weight); }
 
-ImageBlendParameters KivImage::Blend_R(const KivImage& second, float amount) const { return {this, &second, amount}; }
-
-ImageOverlayBlendParameters KivImage::OverlayBlend_R(const KivImage& second) const { return {this, &second}; }
-
-KivImage& KivImage::operator=(const ImageBlendParameters& p) {
-  allocateLike(*p.first);
-  const KivImage* second = p.second;
+void linearLightBlend(KivImage& target, const KivImage& first, const KivImage& second, float amount) {
+  allocateLike(target, first);
+  const bool isTarget = second.planes[0] == target.planes[0];
   KivImage copy;  // the first step overwrites the target
-  if (second->planes[0] == planes[0]) {
-    copy = *second;
-    second = &copy;
-  }
-  *this = *p.first * 2.0F;
-  *this += *second;
-  *this -= 1.0F;
-  *this *= p.amount;
+  if (isTarget) copy = second;
+  const KivImage& below = isTarget ? copy : second;
+  target = first * 2.0F;
+  target += below;
+  target -= 1.0F;
+  target *= amount;
   KivImage rest;
-  rest = *second * (1.0F - p.amount);
-  *this += rest;
-  return *this;
-}
-
-KivImage& KivImage::operator=(const ImageOverlayBlendParameters& p) {
-  OverlayBlend(*p.first, *p.second);
-  return *this;
+  rest = below * (1.0F - amount);
+  target += rest;
 }

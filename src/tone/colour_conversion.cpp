@@ -1,12 +1,12 @@
-// Grey and lightness: the kernels on raw planes and the members of KivImage, rows in parallel.
+// Grey and lightness: on raw planes and on images, rows in parallel.
 
 #include "tone/colour_conversion.h"
 
 #include <cstddef>
 
-#include "image/kiv_image.h"
 #include "image/parallel.h"
 #include "tone/colour_kernels.h"
+#include "tone/colours.h"
 
 namespace {
 
@@ -37,23 +37,19 @@ void ExtractLChannelKiv(float* dst, float* r, float* g, float* b, int height, in
   eachRow(height, step, [=](std::ptrdiff_t at) { line(dst + at, r + at, g + at, b + at, width, rule); });
 }
 
-void KivImage::ColorToGraySSE(const KivImage& src, float* weights) {
-  if (channels == 0) Init(src.size, 1);
+void colourToGrey(KivImage& target, const KivImage& src, const float* weights) {
+  if (target.channels == 0) target.Init(src.size, 1);
   const auto line = colourKernels().weightedSumLine;
-  eachRowOf(*this, src, [=, width = size.width](float* dst, const float* p0, const float* p1, const float* p2) {
+  eachRowOf(target, src, [=, width = target.size.width](float* dst, const float* p0, const float* p1, const float* p2) {
     line(dst, p0, p1, p2, width, weights);
   });
 }
-void KivImage::ColorToGraySSE(const KivImage& src, float r, float g, float b) {
-  float weights[] = {r, g, b};
-  ColorToGraySSE(src, weights);
-}
 
-void KivImage::ConvertRgbToLSSE(const KivImage& src) {
-  if (channels == 0) Init(src.size, 1);
+void rgbToLightness(KivImage& target, const KivImage& src) {
+  if (target.channels == 0) target.Init(src.size, 1);
   const auto line = colourKernels().lightnessLine;
   const LightnessRule rule = lightnessRule(1, 2);
-  eachRowOf(*this, src, [=, width = size.width](float* dst, const float* r, const float* g, const float* b) {
+  eachRowOf(target, src, [=, width = target.size.width](float* dst, const float* r, const float* g, const float* b) {
     line(dst, r, g, b, width, rule);
   });
 }

@@ -1,10 +1,10 @@
-// KivImage: difference of each pixel from one colour, one pass per arithmetic step.
+// Difference of each pixel from one colour, one pass per arithmetic step.
 
 #include <cmath>
 
-#include "image/kiv_image.h"
+#include "tone/colours.h"
 
-void KivImage::Delta_E(const KivImage& lab, float* reference, float* weights) {
+void colourDifference(KivImage& target, const KivImage& lab, const float* reference, const float* weights) {
   const float a0 = reference[1];
   const float b0 = reference[2];
   const float chroma0 = std::sqrt(a0 * a0 + b0 * b0);
@@ -47,7 +47,6 @@ void KivImage::Delta_E(const KivImage& lab, float* reference, float* weights) {
   u *= u;
   sum += u;
 
-  if (channels == 0) Init(lab.size, 1);
-  Plane(0).Sqrt(sum);
+  if (target.channels == 0) target.Init(lab.size, 1);
+  target.Plane(0).Sqrt(sum);
 }
-void KivImage::Delta_E(float* reference, float* weights) { Delta_E(*this, reference, weights); }

@@ -1,9 +1,10 @@
-// KivImage: conversion of three planes between colour spaces.
+// Conversion of three planes between colour spaces.
 
 #include <algorithm>
 
-#include "image/kiv_image.h"
+#include "image/allocate_like.h"
 #include "image/scratch.h"
+#include "tone/colours.h"
 
 namespace {
 
@@ -24,20 +25,17 @@ void convertPixels(const KivImage& dst, const KivImage& src, PixelConversion con
 
 }  // namespace
 
-IppStatus KivImage::Color_Twist(const KivImage& src, const float (&twist)[3][4]) {
-  allocateLike(src);
-  return ippiColorTwist_32f_P3R(src.planes, src.stride, planes, stride, size, twist);
+IppStatus twistColours(KivImage& target, const KivImage& src, const float (&twist)[3][4]) {
+  allocateLike(target, src);
+  return ippiColorTwist_32f_P3R(src.planes, src.stride, target.planes, target.stride, target.size, twist);
 }
-IppStatus KivImage::Color_Twist(const float (&twist)[3][4]) { return Color_Twist(*this, twist); }
 
-void KivImage::Convert_RGB_to_LAB(const KivImage& src) {
-  allocateLike(src);
-  convertPixels(*this, src, ippiRGBToLab_32f_C3R);
+void rgbToLab(KivImage& target, const KivImage& src) {
+  allocateLike(target, src);
+  convertPixels(target, src, ippiRGBToLab_32f_C3R);
 }
-void KivImage::Convert_RGB_to_LAB() { Convert_RGB_to_LAB(*this); }
 
-void KivImage::Convert_LAB_To_RGB(const KivImage& src) {
-  allocateLike(src);
-  convertPixels(*this, src, ippiLabToRGB_32f_C3R);
+void labToRgb(KivImage& target, const KivImage& src) {
+  allocateLike(target, src);
+  convertPixels(target, src, ippiLabToRGB_32f_C3R);
 }
-void KivImage::Convert_LAB_To_RGB() { Convert_LAB_To_RGB(*this); }

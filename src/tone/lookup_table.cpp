@@ -1,6 +1,6 @@
-// KivImage: tone curves given as a table.
+// Tone curves given as a table.
 
-#include "image/kiv_image.h"
+#include "tone/curves.h"
 
 namespace {
 
@@ -13,13 +13,11 @@ int nearestEntry(float v, int last) {
 
 }  // namespace
 
-void KivImage::Apply_Lut(float* table, int count) {
+void applyTable(KivImage& target, const float* table, int count) {
   if (table == nullptr || count < 0) return;
-  *this *= static_cast<float>(count - 0.001);
-  for (int y = 0; y < size.height; ++y) {
-    float* row = At(0, 0, y);
-    for (int x = 0; x < size.width; ++x) row[x] = table[nearestEntry(row[x], count)];
+  target *= static_cast<float>(count - 0.001);
+  for (int y = 0; y < target.size.height; ++y) {
+    float* row = target.At(0, 0, y);
+    for (int x = 0; x < target.size.width; ++x) row[x] = table[nearestEntry(row[x], count)];
   }
 }
-
-void KivImage::ApplyLut(KivImage&, float*, float*, int) {}

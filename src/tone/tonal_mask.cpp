@@ -1,7 +1,9 @@
-// KivImage: a mix of two images by how dark or light the first is; and the same on one plane in one pass is in
+// A mix of two images by how dark or light the first is; and the same on one plane in one pass is in
 // blend_kernels.
 
-#include "image/kiv_image.h"
+#include "image/allocate_like.h"
+#include "tone/blends.h"
+#include "tone/curves.h"
 
 namespace {
 
@@ -27,18 +29,18 @@ void copyToEachPlane(KivImage& image, const KivImage& plane) {
 
 }  // namespace
 
-void KivImage::ApplyTonalMask(const KivImage& base, const KivImage& filtered, float shadows, float midtones,
-                              float highlights) {
-  allocateLike(base);
-  KivImage dark(size, 1);
-  KivImage light(size, 1);
-  dark = luminance(base, size) * 2.0F;
+void applyTonalMask(KivImage& target, const KivImage& base, const KivImage& filtered, float shadows, float midtones,
+                    float highlights) {
+  allocateLike(target, base);
+  KivImage dark(target.size, 1);
+  KivImage light(target.size, 1);
+  dark = luminance(base, target.size) * 2.0F;
   light = dark;
   dark *= -1.0F;
   dark += 1.0F;
-  dark.Threshold_LT(dark, 0.0F);
+  limitBelow(dark, dark, 0.0F);
   light -= 1.0F;
-  light.Threshold_LT(light, 0.0F);
+  limitBelow(light, light, 0.0F);
   KivImage middle;
   middle = dark + light;
   middle -= 1.0F;
@@ -49,17 +51,17 @@ void KivImage::ApplyTonalMask(const KivImage& base, const KivImage& filtered, fl
   light *= highlights;
   weight += light;
   weight += middle;
-  weight.Threshold_I(1.0F);
+  limitToRange(weight, 1.0F);
   KivImage rest;
   rest = weight * -1.0F;
   rest += 1.0F;
 
   // The target is written last, so that it may be an operand.
-  KivImage mixed(size, channels);
+  KivImage mixed(target.size, target.channels);
   copyToEachPlane(mixed, weight);
   mixed *= filtered;
-  KivImage kept(size, channels);
+  KivImage kept(target.size, target.channels);
   copyToEachPlane(kept, rest);
   kept *= base;
-  *this = mixed + kept;
+  target = mixed + kept;
 }

@@ -1,12 +1,13 @@
-// KivImage: the power curve and the logistic curves, one pass per arithmetic step; and the logistic in one pass.
+// The power curve and the logistic curves, one pass per arithmetic step; and the logistic in one pass.
 
 #include "tone/tone_curves.h"
 
 #include <cmath>
 #include <cstddef>
 
-#include "image/kiv_image.h"
+#include "image/allocate_like.h"
 #include "image/parallel.h"
+#include "tone/curves.h"
 #include "tone/tone_kernels.h"
 
 namespace {
@@ -29,74 +30,70 @@ void finishLogistic(KivImage& image) {
 
 }  // namespace
 
-void KivImage::ApplyGammaCurve(const KivImage& src, float gamma) {
+void gammaCurve(KivImage& target, const KivImage& src, float gamma) {
   if (gamma == 1.0F) {
-    Copy(src);
+    target.Copy(src);
     return;
   }
-  Log(src);
-  *this *= gamma;
-  Exp();
+  target.Log(src);
+  target *= gamma;
+  target.Exp();
 }
-void KivImage::ApplyGammaCurve(float gamma) { ApplyGammaCurve(*this, gamma); }
 
-void KivImage::SigmoidalCurve(const KivImage& src, float slope, float midpoint) {
+void sigmoidalCurve(KivImage& target, const KivImage& src, float slope, float midpoint) {
   constexpr float widening = 1e-6F;
-  *this = src - midpoint;
-  *this *= -slope;
-  finishLogistic(*this);
+  target = src - midpoint;
+  target *= -slope;
+  finishLogistic(target);
   const float lo = logistic(-(slope * midpoint)) - widening;
-  *this -= lo;
+  target -= lo;
   const float hi = logistic(slope * (1.0F - midpoint)) + widening;
-  *this /= hi - lo;
+  target /= hi - lo;
 }
-void KivImage::SigmoidalCurve(float slope, float midpoint) { SigmoidalCurve(*this, slope, midpoint); }
 
-void KivImage::SigmoidalCurve2(const KivImage& src, float slope, float low, float high) {
-  *this = src * -slope;
-  finishLogistic(*this);
+void sigmoidalCurveThrough(KivImage& target, const KivImage& src, float slope, float low, float high) {
+  target = src * -slope;
+  finishLogistic(target);
   const float lo = logistic(slope * low);
-  *this -= lo;
+  target -= lo;
   const float hi = logistic(slope * high);
-  *this /= hi - lo;
-  *this *= high - low;
-  *this += low;
+  target /= hi - lo;
+  target *= high - low;
+  target += low;
 }
-void KivImage::SigmoidalCurve2(float slope, float low, float high) { SigmoidalCurve2(*this, slope, low, high); }
 
-void KivImage::Sigmoidal_Contrast(const KivImage& src, float contrast) {
+void sigmoidalContrast(KivImage& target, const KivImage& src, float contrast) {
   const float a = std::abs(contrast);
   if (a <= 0.5F) {
-    Copy(src);
+    target.Copy(src);
     return;
   }
   const float hi = logistic(a * 0.5F);
   const float lo = logistic(-(a * 0.5F));
   if (contrast > 0.0F) {
-    *this = src - 0.5F;
-    *this *= -a;
-    Exp();
-    *this += 1.0F;
+    target = src - 0.5F;
+    target *= -a;
+    target.Exp();
+    target += 1.0F;
     // The reciprocal as exp(-ln(t)).
-    Log();
-    *this *= -1.0F;
-    Exp();
-    *this -= lo;
-    *this /= hi - lo;
+    target.Log();
+    target *= -1.0F;
+    target.Exp();
+    target -= lo;
+    target /= hi - lo;
     return;
   }
-  allocateLike(src);
-  KivImage u(size, channels);
+  allocateLike(target, src);
+  KivImage u(target.size, target.channels);
   u = src * (hi - lo);
   u += lo;
-  *this = u * -1.0F;
-  *this += 1.0F;
-  *this = u / *this;
-  Log();
-  *this *= 1.0F / a;
-  *this += 0.5F;
+  target = u * -1.0F;
+  target += 1.0F;
+  target = u / target;
+  target.Log();
+  target *= 1.0F / a;
+  target += 0.5F;
 }
-void KivImage::Sigmoidal_Contrast(float contrast) { Sigmoidal_Contrast(*this, contrast); }
 
 void ApplySigmoidalCurveKiv(float* dst, float* src, int height, int width, int strideFloats, float slope, float low,
                             float high) {

@@ -1,9 +1,11 @@
-// KivImage: the Gaussians of plane 0 that run in bands.
+// The Gaussians of plane 0 that run in bands.
 
 #include <algorithm>
 #include <functional>
 
 #include "filters/gaussian_bands.h"
+#include "filters/gaussian_blur.h"
+#include "image/allocate_like.h"
 
 namespace {
 
@@ -24,13 +26,13 @@ void blurPlane0(const KivImage& src, KivImage& dst, float sigma, int multiplier)
 
 }  // namespace
 
-void KivImage::GaussBlurFast(const KivImage& src, float sigma, int factor) {
-  allocateLike(src);
-  blurInBands(src, *this, sigma, factor);
+void gaussianBlurFast(KivImage& target, const KivImage& src, float sigma, int kernelMultiplier) {
+  allocateLike(target, src);
+  blurInBands(src, target, sigma, kernelMultiplier);
 }
 
-void KivImage::GaussBlurDecimate(const KivImage& src, float sigma, int kernelMultiplier) {
-  allocateLike(src);
+void gaussianBlurDecimated(KivImage& target, const KivImage& src, float sigma, int kernelMultiplier) {
+  allocateLike(target, src);
   constexpr float smallSigma = 3.0F;
   constexpr int smallSide = 400;
   int decimation = 1;
@@ -38,17 +40,12 @@ void KivImage::GaussBlurDecimate(const KivImage& src, float sigma, int kernelMul
     sigma *= 0.5F;
     decimation *= 2;
   }
-  if (decimation == 1) return blurPlane0(src, *this, sigma, kernelMultiplier);
+  if (decimation == 1) return blurPlane0(src, target, sigma, kernelMultiplier);
 
   KivImage shared = src.ROI(0, 0, src.size.width, src.size.height);  // the planes that the target has too
-  shared.channels = std::min(channels, src.channels);
+  shared.channels = std::min(target.channels, src.channels);
   KivImage reduced;
   reduced.Resize(shared, src.size.width / decimation, src.size.height / decimation);
   blurPlane0(reduced, reduced, sigma, kernelMultiplier);
-  Resize(reduced, src.size);
-}
-
-void KivImage::GaussBlurSSE(const KivImage& src, KivImage& scratch, float, int) {
-  allocateLike(src);
-  scratch.allocateLike(src);
+  target.Resize(reduced, src.size);
 }

@@ -1,6 +1,9 @@
-// KivImage: the separable Gaussian in one piece, on float samples and on integers.
+// The separable Gaussian in one piece, on float samples and on integers.
+
+#include "filters/gaussian_blur.h"
 
 #include "filters/gaussian_bands.h"
+#include "image/allocate_like.h"
 #include "image/scratch.h"
 
 namespace {
@@ -79,21 +82,23 @@ void blurIntegers(const KivImage& src, KivImage& dst, float sigma, int kernelMul
 
 }  // namespace
 
-void KivImage::Gauss_Blur(const KivImage& src, float sigma, int kernelMultiplier, bool borderIsReplicate) {
-  allocateLike(src);
-  const Gaussian gaussian(size, ipp32f, sigma, gaussianReach(sigma, kernelMultiplier), borderIsReplicate);
-  for (int i = 0; i < channels; ++i) {
-    require(ippiFilterGaussianBorder_32f_C1R(src.planes[i], src.stride, planes[i], stride, size, 0.0F, gaussian.spec(),
-                                             gaussian.buffer()));
+void gaussianBlur(KivImage& target, const KivImage& src, float sigma, int kernelMultiplier, bool borderIsReplicate) {
+  allocateLike(target, src);
+  const Gaussian gaussian(target.size, ipp32f, sigma, gaussianReach(sigma, kernelMultiplier), borderIsReplicate);
+  for (int i = 0; i < target.channels; ++i) {
+    require(ippiFilterGaussianBorder_32f_C1R(src.planes[i], src.stride, target.planes[i], target.stride, target.size,
+                                             0.0F, gaussian.spec(), gaussian.buffer()));
   }
 }
 
-void KivImage::GaussBlur16(const KivImage& src, float sigma, int kernelMultiplier, bool borderIsReplicate) {
-  allocateLike(src);
-  blurIntegers<Words>(src, *this, sigma, kernelMultiplier, borderIsReplicate);
+void gaussianBlurOfWords(KivImage& target, const KivImage& src, float sigma, int kernelMultiplier,
+                         bool borderIsReplicate) {
+  allocateLike(target, src);
+  blurIntegers<Words>(src, target, sigma, kernelMultiplier, borderIsReplicate);
 }
 
-void KivImage::GaussBlur8(const KivImage& src, float sigma, int kernelMultiplier, bool borderIsReplicate) {
-  allocateLike(src);
-  blurIntegers<Bytes>(src, *this, sigma, kernelMultiplier, borderIsReplicate);
+void gaussianBlurOfBytes(KivImage& target, const KivImage& src, float sigma, int kernelMultiplier,
+                         bool borderIsReplicate) {
+  allocateLike(target, src);
+  blurIntegers<Bytes>(src, target, sigma, kernelMultiplier, borderIsReplicate);
 }
