@@ -33,7 +33,7 @@ internal = {
     "filters/morphology_kernels.h",
     "filters/recursive_gaussian.h",
     "filters/unsharp_kernels.h",
-    "host/float_environment.h",
+    "image/float_environment.h",
     "image/each_row.h",
     "image/resizer.h",
     "image/row_bands.h",
