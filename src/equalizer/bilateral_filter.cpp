@@ -139,6 +139,15 @@ void bilateralStd(PlaneRows<float> dst, PlaneRows<const float> src, IppiSize siz
             static_cast<unsigned short>(window), sigma, threshold, replicate, progress);
 }
 
+double bilateralStdBytes(IppiSize size, int window, int threads) {
+  const BilateralKernels& kernels = bilateralKernels();
+  const int columns = size.width - size.width % 4;
+  const bool inRows = kernels.stdRowsPays(columns, size.height / threads, window);
+  const double rows = inRows ? static_cast<double>(kernels.stdRowsScratch(columns, window)) : 0.0;
+  const double block = (size.width + 2.0 * window) * (size.height + 2.0 * window);
+  return (block + threads * rows) * static_cast<double>(sizeof(float));
+}
+
 void Bilateral_std(float* dst, float* src, unsigned int height, unsigned int width, unsigned int step,
                    unsigned short window, float sigma, float threshold, unsigned char padding) {
   const std::ptrdiff_t rowStep = step;

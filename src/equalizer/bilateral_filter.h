@@ -37,6 +37,9 @@ struct PlaneRows {
 void bilateralStd(PlaneRows<float> dst, PlaneRows<const float> src, IppiSize size, int window, float sigma,
                   float threshold, Progress* progress);
 
+// The memory that it takes meanwhile.
+double bilateralStdBytes(IppiSize size, int window, int threads);
+
 // Flat in distance, a trapezoid in value: weight = max(0, min(2 threshold - |v - c|, 1.5 threshold)). Rows follow each
 // other without padding, in dst and src. sigma is not used.
 void Bilateral_trp(float* dst, float* src, unsigned int height, unsigned int width, unsigned short window, float sigma,

@@ -19,12 +19,14 @@ LevelLines::Rows LevelLines::rows(int first, int end, float* scratch, int scratc
 const KivImage& LevelLines::whole(KivImage& made) const {
   if (image_ != nullptr) return *image_;
   made.Init(size_, 1);
-  constexpr int bandRows = 16;
-  eachBand(size_.height, bandRows, std::int64_t{source_->scratchRows} * rowBytesFor(size_.width) + 1,
-           [&](int first, int count, void* scratch) {
-             for (int y = first; y < first + count; ++y) {
-               source_->line(y, made.At(0, 0, y), static_cast<float*>(scratch));
-             }
-           });
+  readInto(made);
   return made;
+}
+
+void LevelLines::readInto(KivImage& image) const {
+  constexpr int bandRows = 16;
+  const std::int64_t scratchBytes = std::int64_t{rowsOfLines().inScratch(1)} * rowBytesFor(size_.width) + 1;
+  eachBand(size_.height, bandRows, scratchBytes, [&](int first, int count, void* scratch) {
+    for (int y = first; y < first + count; ++y) source_->line(y, image.At(0, 0, y), static_cast<float*>(scratch));
+  });
 }

@@ -13,6 +13,14 @@ struct LineSource {
   int scratchRows = 0;
 };
 
+// The rows of scratch that it takes to have so many lines at once.
+struct RowsOfLines {
+  bool areMade;
+  int more;
+
+  int inScratch(int lines) const { return areMade ? lines + more : 0; }
+};
+
 class LevelLines {
  public:
   // Both outlive the lines.
@@ -21,8 +29,7 @@ class LevelLines {
 
   IppiSize size() const { return size_; }
 
-  // How many rows of scratch it takes to have so many rows at once.
-  int rowsInScratch(int rows) const { return image_ != nullptr ? 0 : rows + source_->scratchRows; }
+  RowsOfLines rowsOfLines() const { return {image_ == nullptr, image_ == nullptr ? source_->scratchRows : 0}; }
 
   // Rows first to end - 1, where they lie or in scratch, whose rows are scratchBytes apart.
   struct Rows {
@@ -30,6 +37,9 @@ class LevelLines {
     int stride;  // bytes
   };
   Rows rows(int first, int end, float* scratch, int scratchBytes) const;
+
+  // Puts lines that are made into an image of their size. Throws NO_MEMORY_ERROR.
+  void readInto(KivImage& image) const;
 
   // The plane as a whole: image, where the lines are those of one, else made, which gets the lines. Throws
   // NO_MEMORY_ERROR.

@@ -2,6 +2,7 @@
 
 #include "equalizer/bilateral_filter.h"
 #include "equalizer/progress.h"
+#include "filters/gaussian_bands.h"
 
 void applyLowPass(KivImage& to, const KivImage& from, const Level& level, Progress* progress) {
   switch (level.lowPass) {
@@ -18,4 +19,16 @@ void applyLowPass(KivImage& to, const KivImage& from, const Level& level, Progre
       break;
   }
   if (progress != nullptr) progress->check();
+}
+
+double lowPassBytes(const Level& level, int threads) {
+  switch (level.lowPass) {
+    case LowPass::none:
+      return 0;
+    case LowPass::gaussian:
+      return blurInBandsBytes(level.size, level.radius, lowPassReach);
+    case LowPass::bilateral:
+      return bilateralStdBytes(level.size, level.window(), threads);
+  }
+  return 0;
 }

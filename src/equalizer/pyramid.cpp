@@ -19,44 +19,71 @@ constexpr int reducedBandRows = 128;
 constexpr int farthestReach = reducedBandRows / 4;
 
 // reduced = lines, under the level's Gaussian if it has one, at half size, without ever having the whole of the blurred
-// level. False, and nothing done, where that isn't possible or doesn't pay.
-bool reduceByBands(const LevelLines& lines, const Level& level, KivImage& reduced, Progress* progress) {
-  if (level.lowPass == LowPass::bilateral) return false;
-  const IppiSize size = level.size;
-  const bool blurs = level.lowPass == LowPass::gaussian;
-  const int reach = blurs ? gaussianReach(level.radius, lowPassReach) : 0;
-  if (reach > farthestReach) return false;
-  const int mostBlurred = std::min(2 * reducedBandRows + 1 + reach, size.height);
-  const int mostRows = lines.rowsInScratch(std::min(mostBlurred + 2 * reach, size.height));
-  const GaussianBands gaussian(size, blurs ? level.radius : 0.0F, lowPassReach, mostBlurred);
-  const Resizer halving(size, reduced.size);
-  if (gaussian.isServed() != blurs || !halving.isServed()) return false;
+// level.
+class ReductionByBands {
+ public:
+  // Throws NO_MEMORY_ERROR.
+  ReductionByBands(const Level& level, RowsOfLines rowsOfLines)
+      : level_(level),
+        blurs_(level.lowPass == LowPass::gaussian),
+        reach_(blurs_ ? gaussianReach(level.radius, lowPassReach) : 0),
+        canPay_(level.lowPass != LowPass::bilateral && reach_ <= farthestReach),
+        mostBlurred_(canPay_ ? std::min(2 * reducedBandRows + 1 + reach_, level.size.height) : 0),
+        mostRows_(rowsOfLines.inScratch(std::min(mostBlurred_ + 2 * reach_, level.size.height))),
+        rowBytes_(rowBytesFor(level.size.width)),
+        gaussian_(level.size, blurs_ && canPay_ ? level.radius : 0.0F, lowPassReach, mostBlurred_),
+        halving_(level.size, halved(level.size)) {}
 
-  const int rowBytes = rowBytesFor(size.width);
-  const std::ptrdiff_t rowFloats = rowBytes / static_cast<int>(sizeof(float));
-  const std::int64_t scratchBytes = std::int64_t{mostRows + (blurs ? mostBlurred : 0)} * rowBytes +
-                                    std::max(gaussian.scratchBytes(), halving.scratchBytes());
-  if (scratchBytes > INT32_MAX) return false;
-  eachBand(reduced.size.height, reducedBandRows, scratchBytes, [&](int first, int count, void* scratch) {
-    if (progress != nullptr && progress->isCancelled()) return;
-    float* const forLines = static_cast<float*>(scratch);
-    float* const blurred = forLines + mostRows * rowFloats;
-    float* const rest = blurred + (blurs ? mostBlurred : 0) * rowFloats;
-    Resizer::Rows rows = halving.sourceRows(first, count);
-    // Down to the edge where the kernel would reach beyond it; at the top the second band begins far behind its reach.
-    if (size.height - rows.end < reach) rows.end = size.height;
-    const int top = std::max(rows.first - reach, 0);
-    LevelLines::Rows source = lines.rows(top, std::min(rows.end + reach, size.height), forLines, rowBytes);
-    if (blurs) {
-      const float* const from = source.first + (rows.first - top) * (source.stride / static_cast<int>(sizeof(float)));
-      gaussian.rows(from, source.stride, rows.first, rows.end - rows.first, blurred, rowBytes, rest);
-      source = {blurred, rowBytes};
-    }
-    halving.rows(source.first, source.stride, rows.first, first, count, reduced.At(0, 0, first), reduced.stride, rest);
-    if (progress != nullptr) progress->add(level.taps() * count / reduced.size.height);
-  });
-  return true;
-}
+  // Where it is possible, and less work than by whole planes.
+  bool pays() const {
+    return canPay_ && gaussian_.isServed() == blurs_ && halving_.isServed() && scratchBytes() <= INT32_MAX;
+  }
+
+  // Of each thread.
+  std::int64_t scratchBytes() const {
+    return std::int64_t{mostRows_ + (blurs_ ? mostBlurred_ : 0)} * rowBytes_ +
+           std::max(gaussian_.scratchBytes(), halving_.scratchBytes());
+  }
+
+  void run(const LevelLines& lines, KivImage& reduced, Progress* progress) const {
+    const IppiSize size = level_.size;
+    const std::ptrdiff_t rowFloats = rowBytes_ / static_cast<int>(sizeof(float));
+    eachBand(reduced.size.height, reducedBandRows, scratchBytes(), [&](int first, int count, void* scratch) {
+      if (progress != nullptr && progress->isCancelled()) return;
+      float* const forLines = static_cast<float*>(scratch);
+      float* const blurred = forLines + mostRows_ * rowFloats;
+      float* const rest = blurred + (blurs_ ? mostBlurred_ : 0) * rowFloats;
+      Resizer::Rows rows = halving_.sourceRows(first, count);
+      // Down to the edge where the kernel would reach beyond it; at the top the second band begins far behind its
+      // reach.
+      if (size.height - rows.end < reach_) rows.end = size.height;
+      const int top = std::max(rows.first - reach_, 0);
+      LevelLines::Rows source = lines.rows(top, std::min(rows.end + reach_, size.height), forLines, rowBytes_);
+      if (blurs_) {
+        const float* const from = source.first + (rows.first - top) * (source.stride / static_cast<int>(sizeof(float)));
+        gaussian_.rows(from, source.stride, rows.first, rows.end - rows.first, blurred, rowBytes_, rest);
+        source = {blurred, rowBytes_};
+      }
+      halving_.rows(source.first, source.stride, rows.first, first, count, reduced.At(0, 0, first), reduced.stride,
+                    rest);
+      if (progress != nullptr) progress->add(level_.taps() * count / reduced.size.height);
+    });
+    if (progress != nullptr) progress->check();
+  }
+
+ private:
+  Level level_;
+  bool blurs_;
+  int reach_;
+  bool canPay_;
+  int mostBlurred_;  // rows of a band's blurred level
+  int mostRows_;     // rows of scratch for lines that are made
+  int rowBytes_;
+  GaussianBands gaussian_;
+  Resizer halving_;
+};
+
+double planeBytes(IppiSize size) { return static_cast<double>(rowBytesFor(size.width)) * size.height; }
 
 // R(1).
 std::unique_ptr<KivImage> putTogether(const Pyramid& pyramid, const float* gains, float baseGain) {
@@ -81,13 +108,13 @@ std::unique_ptr<KivImage> putTogether(const Pyramid& pyramid, const float* gains
 }  // namespace
 
 Pyramid::Pyramid(const LevelLines& finest, const Levels& levels, Progress* progress) : levels_(levels) {
-  KivImage made;     // the finest level, where a low-pass needs the whole of it
   KivImage lowpass;  // one block for all levels, each in its corner: new memory is dearer than the room
   for (std::size_t i = 0; i < levels.size(); ++i) {
+    KivImage made;
     reduced_[i].Init(halved(levels[i].size), 1);
     const LevelLines lines = i == 0 ? finest : LevelLines(reduced_[i - 1]);
-    if (reduceByBands(lines, levels[i], reduced_[i], progress)) {
-      if (progress != nullptr) progress->check();
+    if (const ReductionByBands bands(levels[i], lines.rowsOfLines()); bands.pays()) {
+      bands.run(lines, reduced_[i], progress);
       continue;
     }
     const KivImage& level = lines.whole(made);
@@ -102,6 +129,29 @@ Pyramid::Pyramid(const LevelLines& finest, const Levels& levels, Progress* progr
   }
 }
 
+Pyramid::Bytes Pyramid::bytesOf(const Levels& levels, int scratchRows, int threads) {
+  Bytes bytes{};
+  double lowpass = 0;
+  for (std::size_t i = 0; i < levels.size(); ++i) {
+    const Level& level = levels[i];
+    const ReductionByBands bands(level, i == 0 ? RowsOfLines{true, scratchRows} : RowsOfLines{false, 0});
+    bytes.kept += planeBytes(halved(level.size));
+    double making = bytes.kept;
+    if (bands.pays()) {
+      making += static_cast<double>(threads) * static_cast<double>(bands.scratchBytes());
+    } else {
+      if (lowpass == 0 && level.lowPass != LowPass::none) lowpass = planeBytes(level.size);
+      making += (i == 0 ? planeBytes(level.size) : 0) + lowPassBytes(level, threads);
+    }
+    bytes.making = std::max(bytes.making, making + lowpass);
+  }
+  // R(1) and what it is made of.
+  bytes.weighing = planeBytes(levels[1].size) + planeBytes(levels[2].size);
+  bytes.scratch =
+      static_cast<double>(LevelRebuild::scratchBytesFor(Resizer(levels[1].size, levels[0].size), levels[0].size.width));
+  return bytes;
+}
+
 LevelRebuild::LevelRebuild(IppiSize size, const KivImage& reduced, const KivImage& rebuilt, float gain)
     : width_(size.width),
       reduced_(reduced),
@@ -110,8 +160,8 @@ LevelRebuild::LevelRebuild(IppiSize size, const KivImage& reduced, const KivImag
       expansion_(reduced.size, size),
       rowBytes_(rowBytesFor(size.width)) {}
 
-std::int64_t LevelRebuild::scratchBytes() const {
-  return std::int64_t{2 * bandRows} * rowBytes_ + (expansion_.scratchBytes() + 63) / 64 * 64;
+std::int64_t LevelRebuild::scratchBytesFor(const Resizer& expansion, int width) {
+  return std::int64_t{2 * bandRows} * rowBytesFor(width) + (expansion.scratchBytes() + 63) / 64 * 64;
 }
 
 void LevelRebuild::prepare(int first, int count, void* scratch) const {

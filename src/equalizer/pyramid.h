@@ -31,6 +31,15 @@ class Pyramid {
   IppiSize size() const { return levels_[0].size; }
   IppiSize size(std::size_t level) const { return levels_[level].size; }
 
+  // What it takes at most, where the finest level is made line by line with so many rows of scratch.
+  struct Bytes {
+    double making;    // while a plane is taken apart, with what is kept
+    double kept;      // afterwards
+    double weighing;  // beside that, while a plane is weighed
+    double scratch;   // of each thread, while its finest level is made
+  };
+  static Bytes bytesOf(const Levels& levels, int scratchRows, int threads);
+
  private:
   Levels levels_;
   std::array<KivImage, levelCount> reduced_;
@@ -45,7 +54,8 @@ class LevelRebuild {
   LevelRebuild(IppiSize size, const KivImage& reduced, const KivImage& rebuilt, float gain);
 
   // Of scratch for one band; a multiple of 64.
-  std::int64_t scratchBytes() const;
+  std::int64_t scratchBytes() const { return scratchBytesFor(expansion_, width_); }
+  static std::int64_t scratchBytesFor(const Resizer& expansion, int width);
 
   // Makes scratch ready for rows first to first + count - 1, count being at most bandRows.
   void prepare(int first, int count, void* scratch) const;
