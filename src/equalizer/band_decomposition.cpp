@@ -7,10 +7,12 @@
 void EqualizeIT(KivImage&, KivImage& image, float* gains, float* radii, float* thresholds, bool* edges, int,
                 float baseGain) {
   const Team team;
-  const Levels levels = planLevels(image.size, radii, thresholds, edges);
+  const Plan plan = planRun(image.size, radii, thresholds, edges);
+  if (!plan.isAdmitted()) throw NO_MEMORY_ERROR();
   if (Pyramid::serves(image.size)) {
-    Pyramid(LevelLines(image), levels, gains, baseGain).rebuildInto(image);
+    const Pyramid pyramid(LevelLines(image), plan.levels, nullptr);
+    WeighedPyramid(pyramid, gains, baseGain).rebuildInto(image);
   } else {
-    equalizeStepwise(image, levels, gains, baseGain);
+    equalizeStepwise(image, plan.levels, gains, baseGain);
   }
 }

@@ -6,58 +6,56 @@
 #include "equalizer/equalizer_kernels.h"
 #include "equalizer/luminance.h"
 #include "equalizer/pyramid.h"
-#include "image/parallel.h"
+#include "image/row_bands.h"
 #include "tone/colour_kernels.h"
 
 namespace {
 
 constexpr int rec601 = 2;  // selector of the luminance weights
 
-// The arguments of EqualizeIT.
-struct Scaled {
-  float gains[levelCount];
-  float radii[levelCount];
-  float thresholds[levelCount];
-  bool edges[levelCount];
-  float baseGain;
+void equalize(KivImage& plane, ScaledParameters& p) {
+  EqualizeIT(plane, plane, p.gains, p.radii, p.thresholds, p.edges, levelCount, p.baseGain);
+}
 
-  explicit Scaled(const OrbelBandEqualizerGuiParams& gui) : baseGain(gui.factor * 0.01F) {
-    for (int i = 0; i < levelCount; ++i) {
-      gains[i] = gui.contrast[i] * 0.01F;
-      radii[i] = gui.radius[i];
-      thresholds[i] = gui.threshold[i] * (1.0F / 255.0F);
-      edges[i] = gui.edge[i] == 1;
-    }
-  }
-
-  void equalize(KivImage& plane) { EqualizeIT(plane, plane, gains, radii, thresholds, edges, levelCount, baseGain); }
-};
-
-void equalizePlanes(KivImage& image, Scaled& scaled) {
+void equalizePlanes(KivImage& image, ScaledParameters& scaled) {
   for (int i = 0; i < 3; ++i) {
     KivImage plane = image.Plane(i);
-    scaled.equalize(plane);
+    equalize(plane, scaled);
   }
 }
 
 // Luminance is worked out where it is needed, and again where it is needed again: three lines are read sooner than a
 // plane of new memory is written and read.
-void equalizeLuminanceByLines(KivImage& image, const Scaled& scaled) {
+void equalizeLuminanceByLines(KivImage& image, const ScaledParameters& scaled) {
   const int width = image.size.width;
   const auto weightedSumLine = colourKernels().weightedSumLine;
   const auto addChangeLine = equalizerKernels().addChangeLine;
   const LuminanceWeights weights = luminanceWeights(rec601);
-  const LineSource luminance = [&](int y, float* to) {
+  const auto luminanceOf = [&](int y, float* to) {
     weightedSumLine(to, image.At(0, 0, y), image.At(1, 0, y), image.At(2, 0, y), width, weights.values);
   };
-  const Levels levels = planLevels(image.size, scaled.radii, scaled.thresholds, scaled.edges);
-  const Pyramid pyramid(LevelLines(image.size, luminance), levels, scaled.gains, scaled.baseGain);
-  pyramid.rebuild([&](int y, const float* before, const float* after) {
-    addChangeLine(image.At(0, 0, y), image.At(1, 0, y), image.At(2, 0, y), before, after, 1.0F, width);
-  });
+  const LineSource luminance{[&](int y, float* to, float*) { luminanceOf(y, to); }};
+  const Plan plan = scaled.planFor(image.size);
+  if (!plan.isAdmitted()) throw NO_MEMORY_ERROR();
+  const Pyramid pyramid(LevelLines(image.size, luminance), plan.levels, nullptr);
+  const WeighedPyramid weighed(pyramid, scaled.gains, scaled.baseGain);
+  const LevelRebuild& finest = weighed.finest();
+  const int rowBytes = rowBytesFor(width);
+  eachBand(image.size.height, LevelRebuild::bandRows, finest.scratchBytes() + std::int64_t{2} * rowBytes,
+           [&](int first, int count, void* scratch) {
+             float* const before = floatsAt(scratch, finest.scratchBytes());
+             float* const after = floatsAt(before, rowBytes);
+             finest.prepare(first, count, scratch);
+             for (int i = 0; i < count; ++i) {
+               const int y = first + i;
+               luminanceOf(y, before);
+               finest.line(i, before, after, scratch);
+               addChangeLine(image.At(0, 0, y), image.At(1, 0, y), image.At(2, 0, y), before, after, 1.0F, width);
+             }
+           });
 }
 
-void equalizeLuminance(KivImage& image, Scaled& scaled) {
+void equalizeLuminance(KivImage& image, ScaledParameters& scaled) {
   if (Pyramid::serves(image.size)) return equalizeLuminanceByLines(image, scaled);
   KivImage lumaBefore(image.size, 1);
   if (image.stride != lumaBefore.stride) {
@@ -75,7 +73,7 @@ void equalizeLuminance(KivImage& image, Scaled& scaled) {
   ExtractYChannelKiv(lumaBefore.planes[0], planes[0], planes[1], planes[2], height, width, step, rec601);
   KivImage lumaAfter;
   lumaAfter = lumaBefore;
-  scaled.equalize(lumaAfter);
+  equalize(lumaAfter, scaled);
   SetYChannelOutputKiv(planes[0], planes[1], planes[2], lumaBefore.planes[0], lumaAfter.planes[0], height, width, step,
                        1.0F);
 }
@@ -93,7 +91,7 @@ void OrbelBandEqualizerWrapper(OrbelBandEqualizerWrapperParams& params) {
   ippInit();
   const Team team;
   KivImage& image = *params.image;
-  Scaled scaled(params.gui);
+  ScaledParameters scaled(params.gui);
   if (params.gui.lumi == 1) {
     equalizeLuminance(image, scaled);
   } else {

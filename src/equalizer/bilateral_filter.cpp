@@ -11,6 +11,7 @@
 #include <new>
 
 #include "equalizer/bilateral_kernels.h"
+#include "equalizer/progress.h"
 #include "image/kiv_image.h"
 #include "image/parallel.h"
 #include "image/scratch.h"
@@ -79,23 +80,38 @@ struct PaddedBlock {
   }
 };
 
+// A run of rows filters its first and last window again with its neighbours' help: so many that it doesn't matter.
+int rowsBetweenTellings(int window) { return std::max(64, 16 * window); }
+
+double tapsOfRow(const PaddedBlock& block) {
+  const double side = 2.0 * block.window + 1.0;
+  return side * side * block.width;
+}
+
 // Fills a block and hands each thread one run of its rows: filterRun(block, first row, number of rows).
 template <typename FilterRun>
 void filter(const float* src, std::ptrdiff_t step, unsigned int height, unsigned int width, unsigned short window,
-            unsigned char padding, FilterRun filterRun) {
+            unsigned char padding, Progress* progress, FilterRun filterRun) {
   if (padding != replicate && padding != mirror) std::abort();
   if (height == 0 || width == 0) return;
   const PaddedBlock block(height, width, window);
   block.fill(src, step, static_cast<Padding>(padding));
-  eachShare(std::min(threadsHere(), block.height), block.height,
-            [&](int, int first, int end) { filterRun(block, first, end - first); });
+  const int mostRows = progress == nullptr ? block.height : rowsBetweenTellings(window);
+  eachShare(std::min(threadsHere(), block.height), block.height, [&](int, int first, int end) {
+    for (int y = first; y < end; y += mostRows) {
+      const int rows = std::min(mostRows, end - y);
+      if (progress != nullptr && progress->isCancelled()) return;
+      filterRun(block, y, rows);
+      if (progress != nullptr) progress->add(rows * tapsOfRow(block));
+    }
+  });
 }
 
 void filterStd(PlaneRows<float> dst, PlaneRows<const float> src, unsigned int height, unsigned int width,
-               unsigned short window, float sigma, float threshold, unsigned char padding) {
+               unsigned short window, float sigma, float threshold, unsigned char padding, Progress* progress) {
   const BilateralKernels& kernels = bilateralKernels();
   const GaussianFactors factors = {bilateralCoefficient(sigma), bilateralCoefficient(threshold)};
-  filter(src.first, src.step, height, width, window, padding, [&](const PaddedBlock& block, int first, int rows) {
+  const auto filterRows = [&](const PaddedBlock& block, int first, int rows) {
     // The last columns, which don't go by fours, have a weight that isn't the same from both ends.
     const int columns = block.width - block.width % 4;
     Scratch scratch;
@@ -111,21 +127,31 @@ void filterStd(PlaneRows<float> dst, PlaneRows<const float> src, unsigned int he
     for (int y = first; y < first + rows; ++y) {
       kernels.stdLine(block.row(y) + done, block.step(), window, factors, dst.row(y) + done, block.width - done);
     }
-  });
+  };
+  filter(src.first, src.step, height, width, window, padding, progress, filterRows);
 }
 
 }  // namespace
 
 void bilateralStd(PlaneRows<float> dst, PlaneRows<const float> src, IppiSize size, int window, float sigma,
-                  float threshold) {
+                  float threshold, Progress* progress) {
   filterStd(dst, src, static_cast<unsigned int>(size.height), static_cast<unsigned int>(size.width),
-            static_cast<unsigned short>(window), sigma, threshold, replicate);
+            static_cast<unsigned short>(window), sigma, threshold, replicate, progress);
+}
+
+double bilateralStdBytes(IppiSize size, int window, int threads) {
+  const BilateralKernels& kernels = bilateralKernels();
+  const int columns = size.width - size.width % 4;
+  const bool inRows = kernels.stdRowsPays(columns, size.height / threads, window);
+  const double rows = inRows ? static_cast<double>(kernels.stdRowsScratch(columns, window)) : 0.0;
+  const double block = (size.width + 2.0 * window) * (size.height + 2.0 * window);
+  return (block + threads * rows) * static_cast<double>(sizeof(float));
 }
 
 void Bilateral_std(float* dst, float* src, unsigned int height, unsigned int width, unsigned int step,
                    unsigned short window, float sigma, float threshold, unsigned char padding) {
   const std::ptrdiff_t rowStep = step;
-  filterStd({dst, rowStep}, {src, rowStep}, height, width, window, sigma, threshold, padding);
+  filterStd({dst, rowStep}, {src, rowStep}, height, width, window, sigma, threshold, padding, nullptr);
 }
 
 void Bilateral_trp(float* dst, float* src, unsigned int height, unsigned int width, unsigned short window, float,
@@ -133,7 +159,7 @@ void Bilateral_trp(float* dst, float* src, unsigned int height, unsigned int wid
   const BilateralKernels& kernels = bilateralKernels();
   const float reach = threshold + threshold;
   const float flat = reach - 0.5F * threshold;
-  filter(src, width, height, width, window, padding, [&](const PaddedBlock& block, int first, int rows) {
+  filter(src, width, height, width, window, padding, nullptr, [&](const PaddedBlock& block, int first, int rows) {
     for (int y = first; y < first + rows; ++y) {
       float* const line = dst + y * static_cast<std::ptrdiff_t>(width);
       kernels.trpLine(block.row(y), block.step(), window, reach, flat, line, block.width);

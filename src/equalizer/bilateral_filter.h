@@ -15,6 +15,8 @@
 
 #include "primitives/primitives.h"
 
+class Progress;
+
 // Gaussian in distance by Gaussian in value: weight = exp(-(dx^2 + dy^2) / (2 sigma^2) - (v - c)^2 / (2 threshold^2)),
 // with a fast exponential that is linear between powers of two; below exp(-87) a weight is 0. sigma is in samples,
 // threshold in units of the sample values; neither may be 0.
@@ -31,8 +33,12 @@ struct PlaneRows {
 };
 
 // Bilateral_std with edge samples repeated, for planes that have steps of their own.
+// progress, which may be null, gets a tap for each sample of a square; a run that is called off leaves dst undefined.
 void bilateralStd(PlaneRows<float> dst, PlaneRows<const float> src, IppiSize size, int window, float sigma,
-                  float threshold);
+                  float threshold, Progress* progress);
+
+// The memory that it takes meanwhile.
+double bilateralStdBytes(IppiSize size, int window, int threads);
 
 // Flat in distance, a trapezoid in value: weight = max(0, min(2 threshold - |v - c|, 1.5 threshold)). Rows follow each
 // other without padding, in dst and src. sigma is not used.

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "image/parallel.h"
+#include "image/row_bands.h"
 
 LevelLines::LevelLines(const KivImage& image) : size_(image.size), image_(&image) {}
 
@@ -11,15 +11,22 @@ LevelLines::LevelLines(IppiSize size, const LineSource& source) : size_(size), s
 LevelLines::Rows LevelLines::rows(int first, int end, float* scratch, int scratchBytes) const {
   if (image_ != nullptr) return {image_->At(0, 0, first), image_->stride};
   const std::ptrdiff_t step = scratchBytes / static_cast<int>(sizeof(float));
-  for (int y = first; y < end; ++y) (*source_)(y, scratch + (y - first) * step);
+  float* const own = scratch + (end - first) * step;
+  for (int y = first; y < end; ++y) source_->line(y, scratch + (y - first) * step, own);
   return {scratch, scratchBytes};
 }
 
-const KivImage& LevelLines::whole() {
-  if (image_ == nullptr) {
-    made_ = std::make_shared<KivImage>(size_, 1);
-    eachIndex(size_.height, [&](int y) { (*source_)(y, made_->At(0, 0, y)); });
-    image_ = made_.get();
-  }
-  return *image_;
+const KivImage& LevelLines::whole(KivImage& made) const {
+  if (image_ != nullptr) return *image_;
+  made.Init(size_, 1);
+  readInto(made);
+  return made;
+}
+
+void LevelLines::readInto(KivImage& image) const {
+  constexpr int bandRows = 16;
+  const std::int64_t scratchBytes = std::int64_t{rowsOfLines().inScratch(1)} * rowBytesFor(size_.width) + 1;
+  eachBand(size_.height, bandRows, scratchBytes, [&](int first, int count, void* scratch) {
+    for (int y = first; y < first + count; ++y) source_->line(y, image.At(0, 0, y), static_cast<float*>(scratch));
+  });
 }

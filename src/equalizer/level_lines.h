@@ -2,12 +2,24 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 
 #include "image/kiv_image.h"
 
-// Writes line y of a plane, as wide as the plane. Called on several threads at once; doesn't throw.
-using LineSource = std::function<void(int y, float* to)>;
+// Makes lines of a plane that isn't kept. Called on several threads at once; doesn't throw.
+struct LineSource {
+  // Writes line y, as wide as the plane. scratch has scratchRows rows, each with room for a line and on a 64-byte
+  // boundary.
+  std::function<void(int y, float* to, float* scratch)> line;
+  int scratchRows = 0;
+};
+
+// The rows of scratch that it takes to have so many lines at once.
+struct RowsOfLines {
+  bool areMade;
+  int more;
+
+  int inScratch(int lines) const { return areMade ? lines + more : 0; }
+};
 
 class LevelLines {
  public:
@@ -17,8 +29,7 @@ class LevelLines {
 
   IppiSize size() const { return size_; }
 
-  // How many of so many rows go to scratch.
-  int rowsInScratch(int rows) const { return image_ != nullptr ? 0 : rows; }
+  RowsOfLines rowsOfLines() const { return {image_ == nullptr, image_ == nullptr ? source_->scratchRows : 0}; }
 
   // Rows first to end - 1, where they lie or in scratch, whose rows are scratchBytes apart.
   struct Rows {
@@ -27,12 +38,15 @@ class LevelLines {
   };
   Rows rows(int first, int end, float* scratch, int scratchBytes) const;
 
-  // The plane as a whole, which from now on lies in memory. Throws NO_MEMORY_ERROR.
-  const KivImage& whole();
+  // Puts lines that are made into an image of their size. Throws NO_MEMORY_ERROR.
+  void readInto(KivImage& image) const;
+
+  // The plane as a whole: image, where the lines are those of one, else made, which gets the lines. Throws
+  // NO_MEMORY_ERROR.
+  const KivImage& whole(KivImage& made) const;
 
  private:
   IppiSize size_;
   const KivImage* image_ = nullptr;
   const LineSource* source_ = nullptr;
-  std::shared_ptr<KivImage> made_;
 };

@@ -6,33 +6,86 @@
 #pragma once
 
 #include <array>
-#include <functional>
+#include <cstdint>
+#include <memory>
 
 #include "equalizer/level_lines.h"
-#include "equalizer/levels.h"
+#include "equalizer/plan.h"
+#include "image/resizer.h"
 
+class Progress;
+
+// A plane taken apart.
 class Pyramid {
  public:
   // Above 32 samples each way the last of six sizes still has two.
   static bool serves(IppiSize size) { return size.width > 32 && size.height > 32; }
 
-  // Takes apart a plane that serves, and puts all but its finest level together again. The plane is read only, now and
-  // later; made line by line, it is never had as a whole unless its low-pass needs it so. Throws NO_MEMORY_ERROR.
-  Pyramid(LevelLines finest, const Levels& levels, const float* gains, float baseGain);
+  // Takes apart a plane that serves, which isn't needed any more afterwards. Made line by line, it is never had as a
+  // whole unless its low-pass needs it so. progress may be null; gets the levels' taps. Throws NO_MEMORY_ERROR, and
+  // Cancelled.
+  Pyramid(const LevelLines& finest, const Levels& levels, Progress* progress);
 
-  // R(0). target has plane's size and may be plane itself.
-  void rebuildInto(KivImage& target) const;
+  // C(i + 1).
+  const KivImage& reduced(std::size_t i) const { return reduced_[i]; }
+  IppiSize size() const { return levels_[0].size; }
+  IppiSize size(std::size_t level) const { return levels_[level].size; }
 
-  // C(0) and R(0) line by line, in no order and on several threads at once; sink doesn't throw.
-  using LineSink = std::function<void(int y, const float* before, const float* after)>;
-  void rebuild(const LineSink& sink) const;
+  // What it takes at most, where the finest level is made line by line with so many rows of scratch.
+  struct Bytes {
+    double making;    // while a plane is taken apart, with what is kept
+    double kept;      // afterwards
+    double weighing;  // beside that, while a plane is weighed
+    double scratch;   // of each thread, while its finest level is made
+  };
+  static Bytes bytesOf(const Levels& levels, int scratchRows, int threads);
 
  private:
-  void takeApart(const Levels& levels);
-
-  LevelLines finest_;
-  float gain_;  // of the finest level
-  // Entry i holds C(i + 1) and R(i + 1).
+  Levels levels_;
   std::array<KivImage, levelCount> reduced_;
-  std::array<KivImage, levelCount> rebuilt_;
+};
+
+// The lines of R(i) for a band of rows at a time, from those of C(i).
+class LevelRebuild {
+ public:
+  static constexpr int bandRows = 8;
+
+  // reduced is C(i + 1), rebuilt R(i + 1); both outlive the object.
+  LevelRebuild(IppiSize size, const KivImage& reduced, const KivImage& rebuilt, float gain);
+
+  // Of scratch for one band; a multiple of 64.
+  std::int64_t scratchBytes() const { return scratchBytesFor(expansion_, width_); }
+  static std::int64_t scratchBytesFor(const Resizer& expansion, int width);
+
+  // Makes scratch ready for rows first to first + count - 1, count being at most bandRows.
+  void prepare(int first, int count, void* scratch) const;
+
+  // Row first + i of R(i) from that of C(i); to may be level.
+  void line(int i, const float* level, float* to, const void* scratch) const;
+
+ private:
+  std::ptrdiff_t rowFloats() const { return rowBytes_ / static_cast<int>(sizeof(float)); }
+
+  int width_;
+  const KivImage& reduced_;
+  const KivImage& rebuilt_;
+  float gain_;
+  Resizer expansion_;
+  int rowBytes_;
+};
+
+// A plane weighed, down to its finest level, which is made line by line.
+class WeighedPyramid {
+ public:
+  // Puts all but the finest level together. The pyramid outlives the object. Throws NO_MEMORY_ERROR.
+  WeighedPyramid(const Pyramid& pyramid, const float* gains, float baseGain);
+
+  const LevelRebuild& finest() const { return finest_; }
+
+  // R(0) in the place of C(0): target is the plane that was taken apart.
+  void rebuildInto(KivImage& target) const;
+
+ private:
+  std::unique_ptr<KivImage> rebuilt_;  // R(1)
+  LevelRebuild finest_;
 };

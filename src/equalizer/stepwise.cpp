@@ -3,6 +3,8 @@
 
 #include "equalizer/stepwise.h"
 
+#include "equalizer/low_pass.h"
+
 namespace {
 
 // The view of an image's top-left corner that a level works in.
@@ -29,7 +31,7 @@ void equalizeStepwise(KivImage& image, const Levels& levels, const float* gains,
     const IppiSize half = halved(size);
     bands[i].Init(size, 1);
     KivImage filtered = corner(lowpass, size);
-    applyLowPass(filtered, corner(current, size), levels[i]);
+    applyLowPass(filtered, corner(current, size), levels[i], nullptr);
     resizeCorner(image, half, lowpass, size);
     copyCorner(lowpass, image, half);
     resizeCorner(image, size, lowpass, half);

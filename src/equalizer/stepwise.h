@@ -3,7 +3,7 @@
 // held goes into the result.
 #pragma once
 
-#include "equalizer/levels.h"
+#include "equalizer/plan.h"
 
 // As EqualizeIT, for a plane of any size.
 void equalizeStepwise(KivImage& image, const Levels& levels, const float* gains, float baseGain);

@@ -90,3 +90,9 @@ void blurInBands(const KivImage& src, KivImage& dst, float sigma, int multiplier
     }
   });
 }
+
+double blurInBandsBytes(IppiSize size, float sigma, int multiplier) {
+  const BandCut cut{size.height, gaussianReach(sigma, multiplier)};
+  if (cut.reach < 1) return 0;
+  return threadCount * static_cast<double>(GaussianBands(size, sigma, multiplier, cut.bandHeight()).scratchBytes());
+}

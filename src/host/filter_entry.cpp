@@ -2,7 +2,7 @@
 #include "host/filter_entry.h"
 
 #include "host/filter_run.h"
-#include "host/float_environment.h"
+#include "image/float_environment.h"
 #include "host/globals.h"
 #include "host/host_services.h"
 #include "host/parameter_record.h"

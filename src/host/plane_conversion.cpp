@@ -1,75 +1,68 @@
 // Samples between the host's types and floats.
 #include <cstddef>
-#include <cstring>
 
 #include "host/filter_run.h"
 #include "image/kiv_image.h"
 #include "image/parallel.h"
+#include "image/sample_kernels.h"
 
 namespace {
 
 constexpr float scaleFrom8 = 1.0F / 255.0F;  // applied as a multiplication
 constexpr float scaleFrom16 = 1.0F / static_cast<float>(white16);
 
-template <typename Sample>
-Sample saturate(float value) {
-  constexpr float most = sizeof(Sample) == 1 ? 255.0F : 65535.0F;
-  // Beyond 32 bits and NaN, conversion gives the most negative integer, and so 0; written out, since C++ leaves it
-  // open.
-  value = value < 2147483648.0F ? value : 0.0F;
-  value = value > most ? most : value;
-  value = value > 0.0F ? value : 0.0F;
-  // From 2^23 on floats are whole numbers: the sum is rounded to nearest, ties to even. Unlike rint this becomes vector
-  // code on every processor.
-  const float rounded = (value + 8388608.0F) - 8388608.0F;
-  return static_cast<Sample>(static_cast<std::int32_t>(rounded));
+// line(first byte of the source's row y, of the target's) for each row. Steps are in bytes.
+template <typename Source, typename Target, typename Line>
+void eachPairOfRows(const Source* src, std::ptrdiff_t srcStep, Target* dst, std::ptrdiff_t dstStep, std::int32_t height,
+                    std::int32_t width, Line line) {
+  if (height < 1 || width < 1) return;
+  const auto* const from = reinterpret_cast<const unsigned char*>(src);
+  auto* const to = reinterpret_cast<unsigned char*>(dst);
+  eachIndex(height, [&](int y) { line(from + y * srcStep, to + y * dstStep); });
 }
 
-// Host samples may lie at odd addresses, so they are moved as bytes; step counts elements.
-template <typename Source, typename Target, typename Operation>
-void convertRows(const Source* src, Target* dst, std::int32_t height, std::int32_t width, std::int32_t srcStep,
-                 std::int32_t dstStep, Operation operation) {
-  if (height < 1 || width < 1) return;
-  const auto* from = reinterpret_cast<const unsigned char*>(src);
-  auto* to = reinterpret_cast<unsigned char*>(dst);
-  const auto fromStep = srcStep * static_cast<std::ptrdiff_t>(sizeof(Source));
-  const auto toStep = dstStep * static_cast<std::ptrdiff_t>(sizeof(Target));
-  eachIndex(height, [&](int y) {
-    const unsigned char* fromRow = from + y * fromStep;
-    unsigned char* toRow = to + y * toStep;
-    for (std::size_t x = 0; x < static_cast<std::size_t>(width); ++x) {
-      Source sample;
-      std::memcpy(&sample, fromRow + x * sizeof sample, sizeof sample);
-      const Target converted = operation(sample);
-      std::memcpy(toRow + x * sizeof converted, &converted, sizeof converted);
-    }
-  });
+template <typename Sample>
+void fromHost(const SampleKernels::Pair& kernels, float* dst, const Sample* src, std::int32_t height,
+              std::int32_t width, std::ptrdiff_t srcStep, std::ptrdiff_t dstStep, float scale) {
+  constexpr std::ptrdiff_t sampleBytes = sizeof(Sample);
+  constexpr std::ptrdiff_t floatBytes = sizeof(float);
+  const auto line = [&](const unsigned char* from, unsigned char* to) {
+    kernels.toFloats(from, sampleBytes, reinterpret_cast<float*>(to), width, double{scale});
+  };
+  eachPairOfRows(src, srcStep * sampleBytes, dst, dstStep * floatBytes, height, width, line);
+}
+
+template <typename Sample>
+void toHost(const SampleKernels::Pair& kernels, Sample* dst, const float* src, std::int32_t height, std::int32_t width,
+            std::ptrdiff_t srcStep, std::ptrdiff_t dstStep, float scale) {
+  constexpr std::ptrdiff_t sampleBytes = sizeof(Sample);
+  constexpr std::ptrdiff_t floatBytes = sizeof(float);
+  const auto line = [&](const unsigned char* from, unsigned char* to) {
+    kernels.fromFloats(reinterpret_cast<const float*>(from), to, sampleBytes, width, double{scale});
+  };
+  eachPairOfRows(src, srcStep * floatBytes, dst, dstStep * sampleBytes, height, width, line);
 }
 
 }  // namespace
 
 void ConvertFromUint8Kiv(float* dst, const unsigned char* src, std::int32_t height, std::int32_t width,
                          std::int32_t srcStep, std::int32_t dstStep, float scale) {
-  convertRows(src, dst, height, width, srcStep, dstStep,
-              [scale](unsigned char sample) { return static_cast<float>(sample) * scale; });
+  fromHost(sampleKernels().host8, dst, src, height, width, srcStep, dstStep, scale);
 }
 
 void ConvertFromUint16Kiv(float* dst, const unsigned short* src, std::int32_t height, std::int32_t width,
                           std::int32_t srcStep, std::int32_t dstStep, float scale) {
-  convertRows(src, dst, height, width, srcStep, dstStep,
-              [scale](unsigned short sample) { return static_cast<float>(sample) * scale; });
+  fromHost(sampleKernels().host16, dst, src, height, width, srcStep, dstStep, scale);
 }
 
 void ConvertToUint8Kiv(unsigned char* dst, const float* src, std::int32_t height, std::int32_t width,
                        std::int32_t srcStep, std::int32_t dstStep, float scale) {
-  convertRows(src, dst, height, width, srcStep, dstStep,
-              [scale](float sample) { return saturate<unsigned char>(sample * scale); });
+  toHost(sampleKernels().host8, dst, src, height, width, srcStep, dstStep, scale);
 }
 
 void ConvertToUint16Kiv(unsigned short* dst, const float* src, std::int32_t height, std::int32_t width,
                         std::int32_t srcStep, std::int32_t dstStep, float scale) {
-  convertRows(src, dst, height, width, srcStep, dstStep,
-              [scale](float sample) { return saturate<unsigned short>(sample * scale); });
+  toHost(sampleKernels().host16, dst, src, height, width, srcStep, dstStep, scale);
 }
 
 void ConvertFromPs(KivImage&& plane, PS_Database& db) {

@@ -1,0 +1,71 @@
+// A picture taken apart once and put together for any gains, line by line: its colours come as lines of floats and go
+// as such, and are never all in memory.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "equalizer/plan.h"
+#include "equalizer/pyramid.h"
+
+class Progress;
+
+// The colours of a picture, 1 or 3, as floats: 0 black, 1 white.
+class ColourLines {
+ public:
+  virtual ~ColourLines() = default;
+
+  // Writes line y of each colour. Called on several threads at once; doesn't throw.
+  virtual void read(int y, float* const* colours) const = 0;
+};
+
+// Takes the lines of a result, in no order and on several threads at once; doesn't throw. Each colour's line has the
+// picture's width and may be changed; scratch has the rows that were asked for.
+class ResultLines {
+ public:
+  virtual ~ResultLines() = default;
+  virtual int scratchRows() const { return 0; }
+  virtual void write(int y, float* const* colours, float* const* scratch) = 0;
+};
+
+class BandStack {
+ public:
+  static constexpr int mostColours = 3;
+
+  // Takes apart the luminance (one colour counts as three equal ones), or each colour. The plan is that of parameters
+  // for the picture's size and is admitted. progress may be null; gets the plan's taps. Throws NO_MEMORY_ERROR, and
+  // Cancelled.
+  BandStack(const ScaledParameters& parameters, const Plan& plan, int colours, bool luminance, const ColourLines& lines,
+            Progress* progress);
+
+  IppiSize size() const { return size_; }
+  int colours() const { return colours_; }
+
+  // The planes that were taken apart: 1 for luminance, else the colours.
+  int planes() const { return luminance_ ? 1 : colours_; }
+
+  // The picture put together with these gains; lines are those that it was taken apart from. half adds 0.5 to every
+  // sample. progress may be null, and gets the number of lines. Throws NO_MEMORY_ERROR, before any line is written.
+  void weigh(const float* gains, float baseGain, bool half, const ColourLines& lines, ResultLines& result,
+             Progress* progress) const;
+
+  // What the bands of these gains and the residual come to by themselves, a line for each of planes().
+  void sum(const float* gains, float baseGain, const ColourLines& lines, ResultLines& result) const;
+
+  // Bytes that a stack and its making and weighing take at most, with what lines and result ask for left out.
+  static double mostBytes(const Plan& plan, int colours, bool luminance, int threads);
+
+ private:
+  // line(y, colours, luminance, what became of each plane, scratch) for each line.
+  template <typename Line>
+  void eachLine(const float* gains, float baseGain, const ColourLines& lines, int scratchRows, Line line) const;
+
+  ScaledParameters parameters_;
+  IppiSize size_;
+  int colours_;
+  bool luminance_;
+  std::vector<Pyramid> pyramids_;  // one a plane; none for a picture that a pyramid doesn't serve
+  KivImage small_;                 // the planes of such a picture
+};
