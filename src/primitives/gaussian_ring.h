@@ -15,7 +15,9 @@
 // run in place.
 #pragma once
 
+#include "primitives/alignment.h"
 #include "primitives/exp_ln.h"
+#include "primitives/reflection.h"
 #include "primitives/regions.h"
 
 namespace ROW {
@@ -41,11 +43,6 @@ inline IppStatus checkKernel(std::int64_t kernelSize, int dataType, int numChann
 // The unnormalised weight exp(-x^2 / divisor), where divisor = sigma (sigma + sigma). The centre is 1 even where a tiny
 // sigma makes the divisor 0: such a filter copies.
 inline float gaussianWeight(float x, float divisor) { return x == 0.0F ? 1.0F : expSingle(-(x * x) / divisor); }
-
-template <typename Pointer>
-inline Pointer* alignUp(Pointer* pointer, std::uintptr_t alignment) {
-  return reinterpret_cast<Pointer*>((reinterpret_cast<std::uintptr_t>(pointer) + alignment - 1) & ~(alignment - 1));
-}
 
 // The rows of one call and what lies around them. A strip is a band of some of its region's columns; the border is that
 // of the region.
@@ -87,10 +84,7 @@ struct Axis {
     if (kind == ippBorderRepl) return n < 0 ? 0 : length - 1;
     if (lowInMemory) return 2 * (length - 1) - n;
     if (highInMemory) return -n;
-    if (length == 1) return 0;
-    const std::int64_t period = 2 * (length - 1);
-    const std::int64_t phase = (n % period + period) % period;
-    return phase < length ? phase : period - phase;
+    return reflected(n, length);
   }
 };
 

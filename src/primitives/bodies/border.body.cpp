@@ -3,6 +3,7 @@
 
 #include <string.h>
 
+#include "primitives/reflection.h"
 #include "primitives/regions.h"
 
 namespace ROW {
@@ -10,13 +11,7 @@ namespace {
 
 // The source index that stands for index i of the unbounded line.
 constexpr auto nearest = [](int i, int length) { return i < 0 ? 0 : i < length ? i : length - 1; };
-constexpr auto mirrored = [](int i, int length) {
-  const std::int64_t period = 2 * (std::int64_t{length} - 1);
-  if (period == 0) return 0;
-  std::int64_t phase = i % period;
-  if (phase < 0) phase += period;
-  return static_cast<int>(phase < length ? phase : period - phase);
-};
+constexpr auto mirrored = [](int i, int length) { return static_cast<int>(reflected(i, length)); };
 
 // Where the source lies in its target.
 struct Placement {

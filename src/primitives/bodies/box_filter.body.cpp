@@ -12,7 +12,9 @@
 // A region no larger than the mask in a direction is one part, with a copied source, unless the border is
 // ippBorderInMem.
 
+#include "primitives/alignment.h"
 #include "primitives/box_sums.h"
+#include "primitives/reflection.h"
 
 namespace ROW {
 namespace {
@@ -31,10 +33,7 @@ struct Extent {
   bool holds(std::int64_t n) const { return n >= first && n <= last; }
   std::int64_t standIn(std::int64_t n) const {
     if (kind == ippBorderRepl) return n < first ? first : last;
-    const std::int64_t period = 2 * (last - first);
-    if (period == 0) return first;
-    const std::int64_t phase = ((n - first) % period + period) % period;
-    return phase <= last - first ? first + phase : first + period - phase;
+    return first + reflected(n - first, last - first + 1);
   }
 };
 
@@ -74,7 +73,7 @@ struct Call {
 };
 
 // Floats from row to row of the buffer's parts.
-std::int64_t strideOf(std::int64_t width) { return (width + 15) & ~std::int64_t{15}; }
+std::int64_t strideOf(std::int64_t width) { return roundUp(width, std::int64_t{16}); }
 
 // The union of the windows of a part.
 Part windowsOf(const Part& part, const Call& call) {
@@ -302,9 +301,7 @@ IppStatus ippiFilterBoxBorder_32f_C1R(const float* src, int srcStep, float* dst,
   }
   const Call call = {src, srcStep, dst, dstStep, roiSize, maskSize, border, isConstant ? *borderValue : 0.0F};
   const std::int64_t stride = strideOf(roiSize.width);
-  const std::uintptr_t start =
-      (reinterpret_cast<std::uintptr_t>(buffer) + alignment - 1) & ~std::uintptr_t{alignment - 1};
-  float* const accumulator = reinterpret_cast<float*>(start);
+  float* const accumulator = static_cast<float*>(alignUp(buffer, alignment));
   float* const spare = accumulator + stride;
   float* const rest = spare + stride;
   const BoxRows rows = {accumulator, spare, call.isInPlace() ? rest : nullptr, stride};

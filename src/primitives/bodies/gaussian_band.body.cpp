@@ -28,7 +28,9 @@ IppStatus checkSize(std::int64_t width, std::int64_t height) {
   return width < 1 || height < 1 ? ippStsSizeErr : ippStsNoErr;
 }
 
-std::int64_t ringStride(std::int64_t width) { return (width * std::int64_t{sizeof(float)} + 63) & ~std::int64_t{63}; }
+std::int64_t ringStride(std::int64_t width) {
+  return roundUp(width * std::int64_t{sizeof(float)}, std::int64_t{alignment});
+}
 
 // A ring of so many rows, as many pointers, and the extended row.
 RingBuffer divide(void* buffer, std::int64_t width, std::int64_t rowCount) {

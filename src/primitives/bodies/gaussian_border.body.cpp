@@ -35,7 +35,7 @@ bool isSymmetricSeven(const float* taps, int k) {
 
 // Bytes of a row of the ring.
 std::int64_t ringStride(std::int64_t width, std::int64_t k, int numChannels) {
-  return (((width + k) * numChannels + 7) & ~std::int64_t{7}) * std::int64_t{sizeof(float)};
+  return roundUp((width + k) * numChannels, std::int64_t{8}) * std::int64_t{sizeof(float)};
 }
 
 template <typename Sample>

@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 
+#include "primitives/alignment.h"
 #include "primitives/lanes.h"
 #include "primitives/large_pages.h"
 #include "primitives/primitives.h"
@@ -33,7 +34,7 @@ void* allocateImage(int width, int height, int elementBytes, std::int32_t* step)
   *step = 0;
   const std::int64_t rowBytes = std::int64_t{width} * elementBytes;
   if (width < 1 || height < 1 || rowBytes > INT32_MAX) return nullptr;
-  const std::int64_t rounded = (rowBytes + alignment - 1) & ~(alignment - 1);
+  const std::int64_t rounded = roundUp(rowBytes, alignment);
   if (rounded > INT32_MAX) return nullptr;  // a row within 63 bytes of the limit: no step could say its size
   *step = static_cast<std::int32_t>(rounded);
   return allocate(rounded * height);

@@ -2,6 +2,7 @@
 //   h(R) = a + (b - a) t along source row R, a and b at the column's index and the one behind it,
 //   target = h0 + (h1 - h0) u, h0 and h1 at the row's index and the one below it.
 
+#include "primitives/alignment.h"
 #include "primitives/regions.h"
 
 namespace ROW {
@@ -34,16 +35,9 @@ struct Specification {
   std::int32_t axisCount;
 };
 
-std::int64_t roundUp32(std::int64_t n) { return (n + 31) & ~std::int64_t{31}; }
+std::int64_t roundUp32(std::int64_t n) { return roundUp(n, std::int64_t{32}); }
 
-template <std::uintptr_t alignment>
-char* alignUp(void* pointer) {
-  return reinterpret_cast<char*>((reinterpret_cast<std::uintptr_t>(pointer) + alignment - 1) & ~(alignment - 1));
-}
-
-const Specification& specificationAt(const void* spec) {
-  return *reinterpret_cast<const Specification*>(alignUp<64>(const_cast<void*>(spec)));
-}
+const Specification& specificationAt(const void* spec) { return *static_cast<const Specification*>(alignUp(spec, 64)); }
 
 std::int32_t greatestCommonDivisor(std::int32_t a, std::int32_t b) {
   while (b != 0) {
@@ -209,10 +203,10 @@ IppStatus ippiResizeLinearInit_32f(IppiSize srcSize, IppiSize dstSize, void* spe
   if (hasZero(srcSize) || hasZero(dstSize)) return ippStsNoOperation;
   if (isEmpty(dstSize) || srcSize.width < 2 || srcSize.height < 2) return ippStsSizeErr;
 
-  auto* const start = alignUp<64>(spec);
+  char* const start = alignUp(static_cast<char*>(spec), 64);
   const std::int64_t rows = roundUp32(dstSize.height);
   const std::int64_t columns = roundUp32(dstSize.width);
-  auto* const indices = reinterpret_cast<std::int32_t*>(alignUp<64>(start + sizeof(Specification)));
+  auto* const indices = reinterpret_cast<std::int32_t*>(alignUp(start + sizeof(Specification), 64));
   auto* const weights = reinterpret_cast<float*>(indices + rows + columns);
   const Specification built{identification,
                             ipp32f,
@@ -274,10 +268,10 @@ IppStatus ippiResizeLinear_32f_C1R(const float* src, int srcStep, float* dst, in
     return status;
   }
 
-  auto* const columnIndices = reinterpret_cast<std::int32_t*>(alignUp<64>(buffer));
+  auto* const columnIndices = static_cast<std::int32_t*>(alignUp(buffer, 64));
   std::int32_t* const rowIndices = columnIndices + width;
-  auto* const first = reinterpret_cast<float*>(alignUp<32>(rowIndices + height));
-  auto* const second = reinterpret_cast<float*>(alignUp<32>(first + width));
+  auto* const first = reinterpret_cast<float*>(alignUp(rowIndices + height, 32));
+  auto* const second = alignUp(first + width, 32);
   const Range columns = prepareRange(horizontal, dstOffset.x, width, (border & ippBorderInMemLeft) != 0,
                                      (border & ippBorderInMemRight) != 0, columnIndices);
   const Range rows = prepareRange(vertical, dstOffset.y, height, (border & ippBorderInMemTop) != 0,
