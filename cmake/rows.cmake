@@ -20,6 +20,17 @@ else()
   set(n8__OPTIONS)
 endif()
 
+# The same for the code: primitives/rows.h.
+list(LENGTH ORBEL_ROWS ORBEL_ROW_COUNT)
+set(ORBEL_NAMESPACES)
+foreach(row IN LISTS ORBEL_ROWS)
+  string(APPEND ORBEL_NAMESPACES "\\\n  namespace ${row} { declaration; } ")
+endforeach()
+list(TRANSFORM ORBEL_ROWS REPLACE "(.+)" "&\\1::name" OUTPUT_VARIABLE ORBEL_ADDRESSES)
+list(JOIN ORBEL_ADDRESSES ", " ORBEL_ADDRESSES)
+configure_file(${PROJECT_SOURCE_DIR}/src/primitives/rows.h.in ${PROJECT_BINARY_DIR}/generated/primitives/rows.h @ONLY)
+target_include_directories(orbel_options INTERFACE ${PROJECT_BINARY_DIR}/generated)
+
 # Adds the body files to a library, once per row.
 function(orbel_add_bodies library)
   foreach(row IN LISTS ORBEL_ROWS)

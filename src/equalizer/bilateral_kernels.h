@@ -38,4 +38,4 @@ struct BilateralKernels {
 DECLARE_IN_EACH_ROW(extern const BilateralKernels bilateralKernels)
 
 // Those of the row in force.
-const BilateralKernels& bilateralKernels();
+inline const BilateralKernels& bilateralKernels() { return ofRowInForce({ADDRESS_IN_EACH_ROW(bilateralKernels)}); }

@@ -16,4 +16,4 @@ struct EqualizerKernels {
 DECLARE_IN_EACH_ROW(extern const EqualizerKernels equalizerKernels)
 
 // Those of the row in force.
-const EqualizerKernels& equalizerKernels();
+inline const EqualizerKernels& equalizerKernels() { return ofRowInForce({ADDRESS_IN_EACH_ROW(equalizerKernels)}); }

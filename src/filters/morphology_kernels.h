@@ -36,4 +36,4 @@ struct MorphologyKernels {
 DECLARE_IN_EACH_ROW(extern const MorphologyKernels morphologyKernels)
 
 // Those of the row in force.
-const MorphologyKernels& morphologyKernels();
+inline const MorphologyKernels& morphologyKernels() { return ofRowInForce({ADDRESS_IN_EACH_ROW(morphologyKernels)}); }

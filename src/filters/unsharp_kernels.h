@@ -15,4 +15,4 @@ struct UnsharpKernels {
 DECLARE_IN_EACH_ROW(extern const UnsharpKernels unsharpKernels)
 
 // Those of the row in force.
-const UnsharpKernels& unsharpKernels();
+inline const UnsharpKernels& unsharpKernels() { return ofRowInForce({ADDRESS_IN_EACH_ROW(unsharpKernels)}); }

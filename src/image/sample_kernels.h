@@ -19,8 +19,7 @@
 #include "primitives/rows.h"
 
 struct SampleKernels {
-  using ToFloats = void (*)(const unsigned char* from, std::ptrdiff_t step, float* to, int count,
-                            double scale);
+  using ToFloats = void (*)(const unsigned char* from, std::ptrdiff_t step, float* to, int count, double scale);
   using FromFloats = void (*)(const float* from, unsigned char* to, std::ptrdiff_t step, int count, double scale);
   struct Pair {
     ToFloats toFloats;
@@ -37,4 +36,4 @@ struct SampleKernels {
 DECLARE_IN_EACH_ROW(extern const SampleKernels sampleKernels)
 
 // Those of the row in force.
-const SampleKernels& sampleKernels();
+inline const SampleKernels& sampleKernels() { return ofRowInForce({ADDRESS_IN_EACH_ROW(sampleKernels)}); }

@@ -11,7 +11,20 @@ std::int32_t ippJumpIndexForMergedLibs = -1;
 
 namespace {
 
-std::uint64_t ownFeaturesMask = featureMmx | featureSse | featureSse2;
+// What a processor has that has the last one of them.
+constexpr std::uint64_t upToSse2 = featureMmx | featureSse | featureSse2;
+constexpr std::uint64_t upToSse3 = upToSse2 | featureSse3;
+constexpr std::uint64_t upToSsse3 = upToSse3 | featureSsse3;
+constexpr std::uint64_t upToSse41 = upToSsse3 | featureSse41;
+constexpr std::uint64_t upToSse42 = upToSse41 | featureSse42;
+constexpr std::uint64_t upToAvx = upToSse42 | featureAvx;
+constexpr std::uint64_t upToAvx2 = upToAvx | featureAvx2;
+// Of the processors with AVX-512, those for servers and those with very many cores.
+constexpr std::uint64_t avx512Core =
+    featureAvx512F | featureAvx512Cd | featureAvx512Bw | featureAvx512Dq | featureAvx512Vl;
+constexpr std::uint64_t avx512ManyCore = featureAvx512F | featureAvx512Cd | featureAvx512Er | featureAvx512Pf;
+
+std::uint64_t ownFeaturesMask = upToSse2;
 std::uint64_t ownFeatures = 0;
 bool ownFeaturesAreValid = false;
 
@@ -42,10 +55,16 @@ struct RowRule {
 
 // Best first.
 constexpr RowRule rowRules[] = {
-    {0x7300000, 4, 0x73081DF},  // AVX-512 F, CD, BW, DQ, VL
-    {0xF00000, 3, 0xF081DF},    // AVX-512 F, CD, ER, PF
-    {featureAvx2, 3, 0x81DF},  {featureAvx, 2, 0x1DF},  {featureSse42, 1, 0xDF}, {featureSse41, 0, 0x5F},
-    {featureMovbe, 0, 0x3F},   {featureSsse3, 0, 0x1F}, {featureSse3, 0, 0xF},   {featureSse2, 0, 0x7},
+    {avx512Core, 4, avx512Core | upToAvx2},
+    {avx512ManyCore, 3, avx512ManyCore | upToAvx2},
+    {featureAvx2, 3, upToAvx2},
+    {featureAvx, 2, upToAvx},
+    {featureSse42, 1, upToSse42},
+    {featureSse41, 0, upToSse41},
+    {featureMovbe, 0, upToSsse3 | featureMovbe},
+    {featureSsse3, 0, upToSsse3},
+    {featureSse3, 0, upToSse3},
+    {featureSse2, 0, upToSse2},
 };
 
 void storeIndex(int index) {
@@ -99,7 +118,7 @@ IppStatus ippInit() {
   std::uint64_t detected = 0;
   const IppStatus status = ippGetCpuFeatures(&detected, nullptr);
   if (status != ippStsNoErr) {
-    store(ownFeaturesMask, std::uint64_t{featureMmx | featureSse | featureSse2});
+    store(ownFeaturesMask, upToSse2);
     storeIndex(0);
     return status;
   }

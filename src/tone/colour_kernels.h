@@ -22,4 +22,4 @@ struct ColourKernels {
 DECLARE_IN_EACH_ROW(extern const ColourKernels colourKernels)
 
 // Those of the row in force.
-const ColourKernels& colourKernels();
+inline const ColourKernels& colourKernels() { return ofRowInForce({ADDRESS_IN_EACH_ROW(colourKernels)}); }

@@ -36,4 +36,4 @@ struct ToneKernels {
 DECLARE_IN_EACH_ROW(extern const ToneKernels toneKernels)
 
 // Those of the row in force.
-const ToneKernels& toneKernels();
+inline const ToneKernels& toneKernels() { return ofRowInForce({ADDRESS_IN_EACH_ROW(toneKernels)}); }
