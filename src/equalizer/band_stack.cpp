@@ -135,7 +135,7 @@ void BandStack::weigh(const float* gains, float baseGain, bool half, const Colou
                for (int x = 0; x < width; ++x) changed[c][x] += 0.5F;
              }
              result.write(y, changed, scratch);
-             if (progress != nullptr) progress->add(1);
+             if (progress != nullptr) progress->add(lineWork(size_));
            });
 }
 
@@ -146,18 +146,19 @@ void BandStack::sum(const float* gains, float baseGain, const ColourLines& lines
            });
 }
 
-double BandStack::mostBytes(const Plan& plan, int colours, bool luminance, int threads) {
+BandStack::Bytes BandStack::bytesOf(const Plan& plan, int colours, bool luminance, int scratchRows, int threads) {
   const int planes = luminance ? 1 : colours;
   const IppiSize size = plan.levels[0].size;
   const double rowBytes = rowBytesFor(size.width);
+  const double plane = rowBytes * size.height;
+  const double lines = threads * (rowsOfLine + scratchRows) * rowBytes;
   if (!Pyramid::serves(size)) {
-    // The planes, their copy, and what the steps keep of one: three images and the bands.
+    // Beside the planes, their copy, and what the steps keep of one: three images and the bands.
     constexpr double imagesOfSteps = 3 + 1.34;
-    return (2 * planes + imagesOfSteps) * rowBytes * size.height + threads * rowsOfLine * rowBytes;
+    return {(2 * planes + imagesOfSteps) * plane + lines, planes * plane};
   }
   const Pyramid::Bytes pyramid = Pyramid::bytesOf(plan.levels, most, threads);
   const double apart = (planes - 1) * pyramid.kept + pyramid.making;
-  const double together =
-      planes * (pyramid.kept + pyramid.weighing) + threads * (planes * pyramid.scratch + rowsOfLine * rowBytes);
-  return std::max(apart, together);
+  const double together = planes * (pyramid.kept + pyramid.weighing + threads * pyramid.scratch) + lines;
+  return {std::max(apart, together), planes * pyramid.kept};
 }

@@ -43,19 +43,27 @@ class BandStack {
   IppiSize size() const { return size_; }
   int colours() const { return colours_; }
 
+  // What putting a line together costs, in taps.
+  static double lineWork(IppiSize size) { return 8.0 * size.width; }
+
   // The planes that were taken apart: 1 for luminance, else the colours.
   int planes() const { return luminance_ ? 1 : colours_; }
 
   // The picture put together with these gains; lines are those that it was taken apart from. half adds 0.5 to every
-  // sample. progress may be null, and gets the number of lines. Throws NO_MEMORY_ERROR, before any line is written.
+  // sample. progress may be null, and gets lineWork() for each line.
+  // Throws NO_MEMORY_ERROR, before any line is written.
   void weigh(const float* gains, float baseGain, bool half, const ColourLines& lines, ResultLines& result,
              Progress* progress) const;
 
   // What the bands of these gains and the residual come to by themselves, a line for each of planes().
   void sum(const float* gains, float baseGain, const ColourLines& lines, ResultLines& result) const;
 
-  // Bytes that a stack and its making and weighing take at most, with what lines and result ask for left out.
-  static double mostBytes(const Plan& plan, int colours, bool luminance, int threads);
+  // Memory that it takes at most, where a result asks for so many rows of scratch.
+  struct Bytes {
+    double run;    // to take apart and put together
+    double stack;  // in between
+  };
+  static Bytes bytesOf(const Plan& plan, int colours, bool luminance, int scratchRows, int threads);
 
  private:
   // line(y, colours, luminance, what became of each plane, scratch) for each line.

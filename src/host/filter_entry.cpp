@@ -2,10 +2,10 @@
 #include "host/filter_entry.h"
 
 #include "host/filter_run.h"
-#include "image/float_environment.h"
 #include "host/globals.h"
 #include "host/host_services.h"
 #include "host/parameter_record.h"
+#include "image/float_environment.h"
 
 namespace {
 

@@ -10,6 +10,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "equalizer/four_characters.h"
+
 // ---- Small types --------------------------------------------------------------------------------------------------
 
 using Boolean = unsigned char;  // non-zero is true
@@ -30,12 +32,6 @@ using PIDescriptorHandle = Handle;
 // Tokens of a descriptor being read or written; null means none.
 using PIReadDescriptor = struct PIReadDescriptorToken*;
 using PIWriteDescriptor = struct PIWriteDescriptorToken*;
-
-constexpr OSType fourCharacters(const char (&text)[5]) {
-  OSType code = 0;
-  for (int i = 0; i < 4; ++i) code = code << 8 | static_cast<unsigned char>(text[i]);
-  return code;
-}
 
 struct Point {
   std::int16_t v, h;

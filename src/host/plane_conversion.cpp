@@ -47,7 +47,7 @@ void toHost(const SampleKernels::Pair& kernels, Sample* dst, const float* src, s
 
 void ConvertFromUint8Kiv(float* dst, const unsigned char* src, std::int32_t height, std::int32_t width,
                          std::int32_t srcStep, std::int32_t dstStep, float scale) {
-  fromHost(sampleKernels().host8, dst, src, height, width, srcStep, dstStep, scale);
+  fromHost(sampleKernels().bytes, dst, src, height, width, srcStep, dstStep, scale);
 }
 
 void ConvertFromUint16Kiv(float* dst, const unsigned short* src, std::int32_t height, std::int32_t width,
@@ -57,7 +57,7 @@ void ConvertFromUint16Kiv(float* dst, const unsigned short* src, std::int32_t he
 
 void ConvertToUint8Kiv(unsigned char* dst, const float* src, std::int32_t height, std::int32_t width,
                        std::int32_t srcStep, std::int32_t dstStep, float scale) {
-  toHost(sampleKernels().host8, dst, src, height, width, srcStep, dstStep, scale);
+  toHost(sampleKernels().bytes, dst, src, height, width, srcStep, dstStep, scale);
 }
 
 void ConvertToUint16Kiv(unsigned short* dst, const float* src, std::int32_t height, std::int32_t width,

@@ -134,16 +134,14 @@ void Team::Crew::takeShares(std::unique_lock<std::mutex>& lock) {
   }
 }
 
-Team::Team() : outer_(static_cast<Crew*>(current)) {
-  if (outer_ != nullptr || isInShare) return;
-  crew_ = std::make_unique<Crew>(processors(), INT_MAX);
-  current = crew_.get();
-}
+Team::Team() : Team(0) {}
 
 Team::Team(int threads) : outer_(static_cast<Crew*>(current)) {
-  if (isInShare) return;
+  const bool anyNumber = threads < 1;
+  if (isInShare || (anyNumber && outer_ != nullptr)) return;
   const int limit = outer_ == nullptr ? INT_MAX : outer_->limit;
-  crew_ = std::make_unique<Crew>(std::clamp(threads, 1, limit), threads);
+  crew_ = anyNumber ? std::make_unique<Crew>(processors(), INT_MAX)
+                    : std::make_unique<Crew>(std::min(threads, limit), std::min(threads, limit));
   current = crew_.get();
 }
 

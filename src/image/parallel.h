@@ -24,7 +24,7 @@ class Team {
  public:
   // As many threads as the process may use processors. Inside another team's life: that team, nothing new.
   Team();
-  // So many, the caller's own among them. It bounds teams within, too.
+  // So many, the caller's own among them; it bounds teams within, too. 0 or less: as above.
   explicit Team(int threads);
   ~Team();
   Team(const Team&) = delete;

@@ -89,7 +89,7 @@ constexpr SampleKernels::Pair pairOf() {
 }  // namespace
 
 extern const SampleKernels sampleKernels = {pairOf<std::uint8_t, HostRule<255>>(),
-                                            pairOf<std::uint16_t, HostRule<65535>>(), pairOf<std::uint8_t, FileRule>(),
-                                            pairOf<std::uint16_t, FileRule>(), pairOf<float, Same>()};
+                                            pairOf<std::uint16_t, HostRule<65535>>(), pairOf<std::uint16_t, FileRule>(),
+                                            pairOf<float, Same>()};
 
 }  // namespace ROW

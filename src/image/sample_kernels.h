@@ -3,14 +3,15 @@
 // A line is count samples, step bytes apart on the side of the other type (any number, negative too) and packed on the
 // side of the floats. Samples need no alignment. Nothing beside them is read or written.
 //
-// There are two arithmetics. That of a host's document works in single precision:
+// There are two arithmetics. Samples of a host's document, 8 bits with white at 255 and 16 with white at 32768, go in
+// single precision:
 //   to floats    float(v) * scale, scale being 1 / white in single precision
 //   back         v * scale, saturated to the type's range, to nearest, ties to even, scale being white; NaN, and what
 //                no 32-bit integer can hold, become 0
-// That of a file works in double precision, so that every one of 65536 levels comes back:
+// 16 bits of a file, with white at 65535, go in double precision, so that every level comes back:
 //   to floats    float(v * scale), scale being 1 / white
 //   back         v * scale, within 0 to scale, plus a half and cut off; NaN becomes 0
-// Floats stay as they are.
+// Floats stay as they are. 8-bit files need no more than a host's arithmetic.
 #pragma once
 
 #include <cstddef>
@@ -26,9 +27,8 @@ struct SampleKernels {
     FromFloats fromFloats;
   };
 
-  Pair host8;
+  Pair bytes;
   Pair host16;
-  Pair file8;
   Pair file16;
   Pair floats;
 };

@@ -1,0 +1,78 @@
+// What all calls of the front door share: records that grow, the caller's message, and no exception let out.
+#pragma once
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <optional>
+#include <string>
+
+#include "api/orbel.h"
+#include "equalizer/progress.h"
+#include "image/float_environment.h"
+#include "image/kiv_image.h"
+#include "image/parallel.h"
+
+// A refusal on its way to the caller.
+struct Refusal {
+  orbel_status status;
+  std::string message;
+};
+
+// A caller's record as this version knows it; nothing for null and for a size that no version had. There has been one
+// version so far: a larger record is a newer program's, which gets told.
+template <typename Record>
+std::optional<Record> recordOf(const Record* record) {
+  if (record == nullptr || record->size != sizeof(Record)) return std::nullopt;
+  return *record;
+}
+
+template <typename Record>
+Record requireRecord(const Record* record, const char* name) {
+  const std::optional<Record> known = recordOf(record);
+  if (!known) throw Refusal{ORBEL_BAD_ARGUMENT, std::string(name) + " is null, or its size was not set"};
+  return *known;
+}
+
+// Zeros, but for the size. Nothing is written where the size is no version's.
+template <typename Record>
+orbel_status initRecord(Record* record, std::size_t size) {
+  if (record == nullptr || size != sizeof(Record)) return ORBEL_BAD_ARGUMENT;
+  *record = Record{};
+  record->size = size;
+  return ORBEL_OK;
+}
+
+// Cut off to the buffer, which may be null.
+inline void putMessage(const std::string& text, char* message, std::size_t capacity) {
+  if (message == nullptr || capacity == 0) return;
+  const std::size_t length = std::min(text.size(), capacity - 1);
+  std::memcpy(message, text.data(), length);
+  message[length] = '\0';
+}
+
+// Calls work(options) in a floating-point environment and a team of its own, and turns what it throws into a status and
+// the caller's message.
+template <typename Work>
+orbel_status guarded(const orbel_options* options, Work work) {
+  orbel_options known{};
+  const auto end = [&known](orbel_status status, const std::string& text) {
+    putMessage(text, known.message, known.message_capacity);
+    return status;
+  };
+  try {
+    if (options != nullptr) known = requireRecord(options, "options");
+    if (known.threads < 0) throw Refusal{ORBEL_BAD_ARGUMENT, "options: threads is below 0"};
+    const FloatEnvironment floats;
+    ippInit();
+    const Team team(known.threads);
+    work(known);
+    return end(ORBEL_OK, "");
+  } catch (const Refusal& refusal) {
+    return end(refusal.status, refusal.message);
+  } catch (const Cancelled&) {
+    return end(ORBEL_CANCELLED, orbel_status_text(ORBEL_CANCELLED));
+  } catch (...) {  // NO_MEMORY_ERROR, std::bad_alloc, std::length_error: nothing else is thrown below
+    return end(ORBEL_NO_MEMORY, orbel_status_text(ORBEL_NO_MEMORY));
+  }
+}

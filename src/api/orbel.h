@@ -1,0 +1,248 @@
+/* orbel.h: the Orbel Band Equalizer for other programs, in C.
+ *
+ * The equalizer takes a picture, or only its luminance, apart into five bands of detail, from fine (0) to coarse (4),
+ * and a residual; weighs each; and puts the picture together again. At gains of 100 the picture comes back.
+ *
+ *   #include <orbel.h>
+ *
+ *   orbel_settings settings;
+ *   orbel_settings_init(&settings, sizeof settings);
+ *   settings.bands[1].gain = 150;
+ *   orbel_picture picture;
+ *   orbel_picture_interleaved(&picture, sizeof picture, ORBEL_UINT8, width, height, 3, pixels, 3 * width);
+ *   orbel_status status = orbel_equalize(&settings, &picture, &picture, NULL);
+ *   if (status != ORBEL_OK) fprintf(stderr, "%s\n", orbel_status_text(status));
+ *
+ * Promises that hold for every call:
+ * - Records begin with their size, which their ..._init function sets: a program that was compiled with an older header
+ *   goes on to work with a newer library, which takes what the record doesn't have at its default.
+ * - No exception leaves a call, nothing is printed, and the process isn't ended.
+ * - Nothing of the process is touched: no locale, no signal handler, no environment variable, no working folder. The
+ *   caller's floating-point environment neither matters nor changes.
+ * - Threads that a call starts have ended when it returns. Afterwards the process may fork, and unload the library.
+ * - Any number of threads may make calls at once, as long as no two of them write to one picture or use one stack.
+ * - A picture's result is the same to the last bit on every processor and for any number of threads. (Of samples that
+ *   are no numbers, sign and payload aren't held.)
+ */
+#ifndef ORBEL_H
+#define ORBEL_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(ORBEL_SHARED) && defined(_WIN32)
+#define ORBEL_API __declspec(dllexport)
+#elif defined(ORBEL_SHARED)
+#define ORBEL_API __attribute__((visibility("default")))
+#else
+#define ORBEL_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- Statuses ---------------------------------------------------------------------------------------------------- */
+
+typedef enum orbel_status {
+  ORBEL_OK = 0,
+  ORBEL_BAD_ARGUMENT = 1, /* a null pointer, a record without a size, a number out of its range */
+  ORBEL_BAD_SETTING = 2,  /* a member of the settings holds what isn't allowed */
+  ORBEL_BAD_PICTURE = 3,  /* a picture's description is none, or doesn't fit the other's */
+  ORBEL_TOO_LARGE = 4,    /* an edge-protecting filter's window has no room beside the picture */
+  ORBEL_NO_MEMORY = 5,    /* memory could not be had */
+  ORBEL_CANCELLED = 6     /* the progress callback called the run off */
+} orbel_status;
+
+/* One sentence, in English; never null. */
+ORBEL_API const char* orbel_status_text(orbel_status status);
+
+/* "0.2.0": of the library that runs. */
+ORBEL_API const char* orbel_version(void);
+
+/* ---- Settings ---------------------------------------------------------------------------------------------------- */
+
+#define ORBEL_BANDS 5
+
+/* One band of detail: what the low-pass of its level takes away. Each level is half the size of the one before. */
+typedef struct orbel_band {
+  double gain;      /* in percent: 0 removes the band, 100 leaves it, 200 doubles it, below 0 inverts it; default 100 */
+  double radius;    /* standard deviation of the low-pass in pixels of the band's level; 0 for none; default 3 */
+  double threshold; /* how far samples may differ, on a scale of 0 to 255, and still be smoothed together; for a band
+                       with edges; default 255 for the finest band, 10 for the others */
+  int32_t edges;    /* 1: a bilateral filter, which keeps strong edges out of the band; 0: a Gaussian; default 0 for the
+                       finest band, 1 for the others */
+  int32_t reserved; /* 0 */
+} orbel_band;
+
+typedef struct orbel_settings {
+  size_t size; /* of the record */
+  orbel_band bands[ORBEL_BANDS];
+  double residual;        /* gain of what is left under the coarsest band, in percent; default 100 */
+  double mix;             /* how much of the result is blended into the original, 0 to 100 percent; default 100 */
+  int32_t half;           /* 1: add middle grey at the end, to see detail alone around it; default 0 */
+  int32_t luminance;      /* 1: work on luminance and keep the colours; 0: on each colour by itself; default 1 */
+  int32_t overlay;        /* a cross of two diagonals and a stripe, so many pixels wide; 0: none; default 0 */
+  int32_t reference_edge; /* 0: radii are in pixels of the picture; nothing else is served; default 0 */
+} orbel_settings;
+
+/* Fills the record with the defaults. size: sizeof(orbel_settings). Returns ORBEL_BAD_ARGUMENT for null and for a size
+ * that no version had. */
+ORBEL_API orbel_status orbel_settings_init(orbel_settings* settings, size_t size);
+
+/* ORBEL_OK, or ORBEL_BAD_SETTING with a message in English that names the member and what is allowed, cut off to
+ * capacity bytes with its terminating zero; message may be null. Every call that takes settings checks them itself.
+ *   gain, residual    -100,000 to 100,000
+ *   radius            0 to 100,000
+ *   threshold         0 to 100,000; 0: no low-pass where edges is 1
+ *   edges, half, luminance  0 or 1
+ *   mix               0 to 100
+ *   overlay           0 to 100,000
+ *   reference_edge    0 */
+ORBEL_API orbel_status orbel_settings_check(const orbel_settings* settings, char* message, size_t capacity);
+
+/* The 24 keys by which scripts for Photoshop know the settings: "CON1" to "CON5" (gain, finest band first), "RAD1" to
+ * "RAD5", "THR1" to "THR5", "EDG1" to "EDG5", "FCTR" (residual), "HALF", "LUMI" and "WDTH" (overlay). mix and
+ * reference_edge have no key. */
+#define ORBEL_KEYS 24
+
+typedef enum orbel_key_kind { ORBEL_KEY_NUMBER = 0, ORBEL_KEY_FLAG = 1, ORBEL_KEY_INTEGER = 2 } orbel_key_kind;
+
+/* The key with this number, in the order of the plug-in's record, or null from ORBEL_KEYS on. */
+ORBEL_API const char* orbel_key(int32_t number);
+
+/* ORBEL_BAD_ARGUMENT for a key that there isn't; kind may be null. */
+ORBEL_API orbel_status orbel_settings_get(const orbel_settings* settings, const char* key, double* value);
+ORBEL_API orbel_status orbel_settings_set(orbel_settings* settings, const char* key, double value);
+ORBEL_API orbel_status orbel_key_kind_of(const char* key, orbel_key_kind* kind);
+
+/* ---- Pictures ---------------------------------------------------------------------------------------------------- */
+
+typedef enum orbel_samples {
+  ORBEL_UINT8 = 0,       /* white is 255 */
+  ORBEL_UINT16 = 1,      /* white is 65535, as in files */
+  ORBEL_UINT16_HOST = 2, /* white is 32768, as in Photoshop */
+  ORBEL_FLOAT32 = 3      /* white is 1; nothing is clipped */
+} orbel_samples;
+
+#define ORBEL_CHANNELS 4
+
+/* A picture where it lies. The sample of channel c in column x of row y is at
+ *   (char*)base[c] + x * column_step + y * row_step
+ * so that planes, interleaved channels, parts of larger pictures, and flipped or turned ones are all described. Samples
+ * need no alignment. */
+typedef struct orbel_picture {
+  size_t size; /* of the record */
+  int32_t width;
+  int32_t height;
+  int32_t channels;           /* 1 grey; 2 grey and alpha; 3 red, green, blue; 4 these and alpha */
+  int32_t samples;            /* an orbel_samples */
+  void* base[ORBEL_CHANNELS]; /* a source isn't written to */
+  ptrdiff_t column_step;      /* in bytes, any but 0, of all channels */
+  ptrdiff_t row_step;         /* likewise */
+} orbel_picture;
+
+/* Describes channels that lie beside each other, in rows that are row_step bytes apart. size: sizeof(orbel_picture). */
+ORBEL_API orbel_status orbel_picture_interleaved(orbel_picture* picture, size_t size, orbel_samples samples,
+                                                 int32_t width, int32_t height, int32_t channels, void* pixels,
+                                                 ptrdiff_t row_step);
+
+/* Describes channels one after another, each of height rows that are row_step bytes apart. */
+ORBEL_API orbel_status orbel_picture_planar(orbel_picture* picture, size_t size, orbel_samples samples, int32_t width,
+                                            int32_t height, int32_t channels, void* pixels, ptrdiff_t row_step);
+
+/* ---- The run ----------------------------------------------------------------------------------------------------- */
+
+/* Told the part of the work that is done, 0 to 1, on the thread that made the call. Gives 0 to go on; anything else
+ * calls the run off, as long as no sample of the target has been written. */
+typedef int32_t (*orbel_progress)(void* context, double done);
+
+typedef struct orbel_options {
+  size_t size;               /* of the record */
+  int32_t threads;           /* the caller's among them; 0: as many as there are processors; default 0 */
+  int32_t reserved;          /* 0 */
+  const orbel_picture* mask; /* one channel of the picture's size: white where the result shows in full, black where the
+                                original stays; null: the result everywhere; default null */
+  orbel_progress progress;   /* null: nobody is told; default null */
+  void* context;             /* handed to progress */
+  char* message;             /* gets one sentence about what stopped the call, which names the member that is at fault;
+                                "" where nothing did; default null */
+  size_t message_capacity;   /* in bytes, with the terminating zero */
+} orbel_options;
+
+ORBEL_API orbel_status orbel_options_init(orbel_options* options, size_t size);
+
+/* Equalizes source into target. options may be null.
+ *
+ * Both have one size and the same channels; types of samples may differ. They may be the same picture, described by the
+ * same record; else they don't overlap. Colours are clipped to their type's range, floats aren't. Alpha is carried
+ * over, scaled to the target's type where that is another, and has no part in the work.
+ *
+ * Samples of 8 bits, and of 16 with white at 32768, become floats and come back as the plug-in converts its host's, so
+ * that results are the plug-in's; 16 bits with white at 65535 go by double precision, so that every level comes back.
+ *
+ * Checked in this order: ORBEL_BAD_ARGUMENT, ORBEL_BAD_SETTING, ORBEL_BAD_PICTURE, ORBEL_TOO_LARGE; in the course of
+ * the work ORBEL_NO_MEMORY and ORBEL_CANCELLED. With each of these the target is as it was. */
+ORBEL_API orbel_status orbel_equalize(const orbel_settings* settings, const orbel_picture* source,
+                                      const orbel_picture* target, const orbel_options* options);
+
+/* ---- The plan of a run ------------------------------------------------------------------------------------------- */
+
+typedef enum orbel_low_pass { ORBEL_NONE = 0, ORBEL_GAUSSIAN = 1, ORBEL_BILATERAL = 2 } orbel_low_pass;
+
+typedef struct orbel_level {
+  int32_t width; /* of the level whose detail the band is */
+  int32_t height;
+  int32_t low_pass; /* an orbel_low_pass */
+  int32_t window;   /* half-width of the bilateral filter's square; 0 for others */
+  double taps;      /* samples that the low-pass visits */
+} orbel_level;
+
+typedef struct orbel_plan {
+  size_t size; /* of the record */
+  orbel_level levels[ORBEL_BANDS];
+  double taps;  /* of all levels and planes: a measure of the time a run takes, by and large 0.15 to 0.4 ns each */
+  double bytes; /* that a run takes at most beside the pictures and the mask */
+  double stack_bytes;    /* that a stack keeps, with its copy of the picture */
+  int32_t refused_band;  /* the band that ORBEL_TOO_LARGE is about, 0 for the finest; ORBEL_BANDS where it is none */
+  int32_t reserved;      /* 0 */
+  double largest_radius; /* that this band has room for */
+} orbel_plan;
+
+ORBEL_API orbel_status orbel_plan_init(orbel_plan* plan, size_t size);
+
+/* What orbel_equalize would do with such a picture, whose samples aren't looked at, and what status it would begin
+ * with. The plan is filled for ORBEL_OK and ORBEL_TOO_LARGE. A run goes by the same plan. options may be null. */
+ORBEL_API orbel_status orbel_plan_run(const orbel_settings* settings, const orbel_picture* source,
+                                      const orbel_options* options, orbel_plan* plan);
+
+/* ---- Taken apart once, weighed often ----------------------------------------------------------------------------- */
+
+/* A picture taken apart. Weighing it anew costs about a tenth of a whole run. */
+typedef struct orbel_stack orbel_stack;
+
+/* Takes source apart, with the settings' radii, thresholds, edges and luminance, and keeps a copy of it. *stack is null
+ * with every status but ORBEL_OK. The mask has no part in it. Otherwise as orbel_equalize. */
+ORBEL_API orbel_status orbel_stack_create(const orbel_settings* settings, const orbel_picture* source,
+                                          const orbel_options* options, orbel_stack** stack);
+
+/* Puts the picture together into target, with the settings' gains, residual, half, overlay and mix: the same samples as
+ * orbel_equalize gives for them. ORBEL_BAD_SETTING where radii, thresholds, edges or luminance aren't those that the
+ * stack was made with. */
+ORBEL_API orbel_status orbel_stack_weigh(const orbel_stack* stack, const orbel_settings* settings,
+                                         const orbel_picture* target, const orbel_options* options);
+
+/* Band 0 to 4 of the stack, or the residual (ORBEL_BANDS), at a gain of 100: of luminance as one channel, else as one
+ * channel a colour, without alpha. A band lies around 0, and in a target of integers around middle grey. All bands and
+ * the residual add up to the picture, or its luminance, up to rounding. */
+ORBEL_API orbel_status orbel_stack_band(const orbel_stack* stack, int32_t band, const orbel_picture* target,
+                                        const orbel_options* options);
+
+/* Null is fine. */
+ORBEL_API void orbel_stack_free(orbel_stack* stack);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

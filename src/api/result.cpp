@@ -1,0 +1,78 @@
+#include "api/result.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+bool sameSamples(const orbel_picture& a, const orbel_picture& b, int channel) {
+  return a.base[channel] == b.base[channel] && a.column_step == b.column_step && a.row_step == b.row_step;
+}
+
+}  // namespace
+
+PictureResult::PictureResult(const orbel_settings& settings, const PictureLines& source, const orbel_picture& target,
+                             const orbel_picture* mask)
+    : source_(source),
+      target_(target),
+      conversion_(conversionOf(target.samples)),
+      mix_(static_cast<float>(settings.mix / 100)),
+      isBlended_(settings.mix != 100 || mask != nullptr) {
+  if (settings.overlay > 0) overlay_.emplace(IppiSize{target.width, target.height}, settings.overlay);
+  if (mask != nullptr) mask_.emplace(*mask);
+}
+
+void PictureResult::write(int y, float* const* colours, float* const* scratch) {
+  const int count = coloursOf(target_);
+  for (int c = 0; overlay_ && c < count; ++c) overlay_->draw(y, colours[c]);
+  if (isBlended_) blend(y, colours, scratch);
+  carryAlpha(y, scratch[0]);
+  for (int c = 0; c < count; ++c) {
+    conversion_.kernels.fromFloats(colours[c], lineOf(target_, c, y), target_.column_step, target_.width,
+                                   conversion_.fromFloats);
+  }
+}
+
+// original * (1 - weight) + result * weight; at weights of 0 and 1 exactly the one or the other.
+void PictureResult::blend(int y, float* const* colours, float* const* scratch) const {
+  const int width = target_.width;
+  float* const weights = scratch[BandStack::mostColours];
+  if (mask_) {
+    mask_->readChannel(0, y, weights);
+    // A float mask may hold anything; what is no number counts as black.
+    for (int x = 0; x < width; ++x) weights[x] = weights[x] > 0 ? std::min(weights[x], 1.0F) * mix_ : 0.0F;
+  } else {
+    std::fill(weights, weights + width, mix_);
+  }
+  source_.read(y, scratch);
+  for (int c = 0; c < coloursOf(target_); ++c) {
+    const float* const from = scratch[c];
+    float* const to = colours[c];
+    for (int x = 0; x < width; ++x) {
+      const float weight = weights[x];
+      // Apart, because 0 times an infinity is no number.
+      if (weight == 0) {
+        to[x] = from[x];
+      } else if (weight < 1) {
+        to[x] = from[x] * (1 - weight) + to[x] * weight;
+      }
+    }
+  }
+}
+
+void PictureResult::carryAlpha(int y, float* scratch) const {
+  const orbel_picture& source = source_.picture();
+  if (!hasAlpha(target_)) return;
+  const int channel = target_.channels - 1;
+  const unsigned char* from = lineOf(source, channel, y);
+  unsigned char* to = lineOf(target_, channel, y);
+  if (source.samples != target_.samples) {
+    source_.readChannel(channel, y, scratch);
+    conversion_.kernels.fromFloats(scratch, to, target_.column_step, target_.width, conversion_.fromFloats);
+  } else if (!sameSamples(source, target_, channel)) {
+    const auto bytes = static_cast<std::size_t>(bytesOf(target_.samples));
+    for (int x = 0; x < target_.width; ++x, from += source.column_step, to += target_.column_step) {
+      std::memcpy(to, from, bytes);
+    }
+  }
+}
