@@ -20,7 +20,7 @@
  * - Nothing of the process is touched: no locale, no signal handler, no environment variable, no working folder. The
  *   caller's floating-point environment neither matters nor changes.
  * - Threads that a call starts have ended when it returns. Afterwards the process may fork, and unload the library.
- * - Any number of threads may make calls at once, as long as no two of them write to one picture or use one stack.
+ * - Any number of threads may make calls at once, also on one stack, as long as no two of them write to one picture.
  * - A picture's result is the same to the last bit on every processor and for any number of threads. (Of samples that
  *   are no numbers, sign and payload aren't held.)
  */
@@ -30,9 +30,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#if defined(ORBEL_SHARED) && defined(_WIN32)
-#define ORBEL_API __declspec(dllexport)
-#elif defined(ORBEL_SHARED)
+#if defined(__GNUC__) && !defined(_WIN32)
 #define ORBEL_API __attribute__((visibility("default")))
 #else
 #define ORBEL_API

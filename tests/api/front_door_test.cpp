@@ -1,0 +1,433 @@
+// The front door: against the plug-in as its host plays it, in every layout, taken apart once, and asked for what it
+// refuses.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cfenv>
+#include <cstring>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include "api/orbel.h"
+#include "equalizer/setting_keys.h"
+#include "host/script_keys.h"
+#include "host/test_host.h"
+#include "primitives/primitives.h"
+#include "support/loaded_module.h"
+
+namespace {
+
+orbel_settings defaults() {
+  orbel_settings settings;
+  EXPECT_EQ(orbel_settings_init(&settings, sizeof settings), ORBEL_OK);
+  return settings;
+}
+
+// Every member away from its default, and no two bands alike.
+orbel_settings strong(bool luminance) {
+  orbel_settings s = defaults();
+  const double gains[] = {150, 40, 210, -30, 120};
+  const double radii[] = {1.5, 2, 0, 3, 0.7};
+  for (int i = 0; i < ORBEL_BANDS; ++i) {
+    s.bands[i].gain = gains[i];
+    s.bands[i].radius = radii[i];
+    s.bands[i].threshold = 20 + 15 * i;
+    s.bands[i].edges = i % 2;
+  }
+  s.residual = 90;
+  s.luminance = luminance ? 1 : 0;
+  s.overlay = 3;
+  return s;
+}
+
+constexpr std::size_t bytesOf(orbel_samples samples) {
+  return samples == ORBEL_UINT8 ? 1 : samples == ORBEL_FLOAT32 ? 4 : 2;
+}
+
+// A picture and its samples.
+struct Owned {
+  std::vector<unsigned char> samples;
+  orbel_picture picture;
+
+  Owned(orbel_samples type, int width, int height, int channels, unsigned seed = 1)
+      : samples(bytesOf(type) * static_cast<std::size_t>(width * height * channels)) {
+    const std::ptrdiff_t row = static_cast<std::ptrdiff_t>(bytesOf(type)) * channels * width;
+    orbel_picture_interleaved(&picture, sizeof picture, type, width, height, channels, samples.data(), row);
+    std::mt19937 random(seed);
+    for (int c = 0; c < channels; ++c) {
+      for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) set(c, x, y, 0.2 + 0.6 * (x > y) + 1e-4 * static_cast<double>(random() % 1000));
+      }
+    }
+  }
+  Owned(const Owned& other) : samples(other.samples), picture(other.picture) {
+    for (void*& base : picture.base) {
+      const auto at = static_cast<unsigned char*>(base) - other.samples.data();
+      if (base != nullptr) base = samples.data() + at;
+    }
+  }
+  Owned& operator=(const Owned&) = delete;
+
+  unsigned char* at(int c, int x, int y) const {
+    return static_cast<unsigned char*>(picture.base[c]) + x * picture.column_step + y * picture.row_step;
+  }
+  void set(int c, int x, int y, double part) const {
+    const double white = picture.samples == ORBEL_UINT8         ? 255
+                         : picture.samples == ORBEL_UINT16      ? 65535
+                         : picture.samples == ORBEL_UINT16_HOST ? 32768
+                                                                : 1;
+    if (picture.samples == ORBEL_FLOAT32) {
+      const auto sample = static_cast<float>(part);
+      std::memcpy(at(c, x, y), &sample, 4);
+    } else {
+      const auto level = static_cast<std::uint16_t>(part * white);
+      std::memcpy(at(c, x, y), &level, bytesOf(static_cast<orbel_samples>(picture.samples)));
+    }
+  }
+};
+
+std::vector<unsigned char> equalized(const orbel_settings& settings, const Owned& source,
+                                     const orbel_options* options = nullptr) {
+  const Owned target(source);
+  EXPECT_EQ(orbel_equalize(&settings, &target.picture, &target.picture, options), ORBEL_OK);
+  return target.samples;
+}
+
+Script scriptOf(const orbel_settings& settings) {
+  Script script;
+  for (int i = 0; i < ORBEL_KEYS; ++i) {
+    double value = 0;
+    EXPECT_EQ(orbel_settings_get(&settings, orbel_key(i), &value), ORBEL_OK);
+    script.push_back({scriptKeys[i].code, descriptorType(scriptKeys[i].kind), value});
+  }
+  return script;
+}
+
+TEST(FrontDoor, GivesThePluginsSamples) {
+  const std::pair<orbel_samples, int> types[] = {{ORBEL_UINT8, 8}, {ORBEL_UINT16_HOST, 16}, {ORBEL_FLOAT32, 32}};
+  for (const auto& [type, depth] : types) {
+    for (const IppiSize size : {IppiSize{131, 77}, IppiSize{40, 20}, IppiSize{1, 1}, IppiSize{9, 300}}) {
+      for (const bool luminance : {true, false}) {
+        for (const int half : {0, 1}) {
+          orbel_settings settings = strong(luminance);
+          settings.half = half;
+          const Owned picture(type, size.width, size.height, 3);
+          TestHost host(size.width, size.height, 3, depth);
+          for (int c = 0; c < 3; ++c) {
+            for (int i = 0; i < size.width * size.height; ++i) {
+              const std::size_t bytes = bytesOf(type);
+              std::memcpy(host.planes[static_cast<std::size_t>(c)].data() + bytes * static_cast<std::size_t>(i),
+                          picture.at(c, i % size.width, i / size.width), bytes);
+            }
+          }
+          host.play(scriptOf(settings));
+          ASSERT_EQ(host.run(), 0);
+          Owned result(picture);
+          result.samples = equalized(settings, picture);
+          for (int c = 0; c < 3; ++c) {
+            for (int i = 0; i < size.width * size.height; ++i) {
+              const std::size_t bytes = bytesOf(type);
+              const std::size_t plane = static_cast<std::size_t>(i) * bytes;
+              const std::size_t pixel = (static_cast<std::size_t>(i) * 3 + static_cast<std::size_t>(c)) * bytes;
+              ASSERT_EQ(std::memcmp(host.planes[static_cast<std::size_t>(c)].data() + plane,
+                                    result.samples.data() + pixel, bytes),
+                        0)
+                  << depth << " bits, " << size.width << " x " << size.height << ", channel " << c << ", sample " << i;
+            }
+          }
+        }
+      }
+    }
+  }
+}
+
+// Grey is what three equal colours come to; alpha stays; any layout and any second picture hold the same samples.
+TEST(FrontDoor, TakesPicturesAsTheyLie) {
+  for (const orbel_samples type : {ORBEL_UINT8, ORBEL_UINT16, ORBEL_FLOAT32}) {
+    for (const int channels : {1, 2, 3, 4}) {
+      for (const bool luminance : {true, false}) {
+        const int w = 61;
+        const int h = 45;
+        const orbel_settings settings = strong(luminance);
+        const Owned source(type, w, h, channels);
+        const Owned expected(source);
+        const Owned rgb(type, w, h, 3);
+        const std::size_t bytes = bytesOf(type);
+        for (int i = 0; i < 3 * w * h; ++i) {
+          std::memcpy(rgb.at(i % 3, i / 3 % w, i / 3 / w), source.at(channels < 3 ? 0 : i % 3, i / 3 % w, i / 3 / w),
+                      bytes);
+        }
+        const Owned plain(rgb);
+        ASSERT_EQ(orbel_equalize(&settings, &rgb.picture, &plain.picture, nullptr), ORBEL_OK);
+        for (int c = 0; c < (channels < 3 ? 1 : 3); ++c) {
+          for (int i = 0; i < w * h; ++i) std::memcpy(expected.at(c, i % w, i / w), plain.at(c, i % w, i / w), bytes);
+        }
+        EXPECT_EQ(equalized(settings, source), expected.samples) << type << ", " << channels << " channels";
+
+        // From planes at odd addresses, upside down, into columns from right to left.
+        std::vector<unsigned char> planes(source.samples.size() + 1);
+        orbel_picture from;
+        orbel_picture_planar(&from, sizeof from, type, w, h, channels, planes.data() + 1,
+                             static_cast<std::ptrdiff_t>(bytes) * w);
+        for (int c = 0; c < channels; ++c) {
+          from.base[c] = static_cast<unsigned char*>(from.base[c]) + (h - 1) * from.row_step;
+        }
+        from.row_step = -from.row_step;
+        std::vector<unsigned char> turned(source.samples.size());
+        orbel_picture to;
+        orbel_picture_interleaved(&to, sizeof to, type, h, w, channels, turned.data(),
+                                  static_cast<std::ptrdiff_t>(bytes) * h * channels);
+        std::swap(to.width, to.height);
+        std::swap(to.column_step, to.row_step);
+        for (int c = 0; c < channels; ++c) {
+          to.base[c] = static_cast<unsigned char*>(to.base[c]) + (w - 1) * to.column_step;
+          for (int i = 0; i < w * h; ++i) {
+            std::memcpy(static_cast<unsigned char*>(from.base[c]) + i % w * from.column_step + i / w * from.row_step,
+                        source.at(c, i % w, i / w), bytes);
+          }
+        }
+        to.column_step = -to.column_step;
+        ASSERT_EQ(orbel_equalize(&settings, &from, &to, nullptr), ORBEL_OK);
+        for (int c = 0; c < channels; ++c) {
+          for (int i = 0; i < w * h; ++i) {
+            ASSERT_EQ(
+                std::memcmp(static_cast<unsigned char*>(to.base[c]) + i % w * to.column_step + i / w * to.row_step,
+                            expected.at(c, i % w, i / w), bytes),
+                0);
+          }
+        }
+      }
+    }
+  }
+}
+
+TEST(FrontDoor, GivesEveryLevelBackInItsOwnTypeAndInAnother) {
+  Owned all(ORBEL_UINT16, 256, 256, 1);
+  for (int i = 0; i < 65536; ++i) {
+    const auto level = static_cast<std::uint16_t>(i);
+    std::memcpy(all.samples.data() + 2 * i, &level, 2);
+  }
+  const orbel_settings neutral = defaults();
+  EXPECT_EQ(equalized(neutral, all), all.samples);
+  const Owned floats(ORBEL_FLOAT32, 256, 256, 1);
+  const Owned bytes(ORBEL_UINT8, 256, 256, 1);
+  ASSERT_EQ(orbel_equalize(&neutral, &all.picture, &floats.picture, nullptr), ORBEL_OK);
+  ASSERT_EQ(orbel_equalize(&neutral, &floats.picture, &bytes.picture, nullptr), ORBEL_OK);
+  for (int i = 0; i < 65536; ++i) {
+    ASSERT_NEAR(bytes.samples[static_cast<std::size_t>(i)], i / 257.0, 0.5001);
+  }
+}
+
+// By the formula, from a run in full, on floats: original * (1 - weight) + result * weight.
+TEST(FrontDoor, BlendsByMixAndMask) {
+  const Owned source(ORBEL_FLOAT32, 50, 40, 3);
+  const Owned mask(ORBEL_UINT8, 50, 40, 1, 5);
+  orbel_settings settings = strong(true);
+  Owned full(source);
+  full.samples = equalized(settings, source);
+  orbel_options options;
+  orbel_options_init(&options, sizeof options);
+  options.mask = &mask.picture;
+  settings.mix = 70;
+  Owned blended(source);
+  blended.samples = equalized(settings, source, &options);
+  const auto sample = [](const Owned& picture, int i) {
+    float value = 0;
+    std::memcpy(&value, picture.samples.data() + 4 * i, 4);
+    return value;
+  };
+  for (int i = 0; i < 50 * 40 * 3; ++i) {
+    const float weight = static_cast<float>(mask.samples[static_cast<std::size_t>(i / 3)]) / 255.0F * 0.7F;
+    EXPECT_NEAR(sample(blended, i), sample(source, i) * (1 - weight) + sample(full, i) * weight, 1e-6);
+  }
+  settings.mix = 0;
+  EXPECT_EQ(equalized(settings, source, &options), source.samples);
+}
+
+TEST(FrontDoor, WeighsAStackAsAWholeRunDoes) {
+  for (const orbel_samples type : {ORBEL_UINT8, ORBEL_FLOAT32}) {
+    for (const IppiSize size : {IppiSize{150, 90}, IppiSize{30, 50}}) {
+      for (const bool luminance : {true, false}) {
+        const orbel_settings first = strong(luminance);
+        const Owned source(type, size.width, size.height, 4);
+        orbel_stack* stack = nullptr;
+        {
+          const Owned passing(source);  // the stack has a copy
+          ASSERT_EQ(orbel_stack_create(&first, &passing.picture, nullptr, &stack), ORBEL_OK);
+        }
+        orbel_settings second = first;
+        for (orbel_band& band : second.bands) band.gain += 60;
+        second.residual = 105;
+        second.half = 1;
+        second.mix = 60;
+        second.overlay = 0;
+        for (const orbel_settings& settings : {first, second, first}) {
+          const Owned target(type, size.width, size.height, 4, 9);
+          ASSERT_EQ(orbel_stack_weigh(stack, &settings, &target.picture, nullptr), ORBEL_OK);
+          EXPECT_EQ(target.samples, equalized(settings, source));
+        }
+        second.bands[4].radius += 1;
+        EXPECT_EQ(orbel_stack_weigh(stack, &second, &source.picture, nullptr), ORBEL_BAD_SETTING);
+        orbel_stack_free(stack);
+      }
+    }
+  }
+}
+
+TEST(FrontDoor, GivesBandsThatAddUpToThePicture) {
+  const Owned source(ORBEL_FLOAT32, 70, 60, 3);
+  orbel_settings settings = strong(false);
+  orbel_stack* stack = nullptr;
+  ASSERT_EQ(orbel_stack_create(&settings, &source.picture, nullptr, &stack), ORBEL_OK);
+  std::vector<double> sum(70 * 60 * 3);
+  for (int band = 0; band <= ORBEL_BANDS; ++band) {
+    const Owned part(ORBEL_FLOAT32, 70, 60, 3);
+    ASSERT_EQ(orbel_stack_band(stack, band, &part.picture, nullptr), ORBEL_OK);
+    for (std::size_t i = 0; i < sum.size(); ++i) {
+      float sample = 0;
+      std::memcpy(&sample, part.samples.data() + 4 * i, 4);
+      sum[i] += sample;
+    }
+  }
+  for (std::size_t i = 0; i < sum.size(); ++i) {
+    float sample = 0;
+    std::memcpy(&sample, source.samples.data() + 4 * i, 4);
+    ASSERT_NEAR(sum[i], sample, 3e-6);
+  }
+  orbel_stack_free(stack);
+}
+
+TEST(FrontDoor, KeepsTheCallersManners) {
+  const Owned source(ORBEL_FLOAT32, 120, 80, 3);
+  const orbel_settings settings = strong(true);
+  const auto expected = equalized(settings, source);
+  for (const int rounding : {FE_UPWARD, FE_TOWARDZERO}) {
+    std::fesetround(rounding);
+    const auto samples = equalized(settings, source);
+    EXPECT_EQ(std::fegetround(), rounding);
+    std::fesetround(FE_TONEAREST);
+    EXPECT_EQ(samples, expected);
+  }
+  orbel_options options;
+  orbel_options_init(&options, sizeof options);
+  for (const int threads : {1, 2, 5}) {
+    options.threads = threads;
+    EXPECT_EQ(equalized(settings, source, &options), expected) << threads;
+  }
+  // Two at once, and no thread left.
+  std::vector<unsigned char> other;
+  std::thread beside([&] { other = equalized(settings, source); });
+  EXPECT_EQ(equalized(settings, source), expected);
+  beside.join();
+  EXPECT_EQ(other, expected);
+  EXPECT_EQ(threadCountOnceSettled(1), 1);
+#if !defined(_WIN32)
+  const pid_t child = fork();
+  if (child == 0) _exit(equalized(settings, source) == expected ? 0 : 1);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0) << "a child's run";
+#endif
+}
+
+TEST(FrontDoor, CanBeCalledOffUntilItWrites) {
+  const Owned source(ORBEL_UINT8, 300, 200, 3);
+  struct Listener {
+    double stopAt;
+    double last = -1;
+    std::thread::id thread = std::this_thread::get_id();
+  };
+  orbel_options options;
+  orbel_options_init(&options, sizeof options);
+  options.progress = [](void* context, double done) {
+    auto& listener = *static_cast<Listener*>(context);
+    EXPECT_EQ(listener.thread, std::this_thread::get_id());
+    EXPECT_GT(done, listener.last);
+    EXPECT_LE(done, 1);
+    listener.last = done;
+    return done >= listener.stopAt ? 1 : 0;
+  };
+  orbel_settings settings = strong(false);
+  const auto expected = equalized(settings, source);
+  for (const double stopAt : {0.0, 0.3, 2.0}) {
+    Listener listener{stopAt};
+    options.context = &listener;
+    options.threads = 1;
+    const Owned target(source);
+    const orbel_status status = orbel_equalize(&settings, &target.picture, &target.picture, &options);
+    EXPECT_EQ(status, stopAt > 1 ? ORBEL_OK : ORBEL_CANCELLED);
+    EXPECT_EQ(target.samples, stopAt > 1 ? expected : source.samples);
+    EXPECT_TRUE(stopAt < 1 || listener.last > 0.98);
+  }
+}
+
+TEST(FrontDoor, NamesWhatItRefuses) {
+  const Owned source(ORBEL_UINT8, 40, 30, 3);
+  char message[200];
+  orbel_options options;
+  orbel_options_init(&options, sizeof options);
+  options.message = message;
+  options.message_capacity = sizeof message;
+  struct Case {
+    orbel_status status;
+    const char* says;
+    void (*bend)(orbel_settings& settings, orbel_picture& from, orbel_picture& to);
+  };
+  const Case cases[] = {
+      {ORBEL_BAD_ARGUMENT, "settings", [](auto& s, auto&, auto&) { s.size = 8; }},
+      {ORBEL_BAD_SETTING, "bands[2].radius is -1", [](auto& s, auto&, auto&) { s.bands[2].radius = -1; }},
+      {ORBEL_BAD_SETTING, "bands[4].gain is nan", [](auto& s, auto&, auto&) { s.bands[4].gain = NAN; }},
+      {ORBEL_BAD_SETTING, "bands[0].edges is 2", [](auto& s, auto&, auto&) { s.bands[0].edges = 2; }},
+      {ORBEL_BAD_SETTING, "mix is 101", [](auto& s, auto&, auto&) { s.mix = 101; }},
+      {ORBEL_BAD_SETTING, "reference_edge", [](auto& s, auto&, auto&) { s.reference_edge = 1024; }},
+      {ORBEL_BAD_PICTURE, "source: width", [](auto&, auto& p, auto&) { p.width = 0; }},
+      {ORBEL_BAD_PICTURE, "source: channels", [](auto&, auto& p, auto&) { p.channels = 5; }},
+      {ORBEL_BAD_PICTURE, "source: base[2]", [](auto&, auto& p, auto&) { p.base[2] = nullptr; }},
+      {ORBEL_BAD_PICTURE, "target: its size", [](auto&, auto&, auto& p) { p.height = 29; }},
+      {ORBEL_BAD_PICTURE, "target: its channels", [](auto&, auto&, auto& p) { p.channels = 1; }},
+      {ORBEL_TOO_LARGE, "bands[1].radius is 9000", [](auto& s, auto&, auto&) { s.bands[1].radius = 9000; }},
+  };
+  for (const Case& c : cases) {
+    orbel_settings settings = defaults();
+    const Owned target(source);
+    orbel_picture from = source.picture;
+    orbel_picture to = target.picture;
+    c.bend(settings, from, to);
+    EXPECT_EQ(orbel_equalize(&settings, &from, &to, &options), c.status) << c.says;
+    EXPECT_EQ(std::string(message).rfind(c.says, 0), 0U) << message;
+    EXPECT_EQ(target.samples, source.samples);
+  }
+  orbel_settings settings = defaults();
+  EXPECT_EQ(orbel_equalize(&settings, &source.picture, nullptr, &options), ORBEL_BAD_ARGUMENT);
+  EXPECT_EQ(orbel_settings_init(&settings, 8), ORBEL_BAD_ARGUMENT);
+  EXPECT_EQ(orbel_settings_set(&settings, "CON6", 1), ORBEL_BAD_ARGUMENT);
+  EXPECT_EQ(orbel_settings_set(&settings, "WDTH", 1.5), ORBEL_BAD_SETTING);
+  EXPECT_EQ(orbel_settings_check(&settings, message, 4), ORBEL_OK);
+}
+
+// Radius 3 reaches 12 samples: a Gaussian of 2 * 25 taps on 10 x 3 pixels, then squares of 625 taps on 5 x 2, 3 x 1,
+// 2 x 1 and 1 x 1.
+TEST(FrontDoor, PlansWhatARunDoes) {
+  const Owned source(ORBEL_UINT8, 10, 3, 3);
+  orbel_plan plan;
+  orbel_plan_init(&plan, sizeof plan);
+  orbel_settings settings = defaults();
+  ASSERT_EQ(orbel_plan_run(&settings, &source.picture, nullptr, &plan), ORBEL_OK);
+  const double taps[] = {1500, 6250, 1875, 1250, 625};
+  for (int i = 0; i < ORBEL_BANDS; ++i) EXPECT_EQ(plan.levels[i].taps, taps[i]);
+  EXPECT_EQ(plan.taps, 11500);
+  EXPECT_EQ(plan.levels[1].window, 12);
+  EXPECT_EQ(plan.refused_band, ORBEL_BANDS);
+  settings.luminance = 0;
+  settings.bands[2].radius = 9000;
+  ASSERT_EQ(orbel_plan_run(&settings, &source.picture, nullptr, &plan), ORBEL_TOO_LARGE);
+  EXPECT_EQ(plan.refused_band, 2);
+  // 65535 - 3 samples, half of them on either side, four times the radius.
+  EXPECT_EQ(plan.largest_radius, 8191.5);
+  settings.bands[2].radius = plan.largest_radius;
+  EXPECT_EQ(orbel_plan_run(&settings, &source.picture, nullptr, &plan), ORBEL_OK);
+}
+
+}  // namespace
