@@ -3,7 +3,6 @@
 # the Windows module under Wine, which has none, on the same picture in turns. Both builds have to be there; the machine
 # should have nothing else to do.
 set -euo pipefail
-export OMP_WAIT_POLICY=passive  # threads that spin while others want the processor would measure that
 root=$(cd "$(dirname "$0")/.." && pwd)
 linux=${1:-$root/build/release}
 windows=${2:-$root/build/windows}

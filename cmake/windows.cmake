@@ -11,7 +11,7 @@ set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 # they are as fast. A test looks for aligned ones that are left.
 set(CMAKE_CXX_FLAGS_INIT -Wa,-muse-unaligned-vector-move)
 
-# The C++ and OpenMP runtimes are linked in: what is built needs only the system's own DLLs.
+# The C++ runtime is linked in: what is built needs only the system's own DLLs.
 set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
 set(CMAKE_MODULE_LINKER_FLAGS_INIT -static)
 

@@ -37,7 +37,6 @@ if [ ! -d "$corpus" ]; then
   mkdir "$corpus"
   seed "$corpus"
 fi
-# No run above 10 seconds, 1 GB in all or 256 MB in one block. Two threads suffice for what threads can do wrong.
-export OMP_NUM_THREADS=2 OMP_WAIT_POLICY=passive
+# No run above 10 seconds, 1 GB in all or 256 MB in one block.
 exec nice -n 10 "tests/fuzz/$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 -malloc_limit_mb=256 \
   -max_len=1024 -len_control=0 -print_final_stats=1 "$corpus"

@@ -25,9 +25,6 @@ class FuzzerChoices : public Choices {
 
 }  // namespace
 
-// What the OpenMP runtime of clang 14 loses of its own each time that it is shut down.
-extern "C" const char* __lsan_default_suppressions() { return "leak:libomp.so"; }
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   FuzzedDataProvider bytes(data, size);
   FuzzerChoices choices(bytes);

@@ -2,7 +2,6 @@
 # Runs random documents through the Linux and the Windows module and compares every sample.
 # Usage: same_as_on_linux.sh LINUX_BUILD WINDOWS_BUILD
 set -euo pipefail
-export OMP_WAIT_POLICY=passive
 linux=$1 windows=$2
 for program in tests/programs/module_runs OrbelBandEqualizer.so; do
   [ -e "$linux/$program" ] || { echo "$linux/$program is missing: build for Linux first" >&2; exit 1; }
