@@ -46,9 +46,12 @@ Outcome workOn(const Job& job, const WorkOptions& options, int connection) {
   try {
     return work(job, options, waitFor);
   } catch (const std::bad_alloc&) {
-    return settled(job, Outcome::Status::Failed, job.input + ": not enough memory for a picture of this size");
+    return settled(job, Outcome::Status::Failed,
+                   Failure(job.input, "not enough memory for a picture of this size", Cause::NoMemory));
+  } catch (const Failure& failure) {
+    return settled(job, Outcome::Status::Failed, failure);
   } catch (const std::exception& error) {
-    return settled(job, Outcome::Status::Failed, error.what());
+    return settled(job, Outcome::Status::Failed, Failure(job.input, error.what()));
   }
 }
 
@@ -148,22 +151,26 @@ class Batch {
     close(worker.connection);
     int status = 0;
     while (waitpid(worker.process, &status, 0) < 0 && errno == EINTR) continue;
+    // Whoever read the picture from the standard output has had enough of it: as if this process had written it.
+    if (WIFSIGNALED(status) && WTERMSIG(status) == SIGPIPE) raise(SIGPIPE);
     Outcome outcome;
     if (!worker.received.empty()) {
       outcome = outcomeFrom(nlohmann::json::parse(worker.received));
     } else {
-      outcome = settled(*worker.job, Outcome::Status::Failed, worker.job->input + ": " + endOf(status));
+      outcome = settled(*worker.job, Outcome::Status::Failed, endOf(status, worker.job->input));
       if (worker.job->output != pipeName) removeLeftovers(worker.job->output, worker.process);
     }
     anyFailed_ = anyFailed_ || outcome.status == Outcome::Status::Failed;
     talk_.tell(outcome);
   }
 
-  static std::string endOf(int status) {
+  static Failure endOf(int status, const std::string& input) {
     if (WIFSIGNALED(status)) {
-      return std::string("the work was ended by a signal: ") + strsignal(WTERMSIG(status));
+      const std::string signal = strsignal(WTERMSIG(status));
+      return {input, "the work was ended by a signal: " + signal, Cause::Crashed};
     }
-    return WEXITSTATUS(status) == exitInterrupted ? "interrupted" : "the work ended without a result";
+    if (WEXITSTATUS(status) == exitInterrupted) return {input, "interrupted", Cause::Interrupted};
+    return {input, "the work ended without a result", Cause::Crashed};
   }
 
   // The first that asked comes first; one that is alone gets what it needs.

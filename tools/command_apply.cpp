@@ -19,6 +19,7 @@
 #include "machine.h"
 #include "module.h"
 #include "naming.h"
+#include "page_option.h"
 #include "settings_options.h"
 #include "talk.h"
 #include "work_limits.h"
@@ -88,6 +89,7 @@ void describeInputs(CLI::App& command, ApplyArguments& a) {
                   "Take the names in this file, or - for the standard input: one a line, or ended by zero bytes")
       ->group(group)
       ->type_name("FILE");
+  addPageOption(command, a.work.page)->group(group);
 }
 
 void describeOutput(CLI::App& command, ApplyArguments& a) {
@@ -105,6 +107,7 @@ void describeOutput(CLI::App& command, ApplyArguments& a) {
       ->group(group);
   auto* inPlace = command.add_flag("--in-place", a.naming.inPlace, "Overwrite the input, and keep it as NAME_original");
   inPlace->group(group);
+  inPlace->excludes("--page");  // the others would be lost
   command.add_flag("--no-backup", a.noBackup, "Keep no original")->group(group)->needs(inPlace);
   command.add_option("--ext", a.naming.extension, "Extension of the output, which tells its format")
       ->group(group)
@@ -119,7 +122,8 @@ void describeOutput(CLI::App& command, ApplyArguments& a) {
       ->check(CLI::Range(1, 100).description(""));
   command
       .add_option("--compression", a.work.save.compression,
-                  "TIFF: none, lzw, deflate, zstd; PNG: 0 to 9; WebP, HEIF, JPEG 2000: lossy, lossless")
+                  "TIFF: none, lzw, deflate, packbits, zstd; PNG: 0 to 9; WebP, HEIF, JPEG 2000: lossy, lossless; "
+                  "all: keep, as the input (the default)")
       ->group(group)
       ->type_name("HOW");
   command.add_flag("--recipe", a.work.writesRecipe, "Write the settings beside the picture, as OUT.toml")->group(group);
@@ -167,7 +171,9 @@ void describeMessages(CLI::App& command, ApplyArguments& a) {
   command.add_flag("--json", a.talk.json, "Results as JSON, an object a line")->group(group);
   auto* quiet = command.add_flag("-q,--quiet", a.talk.quiet, "Say nothing but errors");
   quiet->group(group);
-  command.add_flag("-v,--verbose", a.batch.verbose, "Show the image library's warnings as well")
+  command
+      .add_flag("-v,--verbose", a.batch.verbose,
+                "Show the image library's warnings as well, and all files that are left alone")
       ->group(group)
       ->excludes(quiet);
 }
@@ -180,7 +186,11 @@ double totalSize(const std::vector<Job>& jobs) {
 
 void takePlainForm(ApplyArguments& a) {
   if (!a.plain || a.naming.output) return;
-  if (a.inputs.names.size() != 2) throw SettingsError("the plain form is: orbel IN OUT (orbel --help tells more)");
+  const std::vector<std::string>& names = a.inputs.names;
+  if (names.size() != 2) {
+    throw SettingsError("without a command it is: orbel IN OUT; for one picture or many: orbel apply " +
+                        (names.empty() ? "IN" : names.front()) + (names.size() > 2 ? " ... -o FOLDER" : " -o OUT"));
+  }
   a.naming.output = a.inputs.names.back();
   a.inputs.names.pop_back();
 }
@@ -202,6 +212,20 @@ void shareOutMachine(ApplyArguments& a) {
   a.work.mostMinutes = a.limits.mostMinutes;
 }
 
+// Among the results where programs read them, else in a line.
+void tellOfLeftAlone(const Inputs& inputs, const ApplyArguments& a, Plan& plan) {
+  if (a.talk.json) {
+    for (const std::string& file : inputs.leftAlone) {
+      Job job;
+      job.input = file;
+      plan.settled.push_back(
+          settled(job, Outcome::Status::Skipped, Failure(file, "is no picture by its name", Cause::NoPicture)));
+    }
+  } else if (!inputs.leftAlone.empty() && !a.talk.quiet) {
+    fmt::print(stderr, "orbel: {}\n", printable(leftAloneText(inputs, a.batch.verbose)));
+  }
+}
+
 ExitCode apply(ApplyArguments& a) {
   a.work.choice = chooseSettings(a.settings);
   if (printIfAsked(a.work.choice)) return exitGood;
@@ -218,11 +242,9 @@ ExitCode apply(ApplyArguments& a) {
   a.talk.resultsToErrors = a.naming.output == pipeName;
 
   const Inputs inputs = listInputs(a.inputs);
-  const Plan plan = planJobs(inputs, a.naming, a.inputs.recursive);
+  Plan plan = planJobs(inputs, a.naming, a.inputs.recursive);
   a.work.entry = loadEntry(a.plugin.value_or(ownModule()));
-  if (inputs.leftAlone > 0 && !a.talk.quiet) {
-    fmt::print(stderr, "orbel: {} files are no pictures by their names, and left alone\n", inputs.leftAlone);
-  }
+  tellOfLeftAlone(inputs, a, plan);
   Talk talk(a.talk, plan.jobs.size() + plan.settled.size(), totalSize(plan.jobs));
   for (const Outcome& outcome : plan.settled) talk.tell(outcome);
   if (!a.work.dryRun) {

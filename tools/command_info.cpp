@@ -11,9 +11,12 @@
 
 #include "commands.h"
 #include "estimate.h"
+#include "failure.h"
 #include "image_file.h"
+#include "inputs.h"
 #include "metadata.h"
 #include "outcome.h"
+#include "page_option.h"
 #include "settings.h"
 
 namespace {
@@ -21,8 +24,10 @@ namespace {
 using nlohmann::json;
 
 struct InfoArguments {
-  std::vector<std::string> inputs;
+  InputArguments inputs;
+  std::optional<int> page;
   bool json = false;
+  bool verbose = false;
 };
 
 double memoryFor(const vips::VImage& picture) {
@@ -39,9 +44,9 @@ double memoryFor(const vips::VImage& picture) {
   return memoryOf(shape, Settings());
 }
 
-json describe(const std::string& file) {
+json describe(const std::string& file, std::optional<int> page) {
   Notes remarks;
-  const vips::VImage picture = openPicture(file, remarks);
+  const vips::VImage picture = openPicture(file, remarks, page);
   requireThatHostHolds(file, picture.width(), picture.height());
   const Metadata metadata = metadataOf(picture);
   const int orientation = vips_image_get_orientation(picture.get_image());
@@ -75,20 +80,41 @@ std::string textOf(const json& info) {
   return text;
 }
 
+void tellOf(const std::string& file, const Failure& failure, bool asJson) {
+  fmt::print(stderr, "orbel: {}\n", printable(failure.what()));
+  if (!asJson) return;
+  json object = {{"file", file}};
+  object.update(toJson(failure));
+  fmt::print("{}", jsonLine(object));
+}
+
+// False where it can't be told.
+bool tellOf(const std::string& file, const InfoArguments& arguments) {
+  try {
+    const json info = describe(file, arguments.page);
+    fmt::print("{}", arguments.json ? jsonLine(info) : textOf(info) + "\n");
+    return true;
+  } catch (const Failure& failure) {
+    tellOf(file, failure, arguments.json);
+  } catch (const std::exception& error) {
+    tellOf(file, Failure(file, error.what()), arguments.json);
+  }
+  return false;
+}
+
 ExitCode informAbout(const InfoArguments& arguments) {
   const ImageLibrary library("orbel", false);
   ExitCode code = exitGood;
-  for (const std::string& file : arguments.inputs) {
-    json info;
-    try {
-      info = describe(file);
-    } catch (const std::exception& error) {
-      code = exitFileFailed;
-      fmt::print(stderr, "orbel: {}\n", printable(error.what()));
-      info = {{"file", file}, {"reason", error.what()}};
-      if (!arguments.json) continue;
-    }
-    fmt::print("{}", arguments.json ? jsonLine(info) : textOf(info) + "\n");
+  const Inputs inputs = listInputs(arguments.inputs);
+  for (const auto& [folder, reason] : inputs.unreadable) {
+    tellOf(folder, Failure(folder, reason, Cause::Unreadable), arguments.json);
+    code = exitFileFailed;
+  }
+  for (const Input& input : inputs.files) {
+    if (!tellOf(input.file, arguments)) code = exitFileFailed;
+  }
+  if (!inputs.leftAlone.empty()) {
+    fmt::print(stderr, "orbel: {}\n", printable(leftAloneText(inputs, arguments.verbose)));
   }
   return code;
 }
@@ -98,7 +124,13 @@ ExitCode informAbout(const InfoArguments& arguments) {
 void addInfoCommand(CLI::App& program, ExitCode& outcome) {
   CLI::App* const command = program.add_subcommand("info", "Tell what pictures are, and the memory that a run takes");
   const auto arguments = std::make_shared<InfoArguments>();
-  command->add_option("IN", arguments->inputs, "Pictures; - is the standard input")->required()->type_name("");
+  command->add_option("IN", arguments->inputs.names, "Pictures, or folders with -r; - is the standard input")
+      ->required()
+      ->type_name("");
+  command->add_flag("-r,--recursive", arguments->inputs.recursive,
+                    "Take the pictures in folders, and in the folders therein");
+  addPageOption(*command, arguments->page);
   command->add_flag("--json", arguments->json, "Print JSON, an object a line");
+  command->add_flag("-v,--verbose", arguments->verbose, "Name all files that are left alone");
   command->callback([arguments, &outcome] { outcome = informAbout(*arguments); });
 }

@@ -66,6 +66,7 @@ std::string radiusInBand(const Settings& settings, std::size_t band) {
 }
 
 std::string duration(double minutes) {
+  constexpr double second = 1.0 / 60;
   constexpr double hour = 60;
   constexpr double day = 24 * hour;
   constexpr double year = 365 * day;
@@ -73,6 +74,8 @@ std::string duration(double minutes) {
   const auto rounded = [&](double unit, const char* name) {
     return "about " + std::to_string(std::lround(minutes / unit)) + name;
   };
+  if (minutes < 1.5 * second) return "about a second";
+  if (minutes < 2) return rounded(second, " seconds");
   if (minutes < 2 * hour) return rounded(1, " minutes");
   if (minutes < 2 * day) return rounded(hour, " hours");
   return minutes < 2 * year ? rounded(day, " days") : rounded(year, " years");
@@ -106,7 +109,7 @@ void requireThatWindowsFit(const std::string& file, const Settings& settings, in
       std::ostringstream reason;
       reason << radiusInBand(settings, band) << " is too large for edge protection on this picture; at most "
              << static_cast<double>(room) / 4;
-      throw Failure(file, reason.str());
+      throw Failure(file, reason.str(), Cause::Settings);
     }
     width = halved(width);
     height = halved(height);
@@ -120,19 +123,24 @@ void requireShortWork(const std::string& file, const Settings& settings, int wid
   const double minutes = nanoseconds / 60e9;
   if (mostMinutes == 0 || !(minutes > mostMinutes)) return;
   const auto costliest = static_cast<std::size_t>(std::max_element(taps.begin(), taps.end()) - taps.begin());
-  throw Failure(file, "these settings ask for " + duration(minutes) + " of work, most of it for " +
-                          radiusInBand(settings, costliest) + "; --max-minutes 0 does it all the same");
+  throw Failure(file,
+                "these settings ask for " + duration(minutes) + " of work, most of it for " +
+                    radiusInBand(settings, costliest) + "; --max-minutes 0 does it all the same",
+                Cause::TooLong);
 }
 
 void requireThatHostHolds(const std::string& file, int width, int height) {
   const std::string size = "is " + std::to_string(width) + " x " + std::to_string(height) + " pixels; ";
   if (std::max(width, height) > longestHostSide) {
-    throw Failure(file, size + "the plug-in's host knows no side above " + std::to_string(longestHostSide));
+    throw Failure(file, size + "the plug-in's host knows no side above " + std::to_string(longestHostSide),
+                  Cause::TooLarge);
   }
   const std::int64_t rowBytes = (std::int64_t{width} * 4 + 63) / 64 * 64;
   if (const std::int64_t block = 3 * rowBytes * height; block > largestBlock) {
-    throw Failure(file, size + "as floats that is " + memoryText(static_cast<double>(block)) +
-                            ", and the plug-in's block of memory ends at 2 GiB");
+    throw Failure(file,
+                  size + "as floats that is " + memoryText(static_cast<double>(block)) +
+                      ", and the plug-in's block of memory ends at 2 GiB",
+                  Cause::TooLarge);
   }
 }
 
@@ -149,7 +157,8 @@ double memoryOf(const RunShape& s, const Settings& settings) {
 void requireMemory(const std::string& file, double needed, double most) {
   if (most == 0 || needed <= most) return;
   throw Failure(
-      file, "needs about " + memoryText(needed) + " of memory, and " + memoryText(most) + " are to be had (--memory)");
+      file, "needs about " + memoryText(needed) + " of memory, and " + memoryText(most) + " are to be had (--memory)",
+      Cause::NoMemory);
 }
 
 std::string memoryText(double bytes) {

@@ -12,6 +12,16 @@ namespace {
 
 enum class Target { Beside, InPlace, File, Folder, Pattern, Pipe };
 
+// What can't be looked at, such as a loop of links, is neither; writing there will say why.
+bool isFolder(const std::string& name) {
+  std::error_code unknown;
+  return fs::is_directory(name, unknown);
+}
+bool isThere(const std::string& name) {
+  std::error_code unknown;
+  return fs::exists(name, unknown);
+}
+
 Target targetOf(const NamingArguments& a, bool several) {
   if (a.inPlace && a.output) throw SettingsError("--in-place and -o exclude each other");
   if (a.inPlace && a.extension) throw SettingsError("--in-place and --ext exclude each other");
@@ -24,9 +34,9 @@ Target targetOf(const NamingArguments& a, bool several) {
   if (output == pipeName && several) throw SettingsError("-o -: the standard output takes one picture");
   if (output == pipeName) return Target::Pipe;
   if (output.find("%s") != std::string::npos) return Target::Pattern;
-  if (output.back() == '/' || fs::is_directory(output)) return Target::Folder;
+  if (output.back() == '/' || isFolder(output)) return Target::Folder;
   if (!several) return Target::File;
-  if (fs::exists(output) || findFormat(extensionOf(output)) != nullptr) {
+  if (isThere(output) || findFormat(extensionOf(output)) != nullptr) {
     throw SettingsError("-o " + output + ": several inputs need a folder or a pattern with %s");
   }
   return Target::Folder;
@@ -63,7 +73,7 @@ std::string filled(std::string pattern, const std::string& name) {
 std::string suffixFor(const Input& input, const NamingArguments& a, Job& job) {
   if (a.extension) return "." + *a.extension;
   const FileFormat* const format = findFormat(extensionOf(input.file));
-  if (format != nullptr && format->operation == nullptr) {
+  if (format != nullptr && !format->isWritten()) {
     job.notes.push_back(format->name + " files can be read only; comes back as TIFF");
     return ".tif";
   }
@@ -138,7 +148,7 @@ Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {
   for (const auto& [folder, reason] : inputs.unreadable) {
     Job job;
     job.input = folder;
-    plan.settled.push_back(settled(job, Outcome::Status::Failed, Failure(folder, reason).what()));
+    plan.settled.push_back(settled(job, Outcome::Status::Failed, Failure(folder, reason, Cause::Unreadable)));
   }
   for (const Input& input : inputs.files) {
     if (input.file == pipeName && (inputs.files.size() > 1 || !a.output || (target == Target::Pipe && !a.extension))) {
@@ -146,24 +156,25 @@ Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {
     }
     Job job = jobFor(input, a, target);
     if (isResult(input)) {
-      plan.settled.push_back(settled(job, Outcome::Status::Skipped, input.file + ": is a result itself"));
+      plan.settled.push_back(
+          settled(job, Outcome::Status::Skipped, Failure(input.file, "is a result itself", Cause::OwnResult)));
       continue;
     }
     const std::string identity = identityOf(job.output);
     if (const auto [other, isNew] = writers.emplace(identity, input.file); !isNew && job.output != pipeName) {
-      const std::string reason = job.input + ": " + job.output + " is already the output of " + other->second;
-      plan.settled.push_back(settled(job, Outcome::Status::Failed, reason));
+      const std::string reason = job.output + " is already the output of " + other->second;
+      plan.settled.push_back(settled(job, Outcome::Status::Failed, Failure(job.input, reason, Cause::OutputTaken)));
       continue;
     }
     if (originals.count(identity) != 0) {
-      const std::string reason = job.input + ": " + job.output + " is an input itself; -f overwrites it";
-      plan.settled.push_back(settled(job, Outcome::Status::Failed, reason));
+      const std::string reason = job.output + " is an input itself; -f overwrites it";
+      plan.settled.push_back(settled(job, Outcome::Status::Failed, Failure(job.input, reason, Cause::OutputTaken)));
       continue;
     }
     if (a.update && job.output != pipeName) {
       if (isUpToDate(job)) {
-        const std::string reason = job.input + ": " + job.output + " is up to date";
-        plan.settled.push_back(settled(job, Outcome::Status::Skipped, reason));
+        const std::string reason = job.output + " is up to date";
+        plan.settled.push_back(settled(job, Outcome::Status::Skipped, Failure(job.input, reason, Cause::UpToDate)));
         continue;
       }
       job.overwrite = true;

@@ -44,7 +44,7 @@ double Talk::secondsLeft() const { return bytesDone_ > 0 ? secondsGone() * std::
 double Talk::megapixelsPerSecond() const { return megapixels_ / std::max(secondsGone(), 1e-3); }
 
 std::string Talk::line(const Outcome& o) const {
-  if (o.status == Outcome::Status::Skipped) return o.reason;
+  if (o.status == Outcome::Status::Skipped) return o.line();
   const std::string shape = fmt::format("{} x {}, {} bits", o.width, o.height, o.bits);
   if (options_.dryRun) {
     return fmt::format("{} -> {} ({}, about {} of memory)", o.input, o.output, shape, memoryText(o.memory));
@@ -53,7 +53,7 @@ std::string Talk::line(const Outcome& o) const {
 }
 
 void Talk::report(const Outcome& o) {
-  if (o.status == Outcome::Status::Failed) fmt::print(stderr, "orbel: {}\n", printable(o.reason));
+  if (o.status == Outcome::Status::Failed) fmt::print(stderr, "orbel: {}\n", printable(o.line()));
   if (!options_.quiet) {
     for (const std::string& note : o.notes) {
       fmt::print(stderr, "orbel: note on {}: {}\n", printable(o.input), printable(note));

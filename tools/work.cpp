@@ -3,6 +3,7 @@
 #include <chrono>
 #include <filesystem>
 #include <memory>
+#include <string_view>
 
 #include "estimate.h"
 #include "failure.h"
@@ -41,7 +42,7 @@ void equalize(const Job& job, const WorkOptions& options, int depth, VipsBandFor
   try {
     runPlugin(options.entry, settingsFor(options.choice, picture.width(), picture.height()).script(), document);
   } catch (const PluginRefusal& refusal) {
-    throw Failure(job.input, refusal.what());
+    throw Failure(job.input, refusal.what(), Cause::PluginRefused);
   }
   blend(original, weights, document);
   picture = withSamples(picture, samples);
@@ -49,9 +50,20 @@ void equalize(const Job& job, const WorkOptions& options, int depth, VipsBandFor
   renewThumbnail(picture);
 }
 
+// Where the input's extension chose the output's format, and the input is of another one.
+void noteMisnomer(const std::string& input, const VImage& opened, const FileFormat& written, Notes& notes) {
+  const FileFormat* const content = formatOf(opened);
+  if (content == nullptr || findFormat(extensionOf(input)) != &written ||
+      std::string_view(content->loader.name) == written.loader.name) {
+    return;
+  }
+  notes.push_back("is a " + content->name + " file by its content, and comes back as " + written.name +
+                  ", by its name");
+}
+
 void writeTo(TargetFile& target, const Job& job, const WorkOptions& options, const FileFormat& format,
-             const VImage& picture, Notes& notes) {
-  savePicture(picture, format, target.descriptor(), job.output, options.save);
+             const SaveOptions& save, const VImage& picture, Notes& notes) {
+  savePicture(picture, format, target.descriptor(), job.output, save);
   for (const std::string& note : completeMetadata(job.input, picture, target.temporary(), format)) {
     notes.push_back(note);
   }
@@ -62,12 +74,14 @@ void writeTo(TargetFile& target, const Job& job, const WorkOptions& options, con
 
 }  // namespace
 
-Outcome settled(const Job& job, Outcome::Status status, const std::string& reason) {
+Outcome settled(const Job& job, Outcome::Status status, const Failure& why) {
   Outcome outcome;
   outcome.input = job.input;
   outcome.output = job.output;
   outcome.status = status;
-  outcome.reason = reason;
+  outcome.cause = why.cause;
+  outcome.about = why.file;
+  outcome.reason = why.reason;
   return outcome;
 }
 
@@ -78,17 +92,19 @@ Outcome work(const Job& job, const WorkOptions& options, const std::function<voi
   outcome.output = job.output;
   outcome.notes = job.notes;
   if (std::error_code none; std::filesystem::is_directory(job.input, none)) {
-    throw Failure(job.input, "is a folder; -r takes the pictures in it");
+    throw Failure(job.input, "is a folder; -r takes the pictures in it", Cause::Unreadable);
   }
-  if (job.input != pipeName) requireFileWithContent(job.input);
+  const VImage opened = openPicture(job.input, outcome.notes, options.page);
   const FileFormat& format = writableFormat(job.extension, job.output);
   requireThatFormatKnows(format, options.save, job.output);
   if (job.output != pipeName && !job.overwrite) requireFree(job.output);
   if (job.output != pipeName && options.writesRecipe && !job.overwriteRecipe) requireFree(recipeOf(job));
-  const VImage opened = openPicture(job.input, outcome.notes);
   const VipsBandFormat samples = options.samples.value_or(opened.format());
   const int depth = documentDepth(opened.format(), samples, options);
   requireThatFormatHolds(format, opened, samples, job.output);
+  noteMisnomer(job.input, opened, format, outcome.notes);
+  const SaveOptions save =
+      keepPacking(job.input, options.page.value_or(1), opened, format, samples, options.save, outcome.notes);
   const int width = opened.width();
   const int height = opened.height();
   requireThatHostHolds(job.input, width, height);
@@ -110,13 +126,13 @@ Outcome work(const Job& job, const WorkOptions& options, const std::function<voi
   if (job.output == pipeName) {
     VImage picture = decodePicture(opened, job.input);
     equalize(job, options, depth, samples, picture);
-    savePictureToPipe(picture, format, options.save);
+    savePictureToPipe(picture, format, save);
   } else {
     // Opened before the work, so that a target that can't be written doesn't cost the work first.
     TargetFile target(job.output, job.overwrite);
     VImage picture = decodePicture(opened, job.input);
     equalize(job, options, depth, samples, picture);
-    writeTo(target, job, options, format, picture, outcome.notes);
+    writeTo(target, job, options, format, save, picture, outcome.notes);
   }
   outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return outcome;

@@ -25,6 +25,7 @@ struct WorkOptions {
   std::optional<VipsBandFormat> samples;  // of the output; as the input's if not given
   std::optional<int> hostDepth;           // the least that loses nothing if not given
   SaveOptions save;
+  std::optional<int> page;  // of the inputs
   bool keepsOriginal = false;
   bool writesRecipe = false;
   bool dryRun = false;
@@ -34,7 +35,7 @@ struct WorkOptions {
 };
 
 // The outcome of a job that wasn't done.
-Outcome settled(const Job& job, Outcome::Status status, const std::string& reason);
+Outcome settled(const Job& job, Outcome::Status status, const Failure& why);
 
 // Does the job. Once its needs are known, and before they are taken, waitFor is called with the bytes of memory; it
 // returns when they are free. Throws Failure, and std::bad_alloc.

@@ -196,6 +196,9 @@ TEST_F(Orbel, ConvertsDepthsAndColourModelsWithANote) {
   const VImage inks = testPicture(4).copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_CMYK));
   const VImage lab = rgb.colourspace(VIPS_INTERPRETATION_LABS);
   const VImage deep = testPicture(4, VIPS_FORMAT_USHORT);
+  VImage paged = rgb.join(deep.extract_band(0, VImage::option()->set("n", 3)) / 257, VIPS_DIRECTION_VERTICAL)
+                     .cast(VIPS_FORMAT_UCHAR);
+  paged.set(VIPS_META_PAGE_HEIGHT, rgb.height());
   const Conversion conversions[] = {
       {"inks.tif", inks, "", "", "inks.tif", VIPS_FORMAT_UCHAR, "inks (CMYK) converted"},
       {"lab.tif", lab, "", "", "lab.tif", VIPS_FORMAT_USHORT, "Lab converted"},
@@ -204,7 +207,14 @@ TEST_F(Orbel, ConvertsDepthsAndColourModelsWithANote) {
       {"byte.png", rgb, "", " -d u16", "byte.png", VIPS_FORMAT_USHORT, ""},
       {"palette.png", rgb, "[palette]", "", "palette.png", VIPS_FORMAT_UCHAR, "indexed colours converted"},
       {"lines.png", rgb[0] > 99, "[bitdepth=1]", "", "lines.png", VIPS_FORMAT_UCHAR, "one-bit samples converted"},
+      {"fax.tif", rgb[0] > 99, "[bitdepth=1,compression=ccittfax4]", "", "fax.tif", VIPS_FORMAT_UCHAR,
+       "its compression (CCITT Group 4) can't be kept"},
+      {"paged.tif", paged, "", " --page 2", "paged.tif", VIPS_FORMAT_UCHAR, ""},
       {"lines.tif", rgb[0] > 99, "[bitdepth=1]", "", "lines.tif", VIPS_FORMAT_UCHAR, "one-bit samples converted"}};
+  save("fake.jpg", rgb);
+  fs::rename("fake.jpg", "fake.png");
+  const Ending misnamed = runWell("apply -o out/ fake.png");
+  EXPECT_TRUE(contains(misnamed.errors, "is a JPEG file by its content, and comes back as PNG")) << misnamed.errors;
   for (const Conversion& c : conversions) {
     SCOPED_TRACE(c.input);
     save(std::string(c.input) + c.packed, c.picture);
@@ -216,6 +226,7 @@ TEST_F(Orbel, ConvertsDepthsAndColourModelsWithANote) {
   EXPECT_LE(difference(load("deep.png") / 257, load("out/deep.png")), 0.5 + 1e-6);
   EXPECT_EQ(difference(rgb * 257, load("out/byte.png")), 0);
   EXPECT_LE(difference(rgb / 255, load("out/flat.tif")), 1e-6);
+  EXPECT_EQ(difference(paged.crop(0, 256, 256, 256), load("out/paged.tif")), 0);
 }
 
 // Whose samples would go into 8 bits, too.

@@ -60,14 +60,16 @@ TEST(Estimate, RefusesHoursOfWorkAndSaysWhatTheyAreFor) {
       {"100,0,0,0,0", "on", 1, "about 32 minutes of work, most of it for --radius 100 in band 1; --max-minutes"},
       {"1,1,400,1,1", "on", 1, "about 32 minutes of work, most of it for --radius 400 in band 3; --max-minutes"},
       {"400,0,0,0,0", "on", 1, "about 9 hours"},
+      {"60,0,0,0,0", "on", 60, "about 12 seconds of work"},
       {"1e300", "off", 2, "more than a thousand years of work, most of it for --radius 1e+300 in band 1"}};
   for (const Work& work : works) {
     Settings settings;
     settings.setBands("--radius", "RAD", work.radius);
     settings.setBands("--edge", "EDG", work.edge);
     const std::string expected = work.says == "none" ? "none" : "these settings ask for " + work.says;
-    const std::string said =
-        refusal([&](const char* file) { requireShortWork(file, settings, 4000, 3000, work.cores, 10); });
+    const std::string said = refusal([&](const char* file) {
+      requireShortWork(file, settings, 4000, 3000, work.cores, work.cores < 60 ? 10 : 0.1);
+    });
     EXPECT_EQ(said.substr(0, expected.size()), expected) << work.radius;
   }
 }
