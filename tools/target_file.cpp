@@ -45,9 +45,9 @@ std::string withoutLinks(const std::string& name) {
   fs::path path(name);
   std::error_code error;
   for (int hops = 0; fs::is_symlink(fs::symlink_status(path, error)); ++hops) {
-    if (hops == 40) throw Failure(name, reason(ELOOP));
+    if (hops == 40) throw Failure(name, reason(ELOOP), Cause::Unwritable);
     path = path.parent_path() / fs::read_symlink(path, error);
-    if (error) throw Failure(name, error.message());
+    if (error) throw Failure(name, error.message(), Cause::Unwritable);
   }
   return path.string();
 }
@@ -81,12 +81,12 @@ bool renameToNew(const char* from, const char* to) {
 void copyAndSync(const std::string& from, const std::string& to) {
   std::error_code error;
   fs::copy_file(from, to, error);
-  if (error) throw Failure(to, error.message());
+  if (error) throw Failure(to, error.message(), Cause::Unwritable);
   const int file = open(to.c_str(), O_RDONLY | O_CLOEXEC);
   const bool synced = file >= 0 && fsync(file) == 0;
   const int reasonNot = errno;
   if (file >= 0) close(file);
-  if (!synced) throw Failure(to, reason(reasonNot));
+  if (!synced) throw Failure(to, reason(reasonNot), Cause::Unwritable);
 }
 
 const char* const isThere = "is there already; -f overwrites it";
@@ -98,19 +98,19 @@ TargetFile::TargetFile(const std::string& name, bool overwrite)
   mode_t mode = 0666;
   struct stat existing {};
   if (stat(target_.c_str(), &existing) == 0) {
-    if (S_ISDIR(existing.st_mode)) throw Failure(name_, reason(EISDIR));
-    if (!S_ISREG(existing.st_mode)) throw Failure(name_, "is not a regular file");
-    if (!overwrite_) throw Failure(name_, isThere);
+    if (S_ISDIR(existing.st_mode)) throw Failure(name_, reason(EISDIR), Cause::Unwritable);
+    if (!S_ISREG(existing.st_mode)) throw Failure(name_, "is not a regular file", Cause::Unwritable);
+    if (!overwrite_) throw Failure(name_, isThere, Cause::OutputExists);
     // A rename would get past this; whoever took the permission away meant it.
-    if (access(target_.c_str(), W_OK) != 0) throw Failure(name_, reason(errno));
+    if (access(target_.c_str(), W_OK) != 0) throw Failure(name_, reason(errno), Cause::Unwritable);
     mode = existing.st_mode & 0777;
   } else if (errno != ENOENT) {
-    throw Failure(name_, reason(errno));
+    throw Failure(name_, reason(errno), Cause::Unwritable);
   }
 
   temporary_ = temporaryName(target_, getpid());
   descriptor_ = open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode | S_IWUSR);
-  if (descriptor_ < 0) throw Failure(name_, reason(errno));
+  if (descriptor_ < 0) throw Failure(name_, reason(errno), Cause::Unwritable);
   doom(temporary_, temporary_ + exiftoolSuffix);
 }
 
@@ -125,14 +125,15 @@ void TargetFile::replace() {
   if (stat(target_.c_str(), &existing) == 0) {
     // The owner first: changing it clears permission bits. Only root may give files away, so failing is fine.
     if (fchown(descriptor_, existing.st_uid, existing.st_gid) != 0) errno = 0;
-    if (fchmod(descriptor_, existing.st_mode & 07777) != 0) throw Failure(name_, reason(errno));
+    if (fchmod(descriptor_, existing.st_mode & 07777) != 0) throw Failure(name_, reason(errno), Cause::Unwritable);
   }
-  if (fsync(descriptor_) != 0) throw Failure(name_, reason(errno));
+  if (fsync(descriptor_) != 0) throw Failure(name_, reason(errno), Cause::Unwritable);
   // A file that has come into being meanwhile is somebody's, too.
   const char* const from = temporary_.c_str();
   const char* const to = target_.c_str();
   if (!(overwrite_ ? std::rename(from, to) == 0 : renameToNew(from, to))) {
-    throw Failure(name_, errno == EEXIST ? isThere : reason(errno));
+    const bool taken = errno == EEXIST;
+    throw Failure(name_, taken ? isThere : reason(errno), taken ? Cause::OutputExists : Cause::Unwritable);
   }
   doomedIsThere = 0;
   temporary_.clear();
@@ -159,7 +160,8 @@ void TargetFile::keepOriginal() {
   doom(temporary_, copy);
   try {
     copyAndSync(target_, copy);
-    if (!renameToNew(copy.c_str(), original.c_str()) && errno != EEXIST) throw Failure(original, reason(errno));
+    if (!renameToNew(copy.c_str(), original.c_str()) && errno != EEXIST)
+      throw Failure(original, reason(errno), Cause::Unwritable);
   } catch (const Failure&) {
     unlink(copy.c_str());
     throw;
@@ -169,7 +171,7 @@ void TargetFile::keepOriginal() {
 
 void requireFree(const std::string& name) {
   struct stat existing {};
-  if (lstat(name.c_str(), &existing) == 0) throw Failure(name, isThere);
+  if (lstat(name.c_str(), &existing) == 0) throw Failure(name, isThere, Cause::OutputExists);
 }
 
 void removeTemporaryOnSignals(int status) {
