@@ -64,8 +64,6 @@ std::string tiffCompression(const std::string& file, int page) {
       return "packbits";
     case COMPRESSION_ZSTD:
       return "zstd";
-    case COMPRESSION_JPEG:
-      return "jpeg";
     default: {
       const TIFFCodec* const codec = TIFFFindCODEC(static_cast<std::uint16_t>(header->compression));
       return codec != nullptr ? codec->name : "number " + std::to_string(header->compression);

@@ -26,16 +26,13 @@ constexpr Loader jpegXl{"jxl"};
 const Saver none{};
 
 Saver tiffSaver() {
-  const auto packed = [](const char* word, int value, int keptAtQuality = 0) {
-    return Compression{word, {"compression", value}, keptAtQuality};
-  };
+  const auto packed = [](const char* word, int value) { return Compression{word, {"compression", value}}; };
   Saver saver{
       "tiffsave_target",
       0,
       {packed("none", VIPS_FOREIGN_TIFF_COMPRESSION_NONE), packed("lzw", VIPS_FOREIGN_TIFF_COMPRESSION_LZW),
        packed("deflate", VIPS_FOREIGN_TIFF_COMPRESSION_DEFLATE),
-       packed("packbits", VIPS_FOREIGN_TIFF_COMPRESSION_PACKBITS), packed("zstd", VIPS_FOREIGN_TIFF_COMPRESSION_ZSTD),
-       packed("jpeg", VIPS_FOREIGN_TIFF_COMPRESSION_JPEG, 95)}};
+       packed("packbits", VIPS_FOREIGN_TIFF_COMPRESSION_PACKBITS), packed("zstd", VIPS_FOREIGN_TIFF_COMPRESSION_ZSTD)}};
   saver.standIn = "deflate";
   saver.predicts = true;
   return saver;

@@ -43,9 +43,6 @@ struct SaverOption {
 struct Compression {
   std::string word;
   SaverOption option;
-  // A lossy one among lossless ones: never chosen, but kept where the input has it, at this quality. It takes samples
-  // of 8 bits without alpha.
-  int keptAtQuality = 0;
 };
 
 // How the image library writes a format.

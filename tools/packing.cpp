@@ -15,7 +15,7 @@ constexpr const char* keepWord = "keep";
 // Those that --compression takes.
 std::string wordsFor(const FileFormat& format) {
   std::string text = keepWord;
-  for (const Compression& c : format.saver.compressions) text += c.keptAtQuality == 0 ? ", " + c.word : "";
+  for (const Compression& c : format.saver.compressions) text += ", " + c.word;
   return text;
 }
 
@@ -25,15 +25,14 @@ const Compression* find(const FileFormat& format, const std::string& word) {
   return found == all.end() ? nullptr : &*found;
 }
 
-void keepCompression(const std::string& was, const FileFormat& format, bool takesLossy, SaveOptions& options,
+void keepCompression(const std::string& was, const FileFormat& format, SaveOptions& options,
                      std::vector<std::string>& notes) {
-  const Compression* const same = find(format, was);
-  if (same != nullptr && (same->keptAtQuality == 0 || takesLossy)) {
+  if (find(format, was) != nullptr) {
     options.compression = was;
   } else if (!format.saver.standIn.empty()) {
     options.compression = format.saver.standIn;
-    notes.push_back("its compression (" + (was.empty() ? "not known" : was) + ") can't be kept here; packed by " +
-                    format.saver.standIn);
+    notes.push_back("its compression (" + (was.empty() ? "not known" : was) + ") isn't kept; packed by " +
+                    format.saver.standIn + ", without loss");
   }
 }
 
@@ -61,14 +60,13 @@ void requireThatFormatKnows(const FileFormat& format, const SaveOptions& options
   if (options.quality && format.saver.quality == 0) refuse(format.name + " files have no --quality");
   if (!options.compression || *options.compression == keepWord) return;
   if (format.saver.compressions.empty()) refuse(format.name + " files have no --compression");
-  const Compression* const known = find(format, *options.compression);
-  if (known == nullptr || known->keptAtQuality != 0) {
+  if (find(format, *options.compression) == nullptr) {
     refuse("--compression for " + format.name + " files is one of: " + wordsFor(format));
   }
 }
 
 SaveOptions keepPacking(const std::string& input, int page, const VImage& opened, const FileFormat& format,
-                        VipsBandFormat samples, const SaveOptions& asked, std::vector<std::string>& notes) {
+                        const SaveOptions& asked, std::vector<std::string>& notes) {
   SaveOptions options = asked;
   const FileFormat* const was = formatOf(opened);
   if (options.compression == keepWord) options.compression.reset();
@@ -76,7 +74,7 @@ SaveOptions keepPacking(const std::string& input, int page, const VImage& opened
   // Who asks for a quality wants it lossy.
   if (was->loader.compressionOf != nullptr && !options.compression && !options.quality) {
     const std::string compression = input == pipeName ? "" : was->loader.compressionOf(input, page);
-    keepCompression(compression, format, samples == VIPS_FORMAT_UCHAR && !hasAlpha(opened), options, notes);
+    keepCompression(compression, format, options, notes);
   }
   if (format.saver.halvesChroma) {
     if (const auto chroma = chromaOf(input, opened)) keepChroma(*chroma, options, notes);
@@ -89,7 +87,6 @@ void setPacking(const FileFormat& format, VipsBandFormat samples, const SaveOpti
   for (const SaverOption& option : format.saver.options) saver.set(option.name, option.value);
   if (const Compression* const compression = options.compression ? find(format, *options.compression) : nullptr) {
     saver.set(compression->option.name, compression->option.value);
-    if (compression->keptAtQuality != 0) saver.set("Q", compression->keptAtQuality);
   }
   if (format.saver.predicts) {
     const bool floats = samples == VIPS_FORMAT_FLOAT;

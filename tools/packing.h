@@ -18,11 +18,11 @@ struct SaveOptions {
 // Throws Failure about the file when the format has no such quality or compression.
 void requireThatFormatKnows(const FileFormat& format, const SaveOptions& options, const std::string& name);
 
-// What is asked for, and the input's own packing where nothing is. `opened` came from `input`, by its page (from 1),
-// and goes into the format with these samples. What can't be kept is noted. Compressions are kept within a format, and
-// where they are lossless, never for a lossy one.
+// What is asked for, and the input's own packing where nothing is, within a format. `opened` came from `input`, by its
+// page (from 1). What isn't kept is noted: a lossy compression in a TIFF file becomes a lossless one, or the picture
+// would lose again.
 SaveOptions keepPacking(const std::string& input, int page, const vips::VImage& opened, const FileFormat& format,
-                        VipsBandFormat samples, const SaveOptions& asked, std::vector<std::string>& notes);
+                        const SaveOptions& asked, std::vector<std::string>& notes);
 
-// Sets them for the format's saver. Nothing is kept from here: without a compression it is the library's own.
+// Sets them for the format's saver; what isn't given is as the library has it.
 void setPacking(const FileFormat& format, VipsBandFormat samples, const SaveOptions& options, vips::VOption& saver);

@@ -104,7 +104,7 @@ Outcome work(const Job& job, const WorkOptions& options, const std::function<voi
   requireThatFormatHolds(format, opened, samples, job.output);
   noteMisnomer(job.input, opened, format, outcome.notes);
   const SaveOptions save =
-      keepPacking(job.input, options.page.value_or(1), opened, format, samples, options.save, outcome.notes);
+      keepPacking(job.input, options.page.value_or(1), opened, format, options.save, outcome.notes);
   const int width = opened.width();
   const int height = opened.height();
   requireThatHostHolds(job.input, width, height);
