@@ -152,7 +152,8 @@ class Batch {
     int status = 0;
     while (waitpid(worker.process, &status, 0) < 0 && errno == EINTR) continue;
     // Whoever read the picture from the standard output has had enough of it: as if this process had written it.
-    if (WIFSIGNALED(status) && WTERMSIG(status) == SIGPIPE) raise(SIGPIPE);
+    const bool readerIsGone = WIFSIGNALED(status) && WTERMSIG(status) == SIGPIPE;
+    if (readerIsGone && worker.job->output == pipeName) raise(SIGPIPE);
     Outcome outcome;
     if (!worker.received.empty()) {
       outcome = outcomeFrom(nlohmann::json::parse(worker.received));

@@ -104,7 +104,8 @@ std::optional<ChromaShare> jpegChroma(const std::string& file) {
     const std::uint32_t across = factors[1] >> 4;
     const std::uint32_t down = factors[1] & 15;
     if (!stream || across == 0 || down == 0 || factors[1] != factors[2]) return std::nullopt;
-    return ChromaShare{static_cast<int>((factors[0] >> 4) / across), static_cast<int>((factors[0] & 15) / down)};
+    const ChromaShare share{static_cast<int>((factors[0] >> 4) / across), static_cast<int>((factors[0] & 15) / down)};
+    return share.across > 0 && share.down > 0 ? std::optional<ChromaShare>(share) : std::nullopt;
   }
   return std::nullopt;
 }

@@ -50,7 +50,9 @@ Failure whyUnread(const std::string& name) {
   const bool unknown = text.find("is not in a known format") != std::string::npos ||
                        text.find("is not a known file format") != std::string::npos;
   if (unknown) return {name, std::string("is no picture of a known format; ") + convertFirst, Cause::UnknownFormat};
-  if (const auto tiff = tiffHeader(name, 1); tiff && tiff->floats && tiff->bits == 16) {
+  const auto tiff = name == pipeName ? std::nullopt : tiffHeader(name, 1);
+  vips_error_clear();  // libtiff's, if it is no such file
+  if (tiff && tiff->floats && tiff->bits == 16) {
     return {name, "its samples are half floats, which aren't read; convert them to floats of 32 bits first",
             Cause::Unsupported};
   }
