@@ -50,9 +50,9 @@ void equalize(const Job& job, const WorkOptions& options, int depth, VipsBandFor
 }
 
 void writeTo(TargetFile& target, const Job& job, const WorkOptions& options, const FileFormat& format,
-             const VImage& picture, Notes& notes) {
+             const VImage& picture, const AskExiftool& askExiftool, Notes& notes) {
   savePicture(picture, format, target.descriptor(), job.output, options.save);
-  for (const std::string& note : completeMetadata(job.input, picture, target.temporary(), format)) {
+  for (const std::string& note : completeMetadata(job.input, picture, target, format, askExiftool)) {
     notes.push_back(note);
   }
   if (options.keepsOriginal) target.keepOriginal();
@@ -71,7 +71,7 @@ Outcome settled(const Job& job, Outcome::Status status, const std::string& reaso
   return outcome;
 }
 
-Outcome work(const Job& job, const WorkOptions& options, const std::function<void(double)>& waitFor) {
+Outcome work(const Job& job, const WorkOptions& options, const Surroundings& surroundings) {
   const auto start = std::chrono::steady_clock::now();
   Outcome outcome;
   outcome.input = job.input;
@@ -106,7 +106,7 @@ Outcome work(const Job& job, const WorkOptions& options, const std::function<voi
   outcome.status = Outcome::Status::Done;
   if (options.dryRun) return outcome;
 
-  waitFor(outcome.memory);
+  surroundings.waitFor(outcome.memory);
   if (job.output == pipeName) {
     VImage picture = decodePicture(opened, job.input);
     equalize(job, options, depth, samples, picture);
@@ -116,7 +116,7 @@ Outcome work(const Job& job, const WorkOptions& options, const std::function<voi
     TargetFile target(job.output, job.overwrite);
     VImage picture = decodePicture(opened, job.input);
     equalize(job, options, depth, samples, picture);
-    writeTo(target, job, options, format, picture, outcome.notes);
+    writeTo(target, job, options, format, picture, surroundings.askExiftool, outcome.notes);
   }
   outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return outcome;
