@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "hidden_metadata.h"
 #include "tag_copy.h"
 
 namespace {
@@ -30,12 +31,13 @@ bool isBy(const char* loader, const vips::VImage& picture) {
 }
 
 // Whether the file may hold metadata that the library doesn't see.
-bool mayHoldMore(const vips::VImage& picture) {
+bool mayHoldMore(const std::string& file, const vips::VImage& picture) {
   for (const char* readWhole : {"jpeg", "webp", "ppm"}) {
     if (isBy(readWhole, picture)) return false;
   }
-  // PNG files without any will have none of the hidden kind either; asking costs a fifth of a second.
-  return !isBy("png", picture) || any(metadataOf(picture));
+  if (file == pipeName) return !isBy("png", picture) || any(metadataOf(picture));
+  if (isBy("png", picture)) return pngHidesMetadata(file, metadataOf(picture));
+  return !isBy("tiff", picture) || tiffHidesMetadata(file);
 }
 
 Metadata either(const Metadata& a, const Metadata& b) {
@@ -73,36 +75,37 @@ Metadata metadataOf(const vips::VImage& picture) {
           has(VIPS_META_IPTC_NAME) || has(droppedIptc)};
 }
 
-Notes completeMetadata(const std::string& input, const vips::VImage& picture, TargetFile& target,
+Notes completeMetadata(const std::string& input, const vips::VImage& picture, TargetFile* target,
                        const FileFormat& format, const AskExiftool& askExiftool) {
   const Metadata there = metadataOf(picture);
-  Metadata kept = format.kept;
-  if (picture.get_typeof(droppedIptc) != 0) kept.iptc = false;
+  Metadata kept = both(there, format.kept);
+  kept.iptc = kept.iptc && picture.get_typeof(droppedIptc) == 0;
   const Metadata possible = either(format.kept, format.repaired);
-  Metadata unplaced = without(there, possible);
-  Notes notes;
   const Metadata lost = both(without(there, kept), format.repaired);
-  if (input != pipeName && any(format.repaired) && (any(lost) || mayHoldMore(picture))) {
-    const Metadata present = both(there, kept);
+  Metadata unplaced = without(there, possible);
+  const bool hides = any(format.repaired) && mayHoldMore(input, picture);
+  Notes notes;
+  if (any(lost) || hides) {
+    const Metadata doubtful = hides ? without(format.repaired, kept) : lost;
+    const auto note = [&](const std::string& why) {
+      notes.push_back((hides ? "may be missing" : "missing") + why + ": " + list(doubtful));
+    };
     // GIF files may go on behind their first comment, which is where haste stops.
     const bool isHasty = format.name == "PNG" && !isBy("gif", picture);
-    const TagCopy copy = copyTags(
-        input, target, {present.exif, format.repaired.xmp && !present.xmp, format.repaired.iptc, isHasty}, askExiftool);
-    if (!copy.installed) {
-      notes.push_back(any(lost) ? "missing without exiftool (package libimage-exiftool-perl): " + list(lost)
-                                : "without exiftool (package libimage-exiftool-perl) EXIF or IPTC may be missing");
-    } else if (!copy.error.empty()) {
-      notes.push_back("exiftool could not copy the metadata: " + copy.error);
-    }
-    if (copy.losses) {
-      const std::string missing = missingTags(*copy.losses, possible);
+    const TagCopyOptions options = {kept.exif, format.repaired.xmp && !kept.xmp, format.repaired.iptc, isHasty};
+    if (input == pipeName || target == nullptr) {
+      note(", since exiftool has no part in pipes");
+    } else if (const TagCopy copy = copyTags(input, *target, options, askExiftool); !copy.installed) {
+      note(" without exiftool (package libimage-exiftool-perl)");
+    } else {
+      if (!copy.error.empty()) notes.push_back("exiftool could not copy the metadata: " + copy.error);
+      if (!copy.losses) note(", which exiftool could not tell");
+      const TagLosses losses = copy.losses.value_or(TagLosses{});
+      const std::string missing = missingTags(losses, possible);
       if (!missing.empty()) notes.push_back("metadata that did not come over: " + missing);
       // Of what the image library doesn't see, too.
-      unplaced = either(
-          unplaced,
-          without({false, copy.losses->exif.all > 0, copy.losses->xmp.all > 0, copy.losses->iptc.all > 0}, possible));
-    } else if (copy.installed) {
-      notes.emplace_back("could not be checked: EXIF, XMP and IPTC may be missing");
+      const Metadata read = {false, losses.exif.all > 0, losses.xmp.all > 0, losses.iptc.all > 0};
+      unplaced = either(unplaced, without(read, possible));
     }
   }
   if (any(unplaced)) notes.push_back(format.name + " files can't hold here: " + list(unplaced));

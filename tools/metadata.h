@@ -11,7 +11,8 @@
 Metadata metadataOf(const vips::VImage& picture);
 
 // Puts into a file that the image library has written what the library leaves out, by exiftool where that is installed,
-// and looks whether it is there. Tags of structure are left out, the colour profile is the library's business. Returns
-// notes on what is missing then, and why. Throws Failure when the file can't be replaced.
-Notes completeMetadata(const std::string& input, const vips::VImage& picture, TargetFile& target,
+// and looks whether it is there; target is null for the standard output, which exiftool can't reach. Tags of structure
+// are left out, the colour profile is the library's business. Returns notes on what is missing then, and why. Throws
+// Failure when the file can't be replaced.
+Notes completeMetadata(const std::string& input, const vips::VImage& picture, TargetFile* target,
                        const FileFormat& format, const AskExiftool& askExiftool);

@@ -49,12 +49,12 @@ void equalize(const Job& job, const WorkOptions& options, int depth, VipsBandFor
   renewThumbnail(picture);
 }
 
+void append(Notes& notes, const Notes& more) { notes.insert(notes.end(), more.begin(), more.end()); }
+
 void writeTo(TargetFile& target, const Job& job, const WorkOptions& options, const FileFormat& format,
              const VImage& picture, const AskExiftool& askExiftool, Notes& notes) {
   savePicture(picture, format, target.descriptor(), job.output, options.save);
-  for (const std::string& note : completeMetadata(job.input, picture, target, format, askExiftool)) {
-    notes.push_back(note);
-  }
+  append(notes, completeMetadata(job.input, picture, &target, format, askExiftool));
   if (options.keepsOriginal) target.keepOriginal();
   target.replace();
   if (options.writesRecipe) writeTextFile(recipeOf(job), settingsText(options.choice, ""), job.overwriteRecipe);
@@ -111,6 +111,7 @@ Outcome work(const Job& job, const WorkOptions& options, const Surroundings& sur
     VImage picture = decodePicture(opened, job.input);
     equalize(job, options, depth, samples, picture);
     savePictureToPipe(picture, format, options.save);
+    append(outcome.notes, completeMetadata(job.input, picture, nullptr, format, surroundings.askExiftool));
   } else {
     // Opened before the work, so that a target that can't be written doesn't cost the work first.
     TargetFile target(job.output, job.overwrite);
