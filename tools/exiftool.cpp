@@ -20,6 +20,7 @@ constexpr int noSuchProgram = 127;  // as shells end with
 [[noreturn]] void becomeExiftool(int connection, pid_t parent) {
   // What goes wrong is said in the same stream: the answer tells why there is no result.
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(connection, stream);
+  setpgid(0, 0);
   umask(S_IRWXG | S_IRWXO);  // its files are for the asker, who gives them their permissions
   // It would wait for ever for more requests of a process that was killed.
   prctl(PR_SET_PDEATHSIG, SIGTERM);
@@ -57,6 +58,7 @@ void Exiftool::start() {
   process_ = fork();
   if (process_ == 0) becomeExiftool(ends[1], self);
   const int error = errno;
+  if (process_ > 0) setpgid(process_, process_);  // whichever of the two comes first
   close(ends[1]);
   connection_ = ends[0];
   if (process_ < 0) {
@@ -69,7 +71,11 @@ void Exiftool::begin(const Asked& asked) {
   inHand_ = asked;
   received_.clear();
   if (notInstalled_) return settle(Status::NotInstalled, "");
-  if (process_ < 0) start();
+  try {
+    if (process_ < 0) start();
+  } catch (const std::system_error& error) {
+    return settle(Status::Failed, error.what());
+  }
   const std::string number = std::to_string(++number_);
   endMark_ = "{ready" + number + "}\n";
   std::string lines;
@@ -113,7 +119,7 @@ int Exiftool::end() {
   connection_ = -1;
   int status = 0;
   if (process_ > 0) {
-    kill(process_, SIGKILL);  // does nothing to what has ended by itself
+    kill(-process_, SIGKILL);  // with all that it has started: it may be somebody's script around the true one
     while (waitpid(process_, &status, 0) < 0 && errno == EINTR) continue;
   }
   process_ = -1;

@@ -84,9 +84,9 @@ Notes completeMetadata(const std::string& input, const vips::VImage& picture, Ta
   const Metadata lost = both(without(there, kept), format.repaired);
   Metadata unplaced = without(there, possible);
   const bool hides = any(format.repaired) && mayHoldMore(input, picture);
+  const Metadata doubtful = hides ? without({false, true, true, true}, kept) : lost;
   Notes notes;
-  if (any(lost) || hides) {
-    const Metadata doubtful = hides ? without(format.repaired, kept) : lost;
+  if (any(doubtful)) {
     const auto note = [&](const std::string& why) {
       notes.push_back((hides ? "may be missing" : "missing") + why + ": " + list(doubtful));
     };

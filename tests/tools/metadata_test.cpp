@@ -1,5 +1,7 @@
 // What becomes of a picture's tags: written with exiftool, read with exiv2, which has no part in how they get there.
 
+#include <sys/file.h>
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -47,9 +49,16 @@ class Tags : public Orbel {
 
   // Another program by the name of exiftool.
   void replaceExiftool(const std::string& script) const {
-    saveText("bin/exiftool", "#!/bin/sh\nPATH=" + path_ + "\n" + script);
+    saveText("bin/exiftool", "#!/bin/sh\nPATH=" + path_ + "\nexec 9>running; flock -s 9\n" + script);
     fs::permissions("bin/exiftool", fs::perms::owner_all);
     setenv("PATH", (fs::current_path() / "bin").c_str(), 1);
+  }
+  // Whether that program, and what it started, is running.
+  static bool exiftoolRuns() {
+    const int file = open("running", O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    const bool runs = flock(file, LOCK_EX | LOCK_NB) != 0;
+    close(file);
+    return runs;
   }
 
  private:
@@ -117,6 +126,7 @@ TEST_F(Tags, AreNamedWhenTheyDidNotComeOver) {
     const Ending ending = runWell(std::string("apply -f ") + c.line);
     EXPECT_TRUE(c.note == nullptr ? ending.errors.empty() : contains(ending.errors, c.note)) << ending.errors;
     EXPECT_FALSE(temporaryIsThere());
+    EXPECT_TRUE(await([] { return !exiftoolRuns(); }));
   }
 }
 
