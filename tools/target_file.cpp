@@ -155,6 +155,7 @@ void TargetFile::replace() {
     throw Failure(name_, errno == EEXIST ? isThere : reason(errno));
   }
   doomedIsThere = 0;
+  unlink(rewritten().c_str());
   temporary_.clear();
 
   // The rename itself lives in the folder. Some file systems can't sync one; the file is whole either way.

@@ -107,7 +107,8 @@ TEST_F(Tags, AreNamedWhenTheyDidNotComeOver) {
        "plain.jpg: missing without exiftool (package libimage-exiftool-perl): IPTC\n"},
       {"exit 127", "plain.png -o c.png", "plain.png: may be missing without exiftool"},
       {"exit 127", "bare.png bare.tif noiptc.png plain.jpg", nullptr},  // nothing is missing, nobody is asked
-      {"exit 3", "plain.tif -o d.png", "exiftool could not copy the metadata: it ended before it had answered"},
+      {"while read -r l; do case $last in -o) echo half >\"$l\"; exit 3; esac; last=$l; done", "plain.tif -o d.png",
+       "exiftool could not copy the metadata: it ended before it had answered"},
       {"while read -r l; do case $l in -ex*) echo status 0; echo \"{ready${l#-execute}}\"; esac; done",
        "plain.tif -o e.png", "plain.tif: may be missing, which exiftool could not tell: EXIF, IPTC\n"},
       {"sed -u '/^-IPTC$/d' | exec exiftool \"$@\"", "plain.tif -o f.png", "did not come over: IPTC\n"},
@@ -128,6 +129,7 @@ TEST_F(Tags, AreNamedWhenTheyDidNotComeOver) {
     EXPECT_FALSE(temporaryIsThere());
     EXPECT_TRUE(await([] { return !exiftoolRuns(); }));
   }
+  EXPECT_EQ(load("d.png").height(), 256);
 }
 
 TEST_F(Tags, OutliveAnExiftoolThatHangsOrDies) {
