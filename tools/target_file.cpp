@@ -21,8 +21,8 @@ namespace {
 namespace fs = std::filesystem;
 
 // The temporary file that a signal has to remove; a plain array, because a handler may touch nothing better.
-// And the one that exiftool makes beside it.
-constexpr const char* exiftoolSuffix = "_exiftool_tmp";
+// And the one that another program makes beside it.
+constexpr const char* rewrittenSuffix = "_rewritten";
 constexpr const char* originalSuffix = "_original";
 char doomed[4096];
 char doomedToo[4096];
@@ -111,13 +111,33 @@ TargetFile::TargetFile(const std::string& name, bool overwrite)
   temporary_ = temporaryName(target_, getpid());
   descriptor_ = open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode | S_IWUSR);
   if (descriptor_ < 0) throw Failure(name_, reason(errno), Cause::Unwritable);
-  doom(temporary_, temporary_ + exiftoolSuffix);
+  doom(temporary_, rewritten());
 }
 
 TargetFile::~TargetFile() {
-  if (!temporary_.empty()) unlink(temporary_.c_str());
+  if (!temporary_.empty()) {
+    unlink(temporary_.c_str());
+    unlink(rewritten().c_str());
+  }
   doomedIsThere = 0;
   close(descriptor_);
+}
+
+std::string TargetFile::rewritten() const { return temporary_ + rewrittenSuffix; }
+
+void TargetFile::takeRewritten() {
+  const std::string file = rewritten();
+  const int descriptor = open(file.c_str(), O_RDWR | O_CLOEXEC);
+  if (descriptor < 0) return;
+  struct stat before {};
+  if (fstat(descriptor_, &before) != 0 || fchmod(descriptor, before.st_mode & 07777) != 0 ||
+      std::rename(file.c_str(), temporary_.c_str()) != 0) {
+    const int error = errno;
+    close(descriptor);
+    throw Failure(name_, reason(error));
+  }
+  close(descriptor_);
+  descriptor_ = descriptor;
 }
 
 void TargetFile::replace() {
@@ -136,6 +156,7 @@ void TargetFile::replace() {
     throw Failure(name_, taken ? isThere : reason(errno), taken ? Cause::OutputExists : Cause::Unwritable);
   }
   doomedIsThere = 0;
+  unlink(rewritten().c_str());
   temporary_.clear();
 
   // The rename itself lives in the folder. Some file systems can't sync one; the file is whole either way.
@@ -185,6 +206,6 @@ void removeTemporaryOnSignals(int status) {
 void removeLeftovers(const std::string& target, int process) {
   const std::string temporary = temporaryName(withoutLinks(target), process);
   unlink(temporary.c_str());
-  unlink((temporary + exiftoolSuffix).c_str());
+  unlink((temporary + rewrittenSuffix).c_str());
   unlink(copyName(target, process).c_str());
 }

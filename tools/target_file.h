@@ -21,6 +21,12 @@ class TargetFile {
   // Where the content grows.
   const std::string& temporary() const { return temporary_; }
 
+  // Where another program may write it anew, beside it. It goes away when the temporary file does.
+  std::string rewritten() const;
+
+  // Takes what is there for the content, if it is there. Throws Failure.
+  void takeRewritten();
+
   // Keeps what is in the target's place under the name NAME_original, unless there is such a file: that is the older
   // and truer original. Throws Failure.
   void keepOriginal();

@@ -61,12 +61,12 @@ void noteMisnomer(const std::string& input, const VImage& opened, const FileForm
                   ", by its name");
 }
 
+void append(Notes& notes, const Notes& more) { notes.insert(notes.end(), more.begin(), more.end()); }
+
 void writeTo(TargetFile& target, const Job& job, const WorkOptions& options, const FileFormat& format,
-             const SaveOptions& save, const VImage& picture, Notes& notes) {
+             const SaveOptions& save, const VImage& picture, const AskExiftool& askExiftool, Notes& notes) {
   savePicture(picture, format, target.descriptor(), job.output, save);
-  for (const std::string& note : completeMetadata(job.input, picture, target.temporary(), format)) {
-    notes.push_back(note);
-  }
+  append(notes, completeMetadata(job.input, picture, &target, format, askExiftool));
   if (options.keepsOriginal) target.keepOriginal();
   target.replace();
   if (options.writesRecipe) writeTextFile(recipeOf(job), settingsText(options.choice, ""), job.overwriteRecipe);
@@ -85,7 +85,7 @@ Outcome settled(const Job& job, Outcome::Status status, const Failure& why) {
   return outcome;
 }
 
-Outcome work(const Job& job, const WorkOptions& options, const std::function<void(double)>& waitFor) {
+Outcome work(const Job& job, const WorkOptions& options, const Surroundings& surroundings) {
   const auto start = std::chrono::steady_clock::now();
   Outcome outcome;
   outcome.input = job.input;
@@ -122,17 +122,18 @@ Outcome work(const Job& job, const WorkOptions& options, const std::function<voi
   outcome.status = Outcome::Status::Done;
   if (options.dryRun) return outcome;
 
-  waitFor(outcome.memory);
+  surroundings.waitFor(outcome.memory);
   if (job.output == pipeName) {
     VImage picture = decodePicture(opened, job.input);
     equalize(job, options, depth, samples, picture);
     savePictureToPipe(picture, format, save);
+    append(outcome.notes, completeMetadata(job.input, picture, nullptr, format, surroundings.askExiftool));
   } else {
     // Opened before the work, so that a target that can't be written doesn't cost the work first.
     TargetFile target(job.output, job.overwrite);
     VImage picture = decodePicture(opened, job.input);
     equalize(job, options, depth, samples, picture);
-    writeTo(target, job, options, format, save, picture, outcome.notes);
+    writeTo(target, job, options, format, save, picture, surroundings.askExiftool, outcome.notes);
   }
   outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return outcome;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "exiftool.h"
 #include "image_file.h"
 #include "outcome.h"
 #include "plugin_host.h"
@@ -37,6 +38,11 @@ struct WorkOptions {
 // The outcome of a job that wasn't done.
 Outcome settled(const Job& job, Outcome::Status status, const Failure& why);
 
-// Does the job. Once its needs are known, and before they are taken, waitFor is called with the bytes of memory; it
-// returns when they are free. Throws Failure, and std::bad_alloc.
-Outcome work(const Job& job, const WorkOptions& options, const std::function<void(double)>& waitFor);
+// What a job needs of the process that began it.
+struct Surroundings {
+  std::function<void(double)> waitFor;  // called with bytes of memory before they are taken; returns when they are free
+  AskExiftool askExiftool;
+};
+
+// Does the job. Throws Failure, and std::bad_alloc.
+Outcome work(const Job& job, const WorkOptions& options, const Surroundings& surroundings);

@@ -42,13 +42,15 @@ class Trial : public Orbel {
     const VImage rgb = testPicture(3);
     const VImage rgba = testPicture(4);
     const VImage deep = testPicture(3, VIPS_FORMAT_USHORT);
+    VImage described = testPicture(2, VIPS_FORMAT_USHORT).copy();
+    described.set("image-description", "exiftool has to copy it");
     for (int i = 0; i < 9; ++i) {
       const std::string n = std::to_string(i);
       add("grey " + n + ".png", testPicture(1));
       add("rgb" + n + ".png", rgb);
       add("zeile\n" + n + ".png", deep);
       add("größe" + n + ".png", rgba);
-      add("grey16-" + n + ".tif", testPicture(2, VIPS_FORMAT_USHORT));
+      add("grey16-" + n + ".tif", described);
       add("float" + n + ".tif", testPicture(3, VIPS_FORMAT_FLOAT));
       add("deeper/ascii" + n + ".ppm", rgb);
       add("photo" + n + ".jpg", rgb, false);
