@@ -12,9 +12,11 @@
 #include "commands.h"
 #include "estimate.h"
 #include "image_file.h"
+#include "made_with.h"
 #include "metadata.h"
 #include "outcome.h"
 #include "settings.h"
+#include "settings_json.h"
 
 namespace {
 
@@ -39,11 +41,22 @@ double memoryFor(const vips::VImage& picture) {
   return memoryOf(shape, Settings());
 }
 
+// Of the settings that a picture was made with, those that are not built in.
+std::string unusualOf(const json& madeWith) {
+  const json usual = settingsJson(SettingsChoice());
+  std::string text;
+  for (const auto& [word, value] : madeWith.items()) {
+    if (!usual.contains(word) || usual[word] != value) text += (text.empty() ? "" : ", ") + word + " " + value.dump();
+  }
+  return text.empty() ? "the settings that are built in" : text;
+}
+
 json describe(const std::string& file) {
   Notes remarks;
   const vips::VImage picture = openPicture(file, remarks);
   requireThatHostHolds(file, picture.width(), picture.height());
   const Metadata metadata = metadataOf(picture);
+  const auto made = madeWithIn(picture);
   const int orientation = vips_image_get_orientation(picture.get_image());
   const std::string loader = picture.get_string(VIPS_META_LOADER);
   return {{"file", file},
@@ -59,6 +72,7 @@ json describe(const std::string& file) {
           {"iptc", metadata.iptc},
           {"loader", loader.substr(0, loader.find("load"))},
           {"memory", memoryFor(picture)},
+          {"made_with", made ? made->settings : json()},
           {"notes", remarks}};
 }
 
@@ -71,6 +85,7 @@ std::string textOf(const json& info) {
                                  printable(info["file"].get<std::string>()), info["width"].get<int>(),
                                  info["height"].get<int>(), info["bits"].get<int>(), info["colour"] ? "RGB" : "grey",
                                  info["alpha"] ? " with alpha" : "", kept, memoryText(info["memory"]));
+  if (!info["made_with"].is_null()) text += "; made with " + printable(unusualOf(info["made_with"]));
   for (const std::string note : info["notes"]) text += "; " + note;
   return text;
 }

@@ -11,8 +11,12 @@ NLOHMANN_JSON_SERIALIZE_ENUM(Outcome::Status, {{Outcome::Status::Failed, "failed
 std::string jsonLine(const json& object) { return object.dump(-1, ' ', false, json::error_handler_t::replace) + "\n"; }
 
 json toJson(const Outcome& o) {
-  return {{"file", o.input},  {"output", o.output}, {"status", o.status}, {"notes", o.notes},   {"reason", o.reason},
-          {"width", o.width}, {"height", o.height}, {"bits", o.bits},     {"memory", o.memory}, {"seconds", o.seconds}};
+  return {{"file", o.input},     {"output", o.output},
+          {"status", o.status},  {"notes", o.notes},
+          {"reason", o.reason},  {"width", o.width},
+          {"height", o.height},  {"bits", o.bits},
+          {"memory", o.memory},  {"estimated_seconds", o.estimatedSeconds},
+          {"seconds", o.seconds}};
 }
 
 Outcome outcomeFrom(const json& object) {
@@ -26,6 +30,7 @@ Outcome outcomeFrom(const json& object) {
   object.at("height").get_to(o.height);
   object.at("bits").get_to(o.bits);
   object.at("memory").get_to(o.memory);
+  object.at("estimated_seconds").get_to(o.estimatedSeconds);
   object.at("seconds").get_to(o.seconds);
   return o;
 }

@@ -1,12 +1,14 @@
 #include "work.h"
 
 #include <chrono>
+#include <ctime>
 #include <filesystem>
 #include <memory>
 
 #include "estimate.h"
 #include "failure.h"
 #include "finish.h"
+#include "made_with.h"
 #include "metadata.h"
 #include "settings_file.h"
 #include "target_file.h"
@@ -26,7 +28,8 @@ int documentDepth(VipsBandFormat read, VipsBandFormat written, const WorkOptions
   return bytes ? 8 : 32;
 }
 
-std::string recipeOf(const Job& job) { return job.output + ".toml"; }
+// A result is for nobody's eyes that its source isn't for.
+mode_t permissionsFor(const Job& job) { return job.input == pipeName ? 0666 : permissionsOf(job.input); }
 
 int bytesOf(VipsBandFormat format) { return static_cast<int>(vips_format_sizeof(format)); }
 
@@ -51,13 +54,16 @@ void equalize(const Job& job, const WorkOptions& options, int depth, VipsBandFor
 
 void writeTo(TargetFile& target, const Job& job, const WorkOptions& options, const FileFormat& format,
              const VImage& picture, Notes& notes) {
-  savePicture(picture, format, target.descriptor(), job.output, options.save);
+  const MadeWith made{options.madeWith, target.begun()};
+  savePicture(remembering(made, picture, format), format, target.descriptor(), job.output, options.save);
   for (const std::string& note : completeMetadata(job.input, picture, target.temporary(), format)) {
     notes.push_back(note);
   }
-  if (options.keepsOriginal) target.keepOriginal();
-  target.replace();
-  if (options.writesRecipe) writeTextFile(recipeOf(job), settingsText(options.choice, ""), job.overwriteRecipe);
+  target.replace(options.keepsOriginal);
+  if (options.writesRecipe) {
+    writeTextFile(recipeOf(job.output), settingsText(options.choice, "") + recipeLine(made), job.overwriteRecipe,
+                  permissionsFor(job));
+  }
 }
 
 }  // namespace
@@ -83,8 +89,11 @@ Outcome work(const Job& job, const WorkOptions& options, const std::function<voi
   if (job.input != pipeName) requireFileWithContent(job.input);
   const FileFormat& format = writableFormat(job.extension, job.output);
   requireThatFormatKnows(format, options.save, job.output);
-  if (job.output != pipeName && !job.overwrite) requireFree(job.output);
-  if (job.output != pipeName && options.writesRecipe && !job.overwriteRecipe) requireFree(recipeOf(job));
+  const bool overwrites = job.overwrite || job.update;
+  if (job.output != pipeName) {
+    requireReplaceable(job.output, overwrites, job.makesFolder);
+    if (options.writesRecipe) requireReplaceable(recipeOf(job.output), job.overwriteRecipe, job.makesFolder);
+  }
   const VImage opened = openPicture(job.input, outcome.notes);
   const VipsBandFormat samples = options.samples.value_or(opened.format());
   const int depth = documentDepth(opened.format(), samples, options);
@@ -98,22 +107,34 @@ Outcome work(const Job& job, const WorkOptions& options, const std::function<voi
   outcome.width = width;
   outcome.height = height;
   outcome.bits = 8 * bytesOf(samples);
-  outcome.memory = memoryOf({width, height, opened.bands(), colourBands(opened), bytesOf(opened.format()),
-                             bytesOf(samples), depth / 8, isBlended(options.choice)},
-                            settings);
+  const RunShape shape{width,
+                       height,
+                       opened.bands(),
+                       colourBands(opened),
+                       bytesOf(opened.format()),
+                       bytesOf(samples),
+                       depth / 8,
+                       isBlended(options.choice),
+                       format.name == "HEIF"};
+  outcome.memory = memoryOf(shape, settings);
+  outcome.estimatedSeconds = secondsOf(shape, settings, options.threads);
   requireMemory(job.input, outcome.memory, options.mostMemory);
   requireThatMaskFits(options.choice, opened);
-  outcome.status = Outcome::Status::Done;
-  if (options.dryRun) return outcome;
-
   waitFor(outcome.memory);
+  outcome.status = Outcome::Status::Done;
+  if (options.dryRun) {
+    requireThatItDecodes(opened, job.input);
+    if (options.choice.mask) weightsOf(options.choice, opened);
+    return outcome;
+  }
   if (job.output == pipeName) {
     VImage picture = decodePicture(opened, job.input);
     equalize(job, options, depth, samples, picture);
-    savePictureToPipe(picture, format, options.save);
+    const MadeWith made{options.madeWith, std::time(nullptr)};
+    savePictureToPipe(remembering(made, picture, format), format, options.save);
   } else {
     // Opened before the work, so that a target that can't be written doesn't cost the work first.
-    TargetFile target(job.output, job.overwrite);
+    TargetFile target(job.output, overwrites, permissionsFor(job));
     VImage picture = decodePicture(opened, job.input);
     equalize(job, options, depth, samples, picture);
     writeTo(target, job, options, format, picture, outcome.notes);
