@@ -30,7 +30,7 @@ std::string sha256Of(const std::string& file) {
   while (stream.read(buffer.data(), buffer.size()) || stream.gcount() > 0) {
     g_checksum_update(sum, reinterpret_cast<const guchar*>(buffer.data()), stream.gcount());
   }
-  const std::string digest = stream.eof() ? g_checksum_get_string(sum) : "";
+  std::string digest = stream.eof() ? g_checksum_get_string(sum) : "";
   g_checksum_free(sum);
   return digest;
 }

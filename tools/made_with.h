@@ -9,7 +9,7 @@
 
 #include "work.h"
 
-struct MadeWith {
+struct MadeWith {  // NOLINT(bugprone-exception-escape): a move of JSON asserts, and throws nothing
   // The settings by their words, and of the options those that change samples, where they were given: depth, quality,
   // compression, host-depth, plugin. A mask counts by its bare name and the SHA-256 of its file, and a plug-in by its
   // bare name: no path of the machine gets into a picture.

@@ -19,7 +19,7 @@ namespace {
 std::optional<MadeWith> tellingOf(const std::string& result) {
   try {
     Notes notes;
-    if (const auto made = madeWithIn(openPicture(result, notes))) return made;
+    if (auto made = madeWithIn(openPicture(result, notes))) return made;
   } catch (const std::exception&) {  // no picture of ours
   }
   return madeWithInRecipe(result);
@@ -60,7 +60,7 @@ std::string listen(const std::vector<std::string>& results, std::size_t first) {
   const pid_t process = fork();
   if (process == 0) tellAll(results, first, ends[1], self);
   close(ends[1]);
-  const std::string told = process < 0 ? "" : allFrom(ends[0]);
+  std::string told = process < 0 ? "" : allFrom(ends[0]);
   close(ends[0]);
   if (process < 0) throw std::system_error(errno, std::generic_category(), "no new process");
   while (waitpid(process, nullptr, 0) < 0 && errno == EINTR) continue;

@@ -103,7 +103,7 @@ std::optional<std::string> withProperty(const std::string& packet, const std::st
   if (const auto old = valueIn(packet)) return changed.replace(old->begin, old->end - old->begin, escaped(text));
   const std::size_t end = packet.rfind("</rdf:RDF>");
   if (end == std::string::npos) return std::nullopt;
-  return changed.insert(end, " <rdf:Description rdf:about=\"\" xmlns:orbel=\"" + nameSpace + "\" orbel:" + property +
+  return changed.insert(end, R"( <rdf:Description rdf:about="" xmlns:orbel=")" + nameSpace + "\" orbel:" + property +
                                  "=\"" + escaped(text) + "\"/>\n");
 }
 

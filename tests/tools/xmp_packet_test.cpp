@@ -6,18 +6,19 @@
 
 namespace {
 
-const std::string uri = "urn:uuid:6d1f0f5e-7a0c-4c52-9b43-2f6a86a1c7d4#";
-
 TEST(XmpPacket, TakesThePlaceOfAnOlderValueInEveryForm) {
   // As other programs write what they have read: the property as an attribute or an element, the prefix of their
   // choice.
   const std::pair<std::string, std::string> forms[] = {
-      {"<rdf:RDF><rdf:Description\n xmlns:orbel='" + uri + "'\n orbel:MadeWith = '", "' a:b='\"'/></rdf:RDF>"},
-      {"<rdf:RDF><rdf:Description xmlns:x=\"" + uri + "\"><y:MadeWith>no</y:MadeWith><x:MadeWith>",
+      {"<rdf:RDF><rdf:Description xmlns:orbel='urn:uuid:6d1f0f5e-7a0c-4c52-9b43-2f6a86a1c7d4#'\n orbel:MadeWith = '",
+       "' a:b='\"'/></rdf:RDF>"},
+      {"<rdf:RDF><rdf:Description "
+       "xmlns:x=\"urn:uuid:6d1f0f5e-7a0c-4c52-9b43-2f6a86a1c7d4#\"><y:MadeWith>no</y:MadeWith>"
+       "<x:MadeWith>",
        "</x:MadeWith></rdf:Description></rdf:RDF>"}};
   const std::string text = R"({"a < b & 'c'": ["x", 1]})";
   for (const auto& [before, behind] : forms) {
-    EXPECT_EQ(propertyIn(before + "{&quot;a&#39;&#x27;&quot; &gt; &amp;lt;}" + behind), "{\"a''\" > &lt;}");
+    EXPECT_EQ(propertyIn(before + R"({&quot;a&#39;&#x27;&quot; &gt; &amp;lt;})" + behind), R"({"a''" > &lt;})");
     const auto changed = withProperty(before + "old" + behind, text);
     ASSERT_TRUE(changed);
     EXPECT_EQ(propertyIn(*changed), text);
