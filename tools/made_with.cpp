@@ -5,6 +5,7 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
+#include <system_error>
 #include <utility>
 
 #include "settings_json.h"
@@ -19,11 +20,21 @@ namespace {
 constexpr const char* recipeMark = "# made with ";
 constexpr const char* timeWord = "time";
 
+// Of a text: far more than there is to tell. A picture may come from anywhere, and JSON is printed by recursion.
+constexpr std::size_t mostToTell = 4096;
+
 // The image library leaves out packets that don't fit into one segment of a JPEG file, with the rest of it.
 constexpr std::size_t mostXmpInJpeg = 60000;
 
+// Other kinds may never end, or never begin.
+bool isFile(const std::string& name) {
+  std::error_code none;
+  return fs::is_regular_file(name, none);
+}
+
 // In hexadecimal digits; empty when the file can't be read.
 std::string sha256Of(const std::string& file) {
+  if (!isFile(file)) return "";
   std::ifstream stream(file, std::ios::binary);
   GChecksum* const sum = g_checksum_new(G_CHECKSUM_SHA256);
   std::array<char, 1 << 16> buffer{};
@@ -34,6 +45,8 @@ std::string sha256Of(const std::string& file) {
   g_checksum_free(sum);
   return digest;
 }
+
+std::string asciiOf(const json& object) { return object.dump(-1, ' ', true, json::error_handler_t::replace); }
 
 std::string bareName(const std::string& file) { return fs::path(file).filename().string(); }
 
@@ -56,16 +69,17 @@ json settingsOf(const WorkOptions& options, const std::optional<std::string>& pl
   if (options.save.compression) settings["compression"] = *options.save.compression;
   if (options.hostDepth) settings["host-depth"] = *options.hostDepth;
   if (plugin) settings["plugin"] = bareName(*plugin);
-  return settings;
+  return json::parse(asciiOf(settings));  // as it will be read: a name may hold bytes that are no text
 }
 
 std::string textOf(const MadeWith& made) {
   json all = made.settings;
   all[timeWord] = made.time;
-  return all.dump(-1, ' ', true, json::error_handler_t::replace);
+  return asciiOf(all);
 }
 
 std::optional<MadeWith> madeWithFrom(const std::string& text) {
+  if (text.size() > mostToTell) return std::nullopt;
   json all = json::parse(text, nullptr, false);
   if (!all.is_object() || !all.contains(timeWord) || !all[timeWord].is_number_integer()) return std::nullopt;
   MadeWith made;
@@ -92,7 +106,9 @@ std::optional<MadeWith> madeWithIn(const VImage& picture) {
 std::string recipeOf(const std::string& result) { return result + ".toml"; }
 
 std::optional<MadeWith> madeWithInRecipe(const std::string& result) {
-  std::ifstream recipe(recipeOf(result));
+  const std::string file = recipeOf(result);
+  if (!isFile(file)) return std::nullopt;
+  std::ifstream recipe(file);
   const std::string mark = recipeMark;
   for (std::string line; std::getline(recipe, line);) {
     if (line.rfind(mark, 0) == 0) return madeWithFrom(line.substr(mark.size()));
