@@ -17,11 +17,13 @@
 #include "finish.h"
 #include "inputs.h"
 #include "machine.h"
+#include "made_with.h"
 #include "module.h"
 #include "naming.h"
 #include "page_option.h"
 #include "settings_options.h"
 #include "talk.h"
+#include "up_to_date.h"
 #include "work_limits.h"
 
 namespace {
@@ -51,7 +53,7 @@ constexpr const char* notes =
     "  orbel apply *.tif -o done/ -j 2 --contrast 100,140,160,130,110\n"
     "      many pictures into a folder, two at a time\n"
     "  orbel apply -r photos -o 'web/%s.jpg' -d u8 --quality 90 -u\n"
-    "      a tree of folders as JPEG; again later, for those that are new or have changed\n"
+    "      a tree of folders as JPEG; again later, for those that are new or have changed, or with other settings\n"
     "  orbel apply --in-place --recipe portrait.png --radius 6 --edges on\n"
     "      in its place; the original stays as portrait.png_original, the settings as portrait.png.toml\n"
     "  orbel apply in.tif -o details.tif --factor 0 --half --planes --host-depth 32\n"
@@ -97,13 +99,16 @@ void describeOutput(CLI::App& command, ApplyArguments& a) {
   const std::vector<std::pair<std::string, VipsBandFormat>> depths = {
       {"u8", VIPS_FORMAT_UCHAR}, {"u16", VIPS_FORMAT_USHORT}, {"float", VIPS_FORMAT_FLOAT}};
   command
-      .add_option("-o,--output", a.naming.output,
-                  "File, folder, or pattern in which %s stands for the name; - is the standard output (default: "
-                  "NAME_orbel.EXT beside the input)")
+      .add_option(
+          "-o,--output", a.naming.output,
+          "File, folder, or pattern in which %s stands for the name and %e for the extension; - is the standard "
+          "output (default: NAME_orbel.EXT beside the input)")
       ->group(group)
       ->type_name("OUT");
   command.add_flag("-f,--force", a.naming.overwrite, "Overwrite files that are there")->group(group);
-  command.add_flag("-u,--update", a.naming.update, "Leave out what is up to date, overwrite what is older")
+  command
+      .add_flag("-u,--update", a.naming.update,
+                "Leave out what is up to date; overwrite what is older, or was made with other settings")
       ->group(group);
   auto* inPlace = command.add_flag("--in-place", a.naming.inPlace, "Overwrite the input, and keep it as NAME_original");
   inPlace->group(group);
@@ -132,7 +137,9 @@ void describeOutput(CLI::App& command, ApplyArguments& a) {
 void describeWork(CLI::App& command, ApplyArguments& a) {
   const char* group = "Work";
   const auto positive = CLI::Range(1U, 4096U).description("");
-  command.add_flag("--dry-run", a.work.dryRun, "Write nothing; say what would be done, and the memory for it")
+  command
+      .add_flag("--dry-run", a.work.dryRun,
+                "Write nothing; say what would be done, and the time and memory for it; pictures are read to their end")
       ->group(group);
   command.add_option("-j,--jobs", a.jobs, "Files at the same time (default 1)")
       ->group(group)
@@ -243,13 +250,16 @@ ExitCode apply(ApplyArguments& a) {
 
   const Inputs inputs = listInputs(a.inputs);
   Plan plan = planJobs(inputs, a.naming, a.inputs.recursive);
+  a.work.madeWith = settingsOf(a.work, a.plugin);
+  leaveOutWhatIsUpToDate(plan, a.work);
   a.work.entry = loadEntry(a.plugin.value_or(ownModule()));
   tellOfLeftAlone(inputs, a, plan);
   Talk talk(a.talk, plan.jobs.size() + plan.settled.size(), totalSize(plan.jobs));
   for (const Outcome& outcome : plan.settled) talk.tell(outcome);
-  if (!a.work.dryRun) {
-    std::error_code shownByTheFiles;
-    for (const std::string& folder : plan.folders) fs::create_directories(folder, shownByTheFiles);
+  for (const Job& job : plan.jobs) {
+    if (a.work.dryRun || !job.makesFolder) continue;
+    std::error_code shownByTheFile;
+    fs::create_directories(fs::path(job.output).parent_path(), shownByTheFile);
   }
   const ExitCode code = runBatch(plan.jobs, a.work, a.batch, talk);
   talk.summarize();

@@ -50,9 +50,7 @@ class BandFiles {
     const std::string extension = floats ? ".tif" : ".png";
     for (const BandRun& run : runs) names_.push_back(inFolder(run.name + extension));
     names_.push_back(inFolder("contact-sheet.png"));
-    for (const std::string& name : names_) {
-      if (!arguments.overwrite) requireFree(name);
-    }
+    for (const std::string& name : names_) requireReplaceable(name, arguments.overwrite, true);
     fs::create_directories(arguments.folder);
   }
 

@@ -14,10 +14,12 @@
 #include "failure.h"
 #include "image_file.h"
 #include "inputs.h"
+#include "made_with.h"
 #include "metadata.h"
 #include "outcome.h"
 #include "page_option.h"
 #include "settings.h"
+#include "settings_json.h"
 
 namespace {
 
@@ -44,11 +46,22 @@ double memoryFor(const vips::VImage& picture) {
   return memoryOf(shape, Settings());
 }
 
+// Of the settings that a picture was made with, those that are not built in.
+std::string unusualOf(const json& madeWith) {
+  const json usual = settingsJson(SettingsChoice());
+  std::string text;
+  for (const auto& [word, value] : madeWith.items()) {
+    if (!usual.contains(word) || usual[word] != value) text += (text.empty() ? "" : ", ") + word + " " + value.dump();
+  }
+  return text.empty() ? "the settings that are built in" : text;
+}
+
 json describe(const std::string& file, std::optional<int> page) {
   Notes remarks;
   const vips::VImage picture = openPicture(file, remarks, page);
   requireThatHostHolds(file, picture.width(), picture.height());
   const Metadata metadata = metadataOf(picture);
+  const auto made = madeWithIn(picture);
   const int orientation = vips_image_get_orientation(picture.get_image());
   const std::string loader = picture.get_string(VIPS_META_LOADER);
   return {{"file", file},
@@ -64,6 +77,7 @@ json describe(const std::string& file, std::optional<int> page) {
           {"iptc", metadata.iptc},
           {"loader", loader.substr(0, loader.find("load"))},
           {"memory", memoryFor(picture)},
+          {"made_with", made ? made->settings : json()},
           {"notes", remarks}};
 }
 
@@ -76,6 +90,7 @@ std::string textOf(const json& info) {
                                  printable(info["file"].get<std::string>()), info["width"].get<int>(),
                                  info["height"].get<int>(), info["bits"].get<int>(), info["colour"] ? "RGB" : "grey",
                                  info["alpha"] ? " with alpha" : "", kept, memoryText(info["memory"]));
+  if (!info["made_with"].is_null()) text += "; made with " + printable(unusualOf(info["made_with"]));
   for (const std::string note : info["notes"]) text += "; " + note;
   return text;
 }

@@ -27,9 +27,16 @@ constexpr float wideWindow = 32;
 // A process that has loaded the libraries and the module, and read and written a small picture.
 constexpr double processBytes = 62e6;
 
-// One tap of the edge-preserving filter on one core with a window so wide that it takes long: between AVX-512 (0.13)
-// and SSE2 (0.36) on an AMD EPYC. Common windows take two thirds of it. A Gaussian has too few taps to matter.
-constexpr double nanosecondsPerTap = 0.25;
+// One tap of the edge-preserving filter on one core: between AVX-512 (0.05 to 0.075) and SSE2 (0.18) on an AMD EPYC, as
+// with AVX2. A Gaussian has too few taps to matter.
+constexpr double nanosecondsPerTap = 0.1;
+
+// All else that is done about a pixel, on the same machine: reading and writing it above all. Between JPEG (40) and PNG
+// (150), as with JPEG 2000 and WebP.
+constexpr double nanosecondsPerPixel = 100;
+constexpr double nanosecondsPerPixelOfHevc = 1500;
+// The process itself, without exiftool.
+constexpr double secondsPerRun = 0.05;
 
 // A band's low-pass as the plug-in sees it, in its single precision.
 struct LowPass {
@@ -65,20 +72,8 @@ std::string radiusInBand(const Settings& settings, std::size_t band) {
   return text.str();
 }
 
-std::string duration(double minutes) {
-  constexpr double second = 1.0 / 60;
-  constexpr double hour = 60;
-  constexpr double day = 24 * hour;
-  constexpr double year = 365 * day;
-  if (!(minutes < 1000 * year)) return "more than a thousand years";
-  const auto rounded = [&](double unit, const char* name) {
-    return "about " + std::to_string(std::lround(minutes / unit)) + name;
-  };
-  if (minutes < 1.5 * second) return "about a second";
-  if (minutes < 2) return rounded(second, " seconds");
-  if (minutes < 2 * hour) return rounded(1, " minutes");
-  if (minutes < 2 * day) return rounded(hour, " hours");
-  return minutes < 2 * year ? rounded(day, " days") : rounded(year, " years");
+double secondsOf(const std::array<double, bandCount>& taps, unsigned cores) {
+  return 1e-9 * nanosecondsPerTap * std::accumulate(taps.begin(), taps.end(), 0.0) / std::max(cores, 1U);
 }
 
 double moduleBytesFor(const LowPass& finest, bool luminance) {
@@ -89,6 +84,23 @@ double moduleBytesFor(const LowPass& finest, bool luminance) {
 }
 
 }  // namespace
+
+std::string timeText(double seconds) {
+  constexpr double minute = 60;
+  constexpr double hour = 60 * minute;
+  constexpr double day = 24 * hour;
+  constexpr double year = 365 * day;
+  if (seconds < 1) return "less than a second";
+  if (!(seconds < 1000 * year)) return "more than a thousand years";
+  const auto rounded = [&](double unit, const char* name) {
+    return "about " + std::to_string(std::lround(seconds / unit)) + name;
+  };
+  if (seconds < 1.5) return "about a second";
+  if (seconds < 2 * minute) return rounded(1, " seconds");
+  if (seconds < 2 * hour) return rounded(minute, " minutes");
+  if (seconds < 2 * day) return rounded(hour, " hours");
+  return seconds < 2 * year ? rounded(day, " days") : rounded(year, " years");
+}
 
 std::array<double, 5> tapsOf(const Settings& settings, int width, int height) {
   const double planes = settings.value("LUMI") != 0.0 ? 1.0 : 3.0;
@@ -119,12 +131,11 @@ void requireThatWindowsFit(const std::string& file, const Settings& settings, in
 void requireShortWork(const std::string& file, const Settings& settings, int width, int height, unsigned cores,
                       double mostMinutes) {
   const std::array<double, bandCount> taps = tapsOf(settings, width, height);
-  const double nanoseconds = std::accumulate(taps.begin(), taps.end(), 0.0) * nanosecondsPerTap / std::max(cores, 1U);
-  const double minutes = nanoseconds / 60e9;
-  if (mostMinutes == 0 || !(minutes > mostMinutes)) return;
+  const double seconds = secondsOf(taps, cores);
+  if (mostMinutes == 0 || !(seconds > 60 * mostMinutes)) return;
   const auto costliest = static_cast<std::size_t>(std::max_element(taps.begin(), taps.end()) - taps.begin());
   throw Failure(file,
-                "these settings ask for " + duration(minutes) + " of work, most of it for " +
+                "these settings ask for " + timeText(seconds) + " of work, most of it for " +
                     radiusInBand(settings, costliest) + "; --max-minutes 0 does it all the same",
                 Cause::TooLong);
 }
@@ -142,6 +153,12 @@ void requireThatHostHolds(const std::string& file, int width, int height) {
                       ", and the plug-in's block of memory ends at 2 GiB",
                   Cause::TooLarge);
   }
+}
+
+double secondsOf(const RunShape& shape, const Settings& settings, unsigned cores) {
+  const double coding = 1e-9 * (shape.hevc ? nanosecondsPerPixelOfHevc : nanosecondsPerPixel);
+  const double filtering = secondsOf(tapsOf(settings, shape.width, shape.height), cores);
+  return secondsPerRun + filtering + coding * shape.width * shape.height;
 }
 
 double memoryOf(const RunShape& s, const Settings& settings) {

@@ -338,6 +338,14 @@ VImage decodePicture(const VImage& opened, const std::string& name) {
   }
 }
 
+void requireThatItDecodes(const VImage& opened, const std::string& name) {
+  try {
+    opened.avg();
+  } catch (const VError&) {
+    throw Failure(name, lastError());
+  }
+}
+
 VImage loadPicture(const std::string& name, std::optional<int> page) {
   Notes notes;
   return decodePicture(openPicture(name, notes, page), name);

@@ -40,6 +40,9 @@ void requireFileWithContent(const std::string& name);
 // The whole picture in memory of its own. Throws Failure about the file when it can't be read to its end.
 vips::VImage decodePicture(const vips::VImage& opened, const std::string& name);
 
+// Reads the samples and keeps none of them. Throws Failure as decodePicture does.
+void requireThatItDecodes(const vips::VImage& opened, const std::string& name);
+
 // Both, for whoever does without the notes.
 vips::VImage loadPicture(const std::string& name, std::optional<int> page = {});
 

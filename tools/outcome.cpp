@@ -15,9 +15,10 @@ json toJson(const Failure& failure) {
 }
 
 json toJson(const Outcome& o) {
-  json object = {{"file", o.input},  {"output", o.output}, {"status", o.status},
-                 {"notes", o.notes}, {"width", o.width},   {"height", o.height},
-                 {"bits", o.bits},   {"memory", o.memory}, {"seconds", o.seconds}};
+  json object = {{"file", o.input},     {"output", o.output}, {"status", o.status},
+                 {"notes", o.notes},    {"width", o.width},   {"height", o.height},
+                 {"bits", o.bits},      {"memory", o.memory}, {"estimated_seconds", o.estimatedSeconds},
+                 {"seconds", o.seconds}};
   object.update(toJson(Failure(o.about, o.reason, o.cause)));
   return object;
 }
@@ -35,6 +36,7 @@ Outcome outcomeFrom(const json& object) {
   object.at("height").get_to(o.height);
   object.at("bits").get_to(o.bits);
   object.at("memory").get_to(o.memory);
+  object.at("estimated_seconds").get_to(o.estimatedSeconds);
   object.at("seconds").get_to(o.seconds);
   return o;
 }

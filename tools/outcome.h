@@ -21,6 +21,7 @@ struct Outcome {
   int height = 0;
   int bits = 0;       // of the output's samples
   double memory = 0;  // bytes, as estimated
+  double estimatedSeconds = 0;
   double seconds = 0;
 
   // The line that tells of what failed or was skipped.

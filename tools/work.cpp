@@ -1,6 +1,7 @@
 #include "work.h"
 
 #include <chrono>
+#include <ctime>
 #include <filesystem>
 #include <memory>
 #include <string_view>
@@ -8,6 +9,7 @@
 #include "estimate.h"
 #include "failure.h"
 #include "finish.h"
+#include "made_with.h"
 #include "metadata.h"
 #include "settings_file.h"
 #include "target_file.h"
@@ -27,7 +29,8 @@ int documentDepth(VipsBandFormat read, VipsBandFormat written, const WorkOptions
   return bytes ? 8 : 32;
 }
 
-std::string recipeOf(const Job& job) { return job.output + ".toml"; }
+// A result is for nobody's eyes that its source isn't for.
+mode_t permissionsFor(const Job& job) { return job.input == pipeName ? 0666 : permissionsOf(job.input); }
 
 int bytesOf(VipsBandFormat format) { return static_cast<int>(vips_format_sizeof(format)); }
 
@@ -65,11 +68,14 @@ void append(Notes& notes, const Notes& more) { notes.insert(notes.end(), more.be
 
 void writeTo(TargetFile& target, const Job& job, const WorkOptions& options, const FileFormat& format,
              const SaveOptions& save, const VImage& picture, const AskExiftool& askExiftool, Notes& notes) {
-  savePicture(picture, format, target.descriptor(), job.output, save);
+  const MadeWith made{options.madeWith, target.begun()};
+  savePicture(remembering(made, picture, format), format, target.descriptor(), job.output, save);
   append(notes, completeMetadata(job.input, picture, &target, format, askExiftool));
-  if (options.keepsOriginal) target.keepOriginal();
-  target.replace();
-  if (options.writesRecipe) writeTextFile(recipeOf(job), settingsText(options.choice, ""), job.overwriteRecipe);
+  target.replace(options.keepsOriginal);
+  if (options.writesRecipe) {
+    writeTextFile(recipeOf(job.output), settingsText(options.choice, "") + recipeLine(made), job.overwriteRecipe,
+                  permissionsFor(job));
+  }
 }
 
 }  // namespace
@@ -97,8 +103,11 @@ Outcome work(const Job& job, const WorkOptions& options, const Surroundings& sur
   const VImage opened = openPicture(job.input, outcome.notes, options.page);
   const FileFormat& format = writableFormat(job.extension, job.output);
   requireThatFormatKnows(format, options.save, job.output);
-  if (job.output != pipeName && !job.overwrite) requireFree(job.output);
-  if (job.output != pipeName && options.writesRecipe && !job.overwriteRecipe) requireFree(recipeOf(job));
+  const bool overwrites = job.overwrite || job.update;
+  if (job.output != pipeName) {
+    requireReplaceable(job.output, overwrites, job.makesFolder);
+    if (options.writesRecipe) requireReplaceable(recipeOf(job.output), job.overwriteRecipe, job.makesFolder);
+  }
   const VipsBandFormat samples = options.samples.value_or(opened.format());
   const int depth = documentDepth(opened.format(), samples, options);
   requireThatFormatHolds(format, opened, samples, job.output);
@@ -114,23 +123,35 @@ Outcome work(const Job& job, const WorkOptions& options, const Surroundings& sur
   outcome.width = width;
   outcome.height = height;
   outcome.bits = 8 * bytesOf(samples);
-  outcome.memory = memoryOf({width, height, opened.bands(), colourBands(opened), bytesOf(opened.format()),
-                             bytesOf(samples), depth / 8, isBlended(options.choice)},
-                            settings);
+  const RunShape shape{width,
+                       height,
+                       opened.bands(),
+                       colourBands(opened),
+                       bytesOf(opened.format()),
+                       bytesOf(samples),
+                       depth / 8,
+                       isBlended(options.choice),
+                       format.name == "HEIF"};
+  outcome.memory = memoryOf(shape, settings);
+  outcome.estimatedSeconds = secondsOf(shape, settings, options.threads);
   requireMemory(job.input, outcome.memory, options.mostMemory);
   requireThatMaskFits(options.choice, opened);
-  outcome.status = Outcome::Status::Done;
-  if (options.dryRun) return outcome;
-
   surroundings.waitFor(outcome.memory);
+  outcome.status = Outcome::Status::Done;
+  if (options.dryRun) {
+    requireThatItDecodes(opened, job.input);
+    if (options.choice.mask) weightsOf(options.choice, opened);
+    return outcome;
+  }
   if (job.output == pipeName) {
     VImage picture = decodePicture(opened, job.input);
     equalize(job, options, depth, samples, picture);
-    savePictureToPipe(picture, format, save);
+    const MadeWith made{options.madeWith, std::time(nullptr)};
+    savePictureToPipe(remembering(made, picture, format), format, save);
     append(outcome.notes, completeMetadata(job.input, picture, nullptr, format, surroundings.askExiftool));
   } else {
     // Opened before the work, so that a target that can't be written doesn't cost the work first.
-    TargetFile target(job.output, job.overwrite);
+    TargetFile target(job.output, overwrites, permissionsFor(job));
     VImage picture = decodePicture(opened, job.input);
     equalize(job, options, depth, samples, picture);
     writeTo(target, job, options, format, save, picture, surroundings.askExiftool, outcome.notes);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 
@@ -14,14 +15,17 @@
 struct Job {
   std::string input;
   std::string output;
-  std::string extension;  // of the format to write
-  bool overwrite = false;
+  std::string extension;     // of the format to write
+  bool overwrite = false;    // whatever is there
+  bool update = false;       // overwrite what is out of date
+  bool makesFolder = false;  // of the output, where there is none
   bool overwriteRecipe = false;
   Notes notes{};  // that are known beforehand
 };
 
 struct WorkOptions {
   SettingsChoice choice;
+  nlohmann::json madeWith;  // what results remember of all this
   PluginEntry entry = nullptr;
   std::optional<VipsBandFormat> samples;  // of the output; as the input's if not given
   std::optional<int> hostDepth;           // the least that loses nothing if not given
@@ -44,5 +48,6 @@ struct Surroundings {
   AskExiftool askExiftool;
 };
 
-// Does the job. Throws Failure, and std::bad_alloc.
+// Does the job; in a dry run all but the work itself and the writing: the picture is read to its end. Throws Failure,
+// and std::bad_alloc.
 Outcome work(const Job& job, const WorkOptions& options, const Surroundings& surroundings);

@@ -1,6 +1,7 @@
 // A hundred files of all kinds, and what stands when orbel has been through them and was killed once on its way.
 
 #include <csignal>
+#include <functional>
 #include <set>
 
 #include "host/filter_entry.h"
@@ -156,8 +157,18 @@ TEST_F(Orbel, NamesOutputsByFolderPatternAndSuffixAndRefusesWhatIsThere) {
       {"dots/c.1.png dots/c.2.png -o p/%s_s --ext tif", 0, {"p/c.1_s.tif", "p/c.2_s.tif"}},
       {"dots/c.1.png dots/c.1_orbel.png", 0, {"dots/c.1_orbel.png"}},  // by the same wildcard
       {"in/a.png in/b.tif -o z.png", 2, {}},
-      {"in/b.tif in/b.png -o one/ --ext png", 1, {"one/b.png"}},  // the second had no name left
-      {"-r in -o tree/%s_t.png", 1, {"tree/a_t.png", "tree/a_orbel_t.png", "tree/b_t.png", "tree/b_orbel_t.png"}},
+      {"in/b.tif in/b.png -o one/ --ext png", 2, {}},  // one name for two
+      {"-r in -o tree/%s_t.png", 2, {}},
+      {"in/b.tif in/b.png -o one/%s-%e --ext png", 0, {"one/b-tif.png", "one/b-png.png"}},
+      {"-r dots -o dots/sub",
+       0,
+       {"dots/sub/c.1.png", "dots/sub/c.1_orbel.png", "dots/sub/c.2.png", "dots/sub/link.png"}},
+      {"-r dots -o dots/sub -f", 0, {}},  // results are no inputs
+      {"-r dots -o dots/sub/%s_t",
+       0,
+       {"dots/sub/c.1_t.png", "dots/sub/c.1_orbel_t.png", "dots/sub/c.2_t.png", "dots/sub/link_t.png"}},
+      {"-r one -o one/%s_t", 0, {"one/b-tif_t.png", "one/b-png_t.png"}},
+      {"-r one -o one/%s_t -f", 0, {}},
       {"in/a.png --in-place --contrast 0", 0, {"in/a.png_original"}},
       {"in/b.tif --in-place --no-backup --contrast 0", 0, {}},
       {"dots/link.png dots/c.1.png --in-place", 1, {"dots/link.png_original"}},  // one file by two names
@@ -181,6 +192,65 @@ TEST_F(Orbel, NamesOutputsByFolderPatternAndSuffixAndRefusesWhatIsThere) {
       if (before.count(name) == 0) made.insert(name);
     }
     EXPECT_EQ(made, naming.outputs);
+  }
+}
+
+// Two would take more than there is: a temporary file stands for each that is in work.
+TEST_F(Orbel, WaitsForTheMemoryThatAnotherHas) {
+  for (const char* name : {"a.pgm", "b.pgm", "c.pgm"}) save(name, testPicture(1).replicate(4, 4));
+  const Watch watch;
+  runWell("apply a.pgm b.pgm c.pgm -j 3 --memory 150M --radius 9 --edge on");
+  int inWork = 0;
+  int begun = 0;
+  for (const auto& [appears, name] : watch.events()) {
+    if (!begins(name, ".orbel-")) continue;
+    inWork += appears ? 1 : -1;
+    begun += appears ? 1 : 0;
+    EXPECT_LE(inWork, 1);
+  }
+  EXPECT_EQ(begun, 3);
+}
+
+// Each step follows those before it.
+TEST_F(Orbel, UpdatesWhatIsOlderOrMadeOtherwise) {
+  const auto set = [](const std::string& file, int seconds) {
+    fs::last_write_time(file, fs::last_write_time("in.png") + std::chrono::seconds(seconds));
+  };
+  const auto nothing = [] {};
+  struct Step {
+    const char* options;
+    bool isMade;
+    std::function<void()> before;
+  };
+  for (const char* extension : {"png", "jpg", "tif", "webp", "heic", "ppm"}) {
+    const std::string out = std::string("out.") + extension;
+    const bool isForgetful = extension == std::string("ppm");  // but for its recipe
+    const Step steps[] = {
+        {"-p clarity", true, nothing},
+        {"-p clarity", false, nothing},
+        {"-p clarity --mask mask.png", true, nothing},
+        {"-p clarity --mask mask.png", false, nothing},
+        {"-p clarity --mask mask.png", true, [] { save("mask.png", testPicture(1).invert()); }},
+        {"-p crisp -d u8", true, nothing},
+        {"-p crisp", true, nothing},
+        {"-p crisp", false, [&] { set(out, 0); }},
+        {"-p crisp", true, [&] { set(out, -1); }},
+        {"-p landscape", false, [&] { set(out, 100); }},  // somebody has worked on it
+        {"-p landscape -f", true, nothing},
+        {"-p crisp", false, [&] { fs::remove(out + ".toml"), save(out, testPicture(3)); }},  // somebody's own
+        {"-p crisp", true, [&] { set(out, -1); }}};
+    save("in.png", testPicture(3));
+    save("mask.png", testPicture(1));
+    set("in.png", -1000);
+    set("mask.png", 0);
+    int number = 0;
+    for (const Step& step : steps) {
+      SCOPED_TRACE(out + ", step " + std::to_string(++number) + ": " + step.options);
+      step.before();
+      const Ending ending =
+          runWell("apply in.png -u -o " + out + " " + step.options + (isForgetful ? " --recipe" : ""));
+      EXPECT_EQ(contains(ending.output, " -> "), step.isMade) << ending.output;
+    }
   }
 }
 

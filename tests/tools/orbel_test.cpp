@@ -9,8 +9,10 @@
 #include <csignal>
 #include <nlohmann/json.hpp>
 
+#include "failure.h"
 #include "image_file.h"
 #include "orbel_run.h"
+#include "target_file.h"
 
 namespace {
 
@@ -81,7 +83,9 @@ TEST_P(Metadata, GoesThroughUntouched) {
   VipsBlob* profile = nullptr;
   ASSERT_EQ(vips_profile_load("p3", &profile, nullptr), 0);
   setBlob(picture, VIPS_META_ICC_NAME, profile);
-  const std::string xmp = "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rating>5</rating></x:xmpmeta>";
+  const std::string xmp =
+      "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>"
+      "<rdf:Description rdf:about='' xmlns:xmp='http://ns.adobe.com/xap/1.0/' xmp:Rating='5'/></rdf:RDF></x:xmpmeta>";
   setBlob(picture, VIPS_META_XMP_NAME, vips_blob_copy(xmp.data(), xmp.size()));
   picture.set("exif-ifd0-Artist", "Ada (Ada, ASCII, 4 components, 4 bytes)");
   picture.set(VIPS_META_ORIENTATION, 6);
@@ -91,9 +95,14 @@ TEST_P(Metadata, GoesThroughUntouched) {
   runWell(in + " " + out + " --contrast 150");
   const VImage before = loadPicture(in);
   const VImage after = loadPicture(out);
-  for (const char* name : {VIPS_META_ICC_NAME, VIPS_META_XMP_NAME, VIPS_META_EXIF_NAME}) {
+  for (const char* name : {VIPS_META_ICC_NAME, VIPS_META_EXIF_NAME}) {
     EXPECT_EQ(blobOf(after, name), blobOf(before, name)) << name;
   }
+  // What it was made with is said beside the rest, which keeps every byte.
+  const std::string packet = blobOf(after, VIPS_META_XMP_NAME);
+  const std::size_t own = packet.find(" <rdf:Description rdf:about=\"\" xmlns:orbel=");
+  ASSERT_NE(own, std::string::npos);
+  EXPECT_EQ(packet.substr(0, own) + packet.substr(packet.find("</rdf:RDF>")), blobOf(before, VIPS_META_XMP_NAME));
   EXPECT_FALSE(blobOf(before, VIPS_META_ICC_NAME).empty());
   EXPECT_FALSE(blobOf(before, VIPS_META_XMP_NAME).empty());
   // The library's PNG files hold no orientation.
@@ -285,6 +294,9 @@ TEST_F(Troubles, OfFilesLeaveAllAsItWas) {
       {"deep.png out.jpg -f", "out.jpg: JPEG files hold no 16-bit"},
       {"floats.tif out.png -f", "out.png: PNG files hold no float"},
       {"good.png nowhere/out.png", "nowhere/out.png: "},
+      {"good.png nowhere/out.png --dry-run", "nowhere/out.png: "},
+      {"cut.png out.png -f --dry-run", "cut.png: "},
+      {"cut.jpg out.png -f --dry-run", "cut.jpg: "},
       {"good.png out.png", "out.png: is there already; -f"},
       {"apply good.png --in-place --recipe", "good.png.toml: is there already"},
       // 3 * 4001 * 4001 taps on 8 megapixels and more: hours, on up to 200 cores.
@@ -304,9 +316,11 @@ TEST_F(Troubles, OfAFullDiskLeaveAllAsItWas) {
 
 TEST_F(Troubles, OfOptionsNameTheOption) {
   for (const char* option :
-       {"--contrast 1,2", "--radius 1,2,3,4,x", "--threshold ,", "--edges maybe", "--factor inf", "--cross 1.5",
-        "--set CON6=1", "--set CON1", "--set HALF=2", "--set WDTH=3e9", "--memory -1", "--max-minutes nan", "--depth 0",
-        "--progress 1", "--host-depth 9", "--ext xyz"}) {
+       {"--contrast 1,2", "--radius 1,2,3,4,x", "--threshold ,",    "--edges maybe",          "--factor inf",
+        "--cross 1.5",    "--set CON6=1",       "--set CON1",       "--set HALF=2",           "--set WDTH=3e9",
+        "--radius -3",    "--contrast 100000",  "--set FCTR=-1001", "--band 2:threshold=256", "--cross -1",
+        "--memory -1",    "--max-minutes nan",  "--depth 0",        "--progress 1",           "--host-depth 9",
+        "--ext xyz"}) {
     expectRefusal(std::string("good.png new.png ") + option, 2, split(option)[0]);
   }
 }
@@ -380,25 +394,64 @@ TEST_F(Orbel, RunsThePluginBesideIt) {
 }
 
 TEST_F(Orbel, KeepsPermissionsAndFollowsLinks) {
+  const mode_t usual = umask(022);
   save("real.png", testPicture(3));
   fs::create_symlink("real.png", "link.png");
-  chmod("real.png", 0604);
+  chmod("real.png", 0660);
+  runWell("link.png new.png --recipe");
+  EXPECT_EQ(fs::status("new.png").permissions(), fs::perms{0640});
+  EXPECT_EQ(fs::status("new.png.toml").permissions(), fs::perms{0640});
+  chmod("real.png", 0666);
   const std::string before = contentOf("real.png");
   runWell("link.png link.png -f --contrast 300");
   EXPECT_TRUE(fs::is_symlink("link.png"));
   EXPECT_NE(contentOf("real.png"), before);
-  EXPECT_EQ(fs::status("real.png").permissions(), fs::perms{0604});
+  EXPECT_EQ(fs::status("real.png").permissions(), fs::perms{0666});
+  umask(usual);
+}
+
+TEST_F(Orbel, ReplacesWithoutAGapAndKeepsTheFirstOriginal) {
+  save("in.png", testPicture(3));
+  const std::string first = contentOf("in.png");
+  const Watch watch;
+  for (const char* contrast : {"50", "300"}) {
+    const std::string before = contentOf("in.png");
+    runWell(std::string("apply in.png --in-place --contrast ") + contrast);
+    EXPECT_NE(contentOf("in.png"), before);
+    EXPECT_EQ(contentOf("in.png_original"), first);
+  }
+  for (const auto& [appears, name] : watch.events()) EXPECT_TRUE(appears || name != "in.png");
+  EXPECT_EQ(files().size(), 2U);
+}
+
+// What fails here is the very last step, and so all before it has been done.
+TEST_F(Orbel, KeepsNoOriginalOfWhatIsNotReplaced) {
+  saveText("file", "as it was");
+  TargetFile target("file", true);
+  fs::remove(target.temporary());
+  EXPECT_THROW(target.replace(true), Failure);
+  EXPECT_EQ(files(), (std::map<std::string, std::string>{{"file", "as it was"}}));
 }
 
 // In hours of work, which begins where it is asked for.
 TEST_F(Orbel, LeavesNothingBehindWhenItIsStopped) {
   save("in.png", testPicture(1).replicate(16, 8));
-  const pid_t process = start(split("in.png out.png --radius 500 --edge on --planes --max-minutes 0"));
+  const Words line = split("in.png out.png --radius 500 --edge on --planes --max-minutes 0");
+  const pid_t process = start(line);
   EXPECT_TRUE(await(temporaryIsThere)) << "the work has not begun";
   kill(process, SIGTERM);
   const Ending ending = finish(process);
   EXPECT_EQ(ending.code(), 130);
   EXPECT_EQ(ending.errors, "orbel: in.png: interrupted\n");
+  EXPECT_EQ(files().size(), 1U);
+
+  // Nor when the process of the file gets no chance to clean up; its number is in the temporary file's name.
+  const pid_t parent = start(line);
+  EXPECT_TRUE(await(temporaryIsThere)) << "the work has not begun";
+  std::string temporary;
+  for (const auto& [name, content] : files()) temporary = begins(name, ".orbel-") ? name : temporary;
+  kill(std::stoi(temporary.substr(temporary.rfind('-') + 1)), SIGKILL);
+  EXPECT_EQ(finish(parent).errors, "orbel: in.png: the work was ended by a signal: Killed\n");
   EXPECT_EQ(files().size(), 1U);
 }
 
