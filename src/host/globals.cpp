@@ -1,4 +1,4 @@
-// The module's two variables; everything else lives in host handles.
+// What the host's record and suites are; everything else of a run lives in host handles.
 #include "host/globals.h"
 
 FilterRecord* gFilterRecord = nullptr;
