@@ -156,7 +156,10 @@ TEST_P(BilateralPairs, HaveTheBitsOfSingleLines) {
 // Large enough for the filter to take that form, on every number of threads that cuts the image differently.
 TEST_P(BilateralPairs, ServeTheFilterOnAnyNumberOfThreads) {
   const ForcedRow row(GetParam());
-  ASSERT_TRUE(bilateralKernels().stdRowsPays(403 - 3, 40, 4));
+  const auto pays = bilateralKernels().stdRowsPays;
+  ASSERT_TRUE(pays(403 - 3, 40, 4));
+  EXPECT_TRUE(pays(40000, 40000, largestPairWindow));
+  EXPECT_FALSE(pays(40000, 40000, largestPairWindow + 1)) << "it has no room for such windows";
   const KivImage src = randomImage(403, 160, 1, 8);
   const KivImage expected = naive(src, 4, 1.3F, 0.2F, standard, replicate);
   const int threads = omp_get_max_threads();
@@ -207,6 +210,7 @@ TEST(Bilateral, RefusesWhatItCannotServe) {
   EXPECT_EQ(data, before);
   EXPECT_THROW(BilateralFilterKiv(data.data(), data.data(), 4, 4, 4, 32766, 1.0F, 1.0F, 0, 1), NO_MEMORY_ERROR);
   EXPECT_THROW(Bilateral_trp(data.data(), data.data(), 65536, 1, 0, 1.0F, 1.0F, 1), NO_MEMORY_ERROR);
+  EXPECT_THROW(Bilateral_std(data.data(), data.data(), 65533, 1, 1, 2, 1.0F, 1.0F, 1), NO_MEMORY_ERROR);
   EXPECT_EQ(data, before);
   EXPECT_DEATH(BilateralFilterKiv(data.data(), data.data(), 4, 4, 4, 2, 1.0F, 1.0F, 0, 3), "");
 }

@@ -99,6 +99,13 @@ TEST(MorphologyRule, InfiniteSamplesCountAsOthersDo) {
   }
 }
 
+// Of rows of this length the turned strips leave 32 bits.
+TEST(MorphologyRule, SaysWhenItHasNoMemory) {
+  const KivImage src(4'300'000, 1, 1);
+  Mask mask = fullMask(1);
+  EXPECT_THROW(KivImage().Dilate(src, mask.data(), 1, false), NO_MEMORY_ERROR);
+}
+
 TEST(MorphologyRule, RefusesAMaskThatFitsNowhere) {
   const KivImage src = randomImage(9, 30, 1, 1);
   Mask mask = fullMask(10);
