@@ -125,10 +125,10 @@ INSTANTIATE_TEST_SUITE_P(Rows, BilateralPairs, allRows(), rowName);
 TEST_P(BilateralPairs, HaveTheBitsOfSingleLines) {
   const ForcedRow row(GetParam());
   const BilateralKernels& kernels = bilateralKernels();
-  for (const int window : {1, 2, 3, 4, 5, 12, 13, 64, largestPairWindow}) {
-    for (const int columns : {4, 12, 16, 20, 64, 68, 132, 260}) {
-      for (const int rows : {1, 2, 3, 4, 14, 30}) {
-        if (window >= 64 && columns * rows > 300) continue;
+  for (const int window : {2, 3, 4, 13, largestPairWindow}) {
+    for (const int columns : {4, 20, 68, 132}) {
+      for (const int rows : {1, 3, 14}) {
+        if (window == largestPairWindow && columns * rows != 20) continue;
         KivImage block = randomImage(columns + 2 * window, rows + 2 * window, 1, static_cast<unsigned>(columns + rows));
         if (window == 3) *block.At(0, window + columns / 2, window) = NAN;
         const GaussianFactors factors = {-0.05F, window == 4 ? -700.0F : -9.0F};

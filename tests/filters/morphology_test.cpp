@@ -79,7 +79,7 @@ TEST_P(Morphology, EqualsTheNaiveExtremeInEveryForm) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Morphology,
-                         testing::Combine(testing::Values(1, 2, 3, 6, 7, 25, 90), testing::Bool(), testing::Bool()));
+                         testing::Combine(testing::Values(1, 2, 3, 6, 7, 25, 50), testing::Bool(), testing::Bool()));
 
 TEST(MorphologyRule, InfiniteSamplesCountAsOthersDo) {
   KivImage src = randomImage(12, 9, 1, 1);
