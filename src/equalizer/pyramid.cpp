@@ -80,7 +80,7 @@ bool reduceByBands(const LevelLines& lines, const Level& level, KivImage& reduce
   const bool blurs = level.lowPass == LowPass::gaussian;
   const int reach = blurs ? gaussianReach(level.radius, lowPassReach) : 0;
   if (reach > farthestReach) return false;
-  const int mostBlurred = std::min(2 * (reducedBandRows + 2 + reach), size.height);
+  const int mostBlurred = std::min(2 * reducedBandRows + 1 + reach, size.height);
   const int mostRows = lines.rowsInScratch(std::min(mostBlurred + 2 * reach, size.height));
   const GaussianBands gaussian(size, blurs ? level.radius : 0.0F, lowPassReach, mostBlurred);
   const Resizer halving(size, reduced.size);
@@ -96,8 +96,7 @@ bool reduceByBands(const LevelLines& lines, const Level& level, KivImage& reduce
     float* const blurred = forLines + mostRows * rowFloats;
     float* const rest = blurred + (blurs ? mostBlurred : 0) * rowFloats;
     Resizer::Rows rows = halving.sourceRows(first, count);
-    // Up to an edge where the kernel would reach beyond it.
-    if (rows.first < reach) rows.first = 0;
+    // Down to the edge where the kernel would reach beyond it; at the top the second band begins far behind its reach.
     if (size.height - rows.end < reach) rows.end = size.height;
     const int top = std::max(rows.first - reach, 0);
     LevelLines::Rows source = lines.rows(top, std::min(rows.end + reach, size.height), forLines, rowBytes);

@@ -1,5 +1,7 @@
 // KivImage: what a Gaussian blur takes away, as a layer around grey 0.5.
 
+#include <algorithm>
+
 #include "filters/unsharp_kernels.h"
 #include "image/kiv_image.h"
 
@@ -19,16 +21,18 @@ void blurOrCopy(KivImage& target, const KivImage& src, float sigma, int kernelMu
 void KivImage::HighPassFilter(const KivImage& src, float sigma, bool) {
   constexpr int kernelMultiplier = 4;
   allocateLike(src);
-  KivImage half(size, channels);  // before the blur: the target may be src
+  KivImage shared = ROI(0, 0, size.width, size.height);  // the planes that the source has too
+  shared.channels = std::min(channels, src.channels);
+  KivImage half(size, shared.channels);  // before the blur: the target may be src
   half = src * 0.5F;
-  for (int i = 0; i < channels; ++i) {
-    KivImage plane = Plane(i);
+  for (int i = 0; i < shared.channels; ++i) {
+    KivImage plane = shared.Plane(i);
     blurOrCopy(plane, src.Plane(i), sigma, kernelMultiplier);
   }
-  *this *= -1.0F;
-  *this += 1.0F;
-  *this *= 0.5F;
-  *this += half;
+  shared *= -1.0F;
+  shared += 1.0F;
+  shared *= 0.5F;
+  shared += half;
 }
 
 void KivImage::HighPassPS(const KivImage& src, float sigma, int kernelMultiplier) {

@@ -33,16 +33,19 @@ Resizer::Resizer(IppiSize from, IppiSize to) : from_(from), to_(to) {
 }
 
 // The primitive wants the source row that corresponds to y.
-std::int64_t Resizer::sourceRow(int y) const {
-  const double ratio = static_cast<double>(from_.height) / static_cast<double>(to_.height);
-  return static_cast<std::int64_t>(std::floor(y * ratio));
-}
+std::int64_t Resizer::sourceRow(int y) const { return static_cast<std::int64_t>(std::floor(y * ratioOfRows())); }
 
-// A target row's centre lies at most half a source row before, and half a step of the target behind, the row that
-// corresponds to it; the other of its two neighbours comes on top.
+double Resizer::ratioOfRows() const { return static_cast<double>(from_.height) / static_cast<double>(to_.height); }
+
+// By the primitive's own formula row y lies between its upper neighbour and the row below that one. The row that
+// corresponds to y, which the primitive counts from, is among them, read or not.
 Resizer::Rows Resizer::sourceRows(int y, int count) const {
-  const std::int64_t first = sourceRow(y) - 1;
-  const std::int64_t end = sourceRow(y + count) + 2;
+  const double ratio = ratioOfRows();
+  const auto upperNeighbour = [ratio](int row) {
+    return static_cast<std::int64_t>(std::floor((row + 0.5) * ratio - 0.5));
+  };
+  const std::int64_t first = std::min(sourceRow(y), upperNeighbour(y));
+  const std::int64_t end = upperNeighbour(y + count - 1) + 2;
   return {static_cast<int>(std::max<std::int64_t>(first, 0)),
           static_cast<int>(std::min<std::int64_t>(end, from_.height))};
 }

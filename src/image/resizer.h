@@ -15,7 +15,7 @@ class Resizer {
 
   std::int64_t scratchBytes() const { return scratchBytes_; }
 
-  // The rows of the source that rows y to y + count - 1 of the target are made of lie among first to end - 1.
+  // Rows y to y + count - 1 of the target are made of rows of the source from first to end - 1.
   struct Rows {
     int first;
     int end;
@@ -32,6 +32,7 @@ class Resizer {
 
  private:
   std::int64_t sourceRow(int y) const;
+  double ratioOfRows() const;
 
   IppiSize from_;
   IppiSize to_;
