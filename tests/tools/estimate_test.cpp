@@ -60,7 +60,7 @@ TEST(Estimate, RefusesHoursOfWorkAndSaysWhatTheyAreFor) {
       {"100,0,0,0,0", "on", 1, "about 13 minutes of work, most of it for --radius 100 in band 1; --max-minutes"},
       {"1,1,400,1,1", "on", 1, "about 13 minutes of work, most of it for --radius 400 in band 3; --max-minutes"},
       {"400,0,0,0,0", "on", 1, "about 3 hours"},
-      {"60,0,0,0,0", "on", 24, "about 12 seconds of work"},
+      {"60,0,0,0,0", "on", 60, "about 5 seconds of work"},
       {"32767", "on", 1, "about 3 years of work"}};
   for (const Work& work : works) {
     Settings settings;
@@ -68,7 +68,7 @@ TEST(Estimate, RefusesHoursOfWorkAndSaysWhatTheyAreFor) {
     settings.setBands("--edge", "EDG", work.edge);
     const std::string expected = work.says == "none" ? "none" : "these settings ask for " + work.says;
     const std::string said = refusal([&](const char* file) {
-      requireShortWork(file, settings, 4000, 3000, work.cores, work.cores < 60 ? 10 : 0.1);
+      requireShortWork(file, settings, 4000, 3000, work.cores, work.cores < 60 ? 10 : 0.05);
     });
     EXPECT_EQ(said.substr(0, expected.size()), expected) << work.radius;
   }
