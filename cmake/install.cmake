@@ -8,6 +8,18 @@ set(ORBEL_PRESETS_DESTINATION ${CMAKE_INSTALL_DATADIR}/orbel/presets)
 
 # After all targets are there: a function, because the destinations above are needed before.
 function(orbel_install)
+  # First of all, or the first file that is missing would be named without a reason.
+  string(CONFIGURE [[
+    foreach(file "$<TARGET_FILE:orbel>" "$<TARGET_FILE:OrbelBandEqualizer>" "$<TARGET_FILE:band_equalizer>"
+        "@CMAKE_BINARY_DIR@/orbel.1" "@CMAKE_BINARY_DIR@/orbel.bash" "@CMAKE_BINARY_DIR@/_orbel"
+        "@CMAKE_BINARY_DIR@/orbel.fish")
+      if(NOT EXISTS "${file}")
+        message(FATAL_ERROR "This build is not complete, ${file} is missing. First build all of it:\n"
+          "  cmake --build @CMAKE_BINARY_DIR@")
+      endif()
+    endforeach()]] whole_build @ONLY)
+  install(CODE "${whole_build}" ALL_COMPONENTS)
+
   install(TARGETS orbel RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT orbel)
   install(DIRECTORY tools/presets/ DESTINATION ${ORBEL_PRESETS_DESTINATION} COMPONENT orbel FILES_MATCHING PATTERN *.toml)
   install(FILES ${CMAKE_BINARY_DIR}/orbel.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT orbel)

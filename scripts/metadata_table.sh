@@ -8,9 +8,9 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cd "$folder"
 
-tags=(Make ISO LensModel SerialNumber GPSLatitude Orientation Rating City Keywords ProfileDescription)
+tags=(Make ISO LensModel SerialNumber GPSLatitude Orientation Title Rating City Keywords Caption ProfileDescription)
 groups=(-IFD0:Make -ExifIFD:ISO -ExifIFD:LensModel -ExifIFD:SerialNumber -GPS:GPSLatitude -IFD0:Orientation
-  -XMP-xmp:Rating -IPTC:City -IPTC:Keywords -ICC_Profile:ProfileDescription)
+  -XMP-dc:Title -XMP-xmp:Rating -IPTC:City -IPTC:Keywords -IPTC:Caption-Abstract -ICC_Profile:ProfileDescription)
 
 # The tags that file $2 has no more with the values of file $1.
 missing() {
@@ -19,14 +19,15 @@ missing() {
     tag=$(exiftool -s3 -n "${groups[$i]}" "$1" 2>/dev/null || true)
     [ -z "$tag" ] || [ "$tag" = "$(exiftool -s3 -n "${groups[$i]}" "$2" 2>/dev/null)" ] || lost="$lost ${tags[$i]}"
   done
-  echo "${lost:- none}" | sed "s/ //; s/ /, /g; s/Make, ISO, LensModel, SerialNumber, GPSLatitude/EXIF/; s/City, Keywords/IPTC/"
+  echo "${lost:- none}" | sed "s/ //; s/ /, /g; s/Make, ISO, LensModel, SerialNumber, GPSLatitude/EXIF/; s/Title, Rating/XMP/; s/City, Keywords, Caption/IPTC/"
 }
 
 # examples/chelsea.png has a colour profile.
 "$orbel" "$root/examples/chelsea.png" tagged.jpg -q
 exiftool -q -overwrite_original -Make=Acme -ISO=200 -LensModel='50 mm f/1.4' -SerialNumber=12345 -GPSLatitude=52.5 \
-  -GPSLatitudeRef=N -GPSLongitude=13.4 -GPSLongitudeRef=E '-Orientation#=6' -XMP-xmp:Rating=4 -IPTC:City=Berlin \
-  -IPTC:Keywords=cat tagged.jpg
+  -GPSLatitudeRef=N -GPSLongitude=13.4 -GPSLongitudeRef=E '-Orientation#=6' -XMP-dc:Title='猫 و قطة' -XMP-xmp:Rating=4 \
+  -IPTC:CodedCharacterSet=UTF8 -IPTC:City=Łódź -IPTC:Keywords=東京 -IPTC:Keywords=größe \
+  -IPTC:Caption-Abstract='Γειά, привет, שלום, नमस्ते' tagged.jpg
 for format in png tif webp; do "$orbel" tagged.jpg "tagged.$format" -q; done
 
 echo "| from | into | lost with exiftool | lost without |"

@@ -12,8 +12,10 @@
 #include <cstring>
 #include <list>
 #include <new>
+#include <optional>
 #include <system_error>
 
+#include "exiftool.h"
 #include "failure.h"
 #include "target_file.h"
 
@@ -35,20 +37,40 @@ bool sendLine(int connection, const std::string& line) {
   return send(connection, line.data(), line.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(line.size());
 }
 
-// --- In the process of one file. It says what memory it needs, waits for a byte, works, and says what came of it.
+// Both sides speak in lines of JSON.
+//
+// --- In the process of one file. It says what memory it needs, waits for an answer, works, has answers of exiftool
+// meanwhile, and says what came of it.
+
+nlohmann::json answerTo(const nlohmann::json& question, int connection) {
+  std::string line;
+  char buffer[4096];
+  bool open = sendLine(connection, jsonLine(question));
+  while (open && (line.empty() || line.back() != '\n')) {
+    const ssize_t count = read(connection, buffer, sizeof buffer);
+    if (count < 0 && errno == EINTR) continue;
+    open = count > 0;
+    if (open) line.append(buffer, static_cast<std::size_t>(count));
+  }
+  if (!open) _exit(exitInterrupted);
+  return nlohmann::json::parse(line);
+}
 
 Outcome workOn(const Job& job, const WorkOptions& options, int connection) {
-  const auto waitFor = [&](double bytes) {
-    sendLine(connection, jsonLine({{"needs", bytes}}));
-    char go = 0;
-    if (read(connection, &go, 1) != 1) _exit(exitInterrupted);
+  const auto waitFor = [&](double bytes) { answerTo({{"needs", bytes}}, connection); };
+  const auto askExiftool = [&](const ExiftoolRequest& request) -> ExiftoolAnswer {
+    const auto answer = answerTo({{"exiftool", request.arguments}, {"seconds", request.seconds}}, connection);
+    return {answer.at("status"), answer.at("text")};
   };
   try {
-    return work(job, options, waitFor);
+    return work(job, options, {waitFor, askExiftool});
   } catch (const std::bad_alloc&) {
-    return settled(job, Outcome::Status::Failed, job.input + ": not enough memory for a picture of this size");
+    return settled(job, Outcome::Status::Failed,
+                   Failure(job.input, "not enough memory for a picture of this size", Cause::NoMemory));
+  } catch (const Failure& failure) {
+    return settled(job, Outcome::Status::Failed, failure);
   } catch (const std::exception& error) {
-    return settled(job, Outcome::Status::Failed, error.what());
+    return settled(job, Outcome::Status::Failed, Failure(job.input, error.what()));
   }
 }
 
@@ -70,6 +92,7 @@ struct Worker {
   double needs = 0;
   bool runs = false;
   std::string received{};
+  std::optional<Outcome> outcome{};
 };
 
 class Batch {
@@ -82,6 +105,7 @@ class Batch {
     while (!workers_.empty() || moreToBegin()) {
       while (workers_.size() < options_.processes && moreToBegin()) begin(jobs_[next_++]);
       listen();
+      exiftool_.attend();
       if (interrupted != 0) {
         for (const Worker& worker : workers_) kill(worker.process, SIGTERM);
       }
@@ -117,6 +141,7 @@ class Batch {
   void listen() {
     std::vector<pollfd> ears;
     for (const Worker& worker : workers_) ears.push_back({worker.connection, POLLIN, 0});
+    ears.push_back({exiftool_.descriptor(), POLLIN, 0});  // left out by poll when it is negative
     constexpr int milliseconds = 100;
     if (poll(ears.data(), ears.size(), milliseconds) <= 0) return;
     auto ear = ears.begin();
@@ -128,42 +153,62 @@ class Batch {
   }
 
   // False at the end of what the worker has to say.
-  static bool receive(Worker& worker) {
+  bool receive(Worker& worker) {
     char buffer[4096];
     const ssize_t count = read(worker.connection, buffer, sizeof buffer);
     if (count < 0) return errno == EINTR;
     worker.received.append(buffer, static_cast<std::size_t>(count));
-    const std::string::size_type end = worker.received.find('\n');
-    if (worker.needs == 0 && end != std::string::npos) {
-      const auto line = nlohmann::json::parse(worker.received.substr(0, end));
-      if (line.contains("needs")) {
-        worker.needs = line["needs"];
-        worker.received.erase(0, end + 1);
-      }
+    for (std::string::size_type end = 0; (end = worker.received.find('\n')) != std::string::npos;) {
+      hear(worker, nlohmann::json::parse(worker.received.substr(0, end)));
+      worker.received.erase(0, end + 1);
     }
     return count > 0;
+  }
+
+  void hear(Worker& worker, const nlohmann::json& said) {
+    if (said.contains("needs")) {
+      worker.needs = said["needs"];
+    } else if (said.contains("exiftool")) {
+      exiftool_.ask(worker.process, {said["exiftool"], said["seconds"]});
+    } else {
+      worker.outcome = outcomeFrom(said);
+    }
+  }
+
+  // The worker waits for it, so that it is taken however long it is.
+  void passOn(pid_t process, const ExiftoolAnswer& answer) {
+    for (const Worker& worker : workers_) {
+      if (worker.process != process) continue;
+      sendLine(worker.connection, jsonLine({{"status", answer.status}, {"text", answer.text}}));
+    }
   }
 
   void finish(const Worker& worker) {
     close(worker.connection);
     int status = 0;
     while (waitpid(worker.process, &status, 0) < 0 && errno == EINTR) continue;
+    // Whoever read the picture from the standard output has had enough of it: as if this process had written it.
+    const bool readerIsGone = WIFSIGNALED(status) && WTERMSIG(status) == SIGPIPE;
+    if (readerIsGone && worker.job->output == pipeName) raise(SIGPIPE);
+    exiftool_.forget(worker.process);
     Outcome outcome;
-    if (!worker.received.empty()) {
-      outcome = outcomeFrom(nlohmann::json::parse(worker.received));
+    if (worker.outcome) {
+      outcome = *worker.outcome;
     } else {
-      outcome = settled(*worker.job, Outcome::Status::Failed, worker.job->input + ": " + endOf(status));
+      outcome = settled(*worker.job, Outcome::Status::Failed, endOf(status, worker.job->input));
       if (worker.job->output != pipeName) removeLeftovers(worker.job->output, worker.process);
     }
     anyFailed_ = anyFailed_ || outcome.status == Outcome::Status::Failed;
     talk_.tell(outcome);
   }
 
-  static std::string endOf(int status) {
+  static Failure endOf(int status, const std::string& input) {
     if (WIFSIGNALED(status)) {
-      return std::string("the work was ended by a signal: ") + strsignal(WTERMSIG(status));
+      const std::string signal = strsignal(WTERMSIG(status));
+      return {input, "the work was ended by a signal: " + signal, Cause::Crashed};
     }
-    return WEXITSTATUS(status) == exitInterrupted ? "interrupted" : "the work ended without a result";
+    if (WEXITSTATUS(status) == exitInterrupted) return {input, "interrupted", Cause::Interrupted};
+    return {input, "the work ended without a result", Cause::Crashed};
   }
 
   // The first that asked comes first; one that is alone gets what it needs.
@@ -173,7 +218,7 @@ class Batch {
     for (Worker& worker : workers_) {
       if (worker.runs || worker.needs == 0) continue;
       if (taken > 0 && taken + worker.needs > options_.memory) return;
-      worker.runs = sendLine(worker.connection, "g");
+      worker.runs = sendLine(worker.connection, jsonLine({{"granted", worker.needs}}));
       taken += worker.needs;
     }
   }
@@ -184,6 +229,7 @@ class Batch {
   Talk& talk_;
   std::size_t next_ = 0;
   std::list<Worker> workers_;
+  Exiftool exiftool_{[this](pid_t asker, const ExiftoolAnswer& answer) { passOn(asker, answer); }};
   bool anyFailed_ = false;
 };
 

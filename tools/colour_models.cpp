@@ -1,57 +1,8 @@
 #include "colour_models.h"
 
-#include <array>
-#include <cstdint>
-#include <cstring>
-#include <fstream>
+#include "file_headers.h"
 
 using vips::VImage;
-
-namespace {
-
-// The number at one of a TIFF file's tags in its first directory; 0 when it isn't there. Enough for small numbers.
-class TiffTags {
- public:
-  explicit TiffTags(const std::string& name) : file_(name, std::ios::binary) {
-    std::array<char, 4> head{};
-    file_.read(head.data(), head.size());
-    little_ = head[0] == 'I';
-    const bool classic = head[little_ ? 2 : 3] == 42;
-    directory_ = classic ? number(4, 4) : 0;
-  }
-  std::uint32_t tag(std::uint32_t wanted) {
-    if (directory_ == 0) return 0;
-    const std::uint32_t count = number(directory_, 2);
-    for (std::uint32_t i = 0; i < count; ++i) {
-      const std::uint32_t entry = directory_ + 2 + 12 * i;
-      if (number(entry, 2) == wanted) return number(entry + 8, 2);
-    }
-    return 0;
-  }
-
- private:
-  std::uint32_t number(std::uint32_t at, int bytes) {
-    file_.seekg(at);
-    std::uint32_t value = 0;
-    for (int i = 0; i < bytes; ++i) {
-      const auto byte = static_cast<std::uint32_t>(file_.get() & 0xFF);
-      value |= byte << 8 * (little_ ? i : bytes - 1 - i);
-    }
-    return file_ ? value : 0;
-  }
-
-  std::ifstream file_;
-  bool little_ = true;
-  std::uint32_t directory_ = 0;
-};
-
-// The bits of a sample in a PNG file's header.
-int pngBits(const std::string& name) {
-  std::ifstream file(name, std::ios::binary);
-  return file.seekg(24).get();
-}
-
-}  // namespace
 
 std::string convertToRgb(VImage& picture) {
   switch (picture.interpretation()) {
@@ -78,19 +29,13 @@ std::string convertToRgb(VImage& picture) {
   }
 }
 
-std::string noteOnPackedSamples(const std::string& name, const VImage& picture) {
+std::string noteOnPackedSamples(const std::string& name, int page, const VImage& picture) {
   const std::string loader = picture.get_string(VIPS_META_LOADER);
   const char* const indexed = "indexed colours converted to 8 bits";
   const char* const oneBit = "one-bit samples converted to 8 bits";
   if (picture.get_typeof("palette-bit-depth") != 0) return indexed;
   if (loader.rfind("png", 0) == 0 && pngBits(name) == 1) return oneBit;
-  if (loader.rfind("tiff", 0) == 0) {
-    constexpr std::uint32_t bitsPerSample = 258;
-    constexpr std::uint32_t photometric = 262;
-    constexpr std::uint32_t palette = 3;
-    TiffTags tags(name);
-    if (tags.tag(photometric) == palette) return indexed;
-    if (tags.tag(bitsPerSample) == 1) return oneBit;
-  }
-  return {};
+  const std::optional<TiffHeader> tiff = loader.rfind("tiff", 0) == 0 ? tiffHeader(name, page) : std::nullopt;
+  if (!tiff) return {};
+  return tiff->indexed ? indexed : tiff->bits == 1 ? oneBit : "";
 }

@@ -9,5 +9,5 @@
 std::string convertToRgb(vips::VImage& picture);
 
 // A note about a file of indexed colours or of one bit a sample, which the image library has turned into 8 bits on its
-// own; empty for all others. Looks into the file itself, as the library doesn't tell.
-std::string noteOnPackedSamples(const std::string& name, const vips::VImage& picture);
+// own; empty for all others. Looks into the file itself, at its page (from 1), as the library doesn't tell.
+std::string noteOnPackedSamples(const std::string& name, int page, const vips::VImage& picture);

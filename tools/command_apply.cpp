@@ -17,10 +17,13 @@
 #include "finish.h"
 #include "inputs.h"
 #include "machine.h"
+#include "made_with.h"
 #include "module.h"
 #include "naming.h"
+#include "page_option.h"
 #include "settings_options.h"
 #include "talk.h"
+#include "up_to_date.h"
 #include "work_limits.h"
 
 namespace {
@@ -50,7 +53,7 @@ constexpr const char* notes =
     "  orbel apply *.tif -o done/ -j 2 --contrast 100,140,160,130,110\n"
     "      many pictures into a folder, two at a time\n"
     "  orbel apply -r photos -o 'web/%s.jpg' -d u8 --quality 90 -u\n"
-    "      a tree of folders as JPEG; again later, for those that are new or have changed\n"
+    "      a tree of folders as JPEG; again later, for those that are new or have changed, or with other settings\n"
     "  orbel apply --in-place --recipe portrait.png --radius 6 --edges on\n"
     "      in its place; the original stays as portrait.png_original, the settings as portrait.png.toml\n"
     "  orbel apply in.tif -o details.tif --factor 0 --half --planes --host-depth 32\n"
@@ -88,6 +91,7 @@ void describeInputs(CLI::App& command, ApplyArguments& a) {
                   "Take the names in this file, or - for the standard input: one a line, or ended by zero bytes")
       ->group(group)
       ->type_name("FILE");
+  addPageOption(command, a.work.page)->group(group);
 }
 
 void describeOutput(CLI::App& command, ApplyArguments& a) {
@@ -95,16 +99,20 @@ void describeOutput(CLI::App& command, ApplyArguments& a) {
   const std::vector<std::pair<std::string, VipsBandFormat>> depths = {
       {"u8", VIPS_FORMAT_UCHAR}, {"u16", VIPS_FORMAT_USHORT}, {"float", VIPS_FORMAT_FLOAT}};
   command
-      .add_option("-o,--output", a.naming.output,
-                  "File, folder, or pattern in which %s stands for the name; - is the standard output (default: "
-                  "NAME_orbel.EXT beside the input)")
+      .add_option(
+          "-o,--output", a.naming.output,
+          "File, folder, or pattern in which %s stands for the name and %e for the extension; - is the standard "
+          "output (default: NAME_orbel.EXT beside the input)")
       ->group(group)
       ->type_name("OUT");
   command.add_flag("-f,--force", a.naming.overwrite, "Overwrite files that are there")->group(group);
-  command.add_flag("-u,--update", a.naming.update, "Leave out what is up to date, overwrite what is older")
+  command
+      .add_flag("-u,--update", a.naming.update,
+                "Leave out what is up to date; overwrite what is older, or was made with other settings")
       ->group(group);
   auto* inPlace = command.add_flag("--in-place", a.naming.inPlace, "Overwrite the input, and keep it as NAME_original");
   inPlace->group(group);
+  inPlace->excludes("--page");  // the others would be lost
   command.add_flag("--no-backup", a.noBackup, "Keep no original")->group(group)->needs(inPlace);
   command.add_option("--ext", a.naming.extension, "Extension of the output, which tells its format")
       ->group(group)
@@ -119,7 +127,8 @@ void describeOutput(CLI::App& command, ApplyArguments& a) {
       ->check(CLI::Range(1, 100).description(""));
   command
       .add_option("--compression", a.work.save.compression,
-                  "TIFF: none, lzw, deflate, zstd; PNG: 0 to 9; WebP, HEIF, JPEG 2000: lossy, lossless")
+                  "TIFF: none, lzw, deflate, packbits, zstd; PNG: 0 to 9; WebP, HEIF, JPEG 2000: lossy, lossless; "
+                  "all: keep, as the input (the default)")
       ->group(group)
       ->type_name("HOW");
   command.add_flag("--recipe", a.work.writesRecipe, "Write the settings beside the picture, as OUT.toml")->group(group);
@@ -128,7 +137,9 @@ void describeOutput(CLI::App& command, ApplyArguments& a) {
 void describeWork(CLI::App& command, ApplyArguments& a) {
   const char* group = "Work";
   const auto positive = CLI::Range(1U, 4096U).description("");
-  command.add_flag("--dry-run", a.work.dryRun, "Write nothing; say what would be done, and the memory for it")
+  command
+      .add_flag("--dry-run", a.work.dryRun,
+                "Write nothing; say what would be done, and the time and memory for it; pictures are read to their end")
       ->group(group);
   command.add_option("-j,--jobs", a.jobs, "Files at the same time (default 1)")
       ->group(group)
@@ -167,7 +178,9 @@ void describeMessages(CLI::App& command, ApplyArguments& a) {
   command.add_flag("--json", a.talk.json, "Results as JSON, an object a line")->group(group);
   auto* quiet = command.add_flag("-q,--quiet", a.talk.quiet, "Say nothing but errors");
   quiet->group(group);
-  command.add_flag("-v,--verbose", a.batch.verbose, "Show the image library's warnings as well")
+  command
+      .add_flag("-v,--verbose", a.batch.verbose,
+                "Show the image library's warnings as well, and all files that are left alone")
       ->group(group)
       ->excludes(quiet);
 }
@@ -180,7 +193,11 @@ double totalSize(const std::vector<Job>& jobs) {
 
 void takePlainForm(ApplyArguments& a) {
   if (!a.plain || a.naming.output) return;
-  if (a.inputs.names.size() != 2) throw SettingsError("the plain form is: orbel IN OUT (orbel --help tells more)");
+  const std::vector<std::string>& names = a.inputs.names;
+  if (names.size() != 2) {
+    throw SettingsError("without a command it is: orbel IN OUT; for one picture or many: orbel apply " +
+                        (names.empty() ? "IN" : names.front()) + (names.size() > 2 ? " ... -o FOLDER" : " -o OUT"));
+  }
   a.naming.output = a.inputs.names.back();
   a.inputs.names.pop_back();
 }
@@ -202,6 +219,20 @@ void shareOutMachine(ApplyArguments& a) {
   a.work.mostMinutes = a.limits.mostMinutes;
 }
 
+// Among the results where programs read them, else in a line.
+void tellOfLeftAlone(const Inputs& inputs, const ApplyArguments& a, Plan& plan) {
+  if (a.talk.json) {
+    for (const std::string& file : inputs.leftAlone) {
+      Job job;
+      job.input = file;
+      plan.settled.push_back(
+          settled(job, Outcome::Status::Skipped, Failure(file, "is no picture by its name", Cause::NoPicture)));
+    }
+  } else if (!inputs.leftAlone.empty() && !a.talk.quiet) {
+    fmt::print(stderr, "orbel: {}\n", printable(leftAloneText(inputs, a.batch.verbose)));
+  }
+}
+
 ExitCode apply(ApplyArguments& a) {
   a.work.choice = chooseSettings(a.settings);
   if (printIfAsked(a.work.choice)) return exitGood;
@@ -218,16 +249,17 @@ ExitCode apply(ApplyArguments& a) {
   a.talk.resultsToErrors = a.naming.output == pipeName;
 
   const Inputs inputs = listInputs(a.inputs);
-  const Plan plan = planJobs(inputs, a.naming, a.inputs.recursive);
+  Plan plan = planJobs(inputs, a.naming, a.inputs.recursive);
+  a.work.madeWith = settingsOf(a.work, a.plugin);
+  leaveOutWhatIsUpToDate(plan, a.work);
   a.work.entry = loadEntry(a.plugin.value_or(ownModule()));
-  if (inputs.leftAlone > 0 && !a.talk.quiet) {
-    fmt::print(stderr, "orbel: {} files are no pictures by their names, and left alone\n", inputs.leftAlone);
-  }
+  tellOfLeftAlone(inputs, a, plan);
   Talk talk(a.talk, plan.jobs.size() + plan.settled.size(), totalSize(plan.jobs));
   for (const Outcome& outcome : plan.settled) talk.tell(outcome);
-  if (!a.work.dryRun) {
-    std::error_code shownByTheFiles;
-    for (const std::string& folder : plan.folders) fs::create_directories(folder, shownByTheFiles);
+  for (const Job& job : plan.jobs) {
+    if (a.work.dryRun || !job.makesFolder) continue;
+    std::error_code shownByTheFile;
+    fs::create_directories(fs::path(job.output).parent_path(), shownByTheFile);
   }
   const ExitCode code = runBatch(plan.jobs, a.work, a.batch, talk);
   talk.summarize();

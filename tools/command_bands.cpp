@@ -14,6 +14,7 @@
 #include "finish.h"
 #include "image_file.h"
 #include "module.h"
+#include "page_option.h"
 #include "settings_json.h"
 #include "settings_options.h"
 #include "target_file.h"
@@ -27,6 +28,7 @@ namespace {
 struct BandsArguments {
   std::string input;
   std::string folder;
+  std::optional<int> page;
   SettingsArguments settings;
   std::optional<std::string> plugin;
   bool overwrite = false;
@@ -36,8 +38,8 @@ struct BandsArguments {
 };
 
 // Upright, since PNG files keep no orientation, and without alpha, which would hide what the bands hold.
-VImage colourOf(const std::string& input) {
-  const VImage upright = loadPicture(input).autorot();
+VImage colourOf(const std::string& input, std::optional<int> page) {
+  const VImage upright = loadPicture(input, page).autorot();
   return hasAlpha(upright) ? upright.extract_band(0, VImage::option()->set("n", colourBands(upright))) : upright;
 }
 
@@ -48,9 +50,7 @@ class BandFiles {
     const std::string extension = floats ? ".tif" : ".png";
     for (const BandRun& run : runs) names_.push_back(inFolder(run.name + extension));
     names_.push_back(inFolder("contact-sheet.png"));
-    for (const std::string& name : names_) {
-      if (!arguments.overwrite) requireFree(name);
-    }
+    for (const std::string& name : names_) requireReplaceable(name, arguments.overwrite, true);
     fs::create_directories(arguments.folder);
   }
 
@@ -100,7 +100,7 @@ void takeApart(const BandsArguments& arguments) {
   const ImageLibrary library("orbel", arguments.verbose);
   removeTemporaryOnSignals(exitInterrupted);
   try {
-    const VImage picture = colourOf(arguments.input);
+    const VImage picture = colourOf(arguments.input, arguments.page);
     const int width = picture.width();
     const int height = picture.height();
     const std::vector<BandRun> runs = bandRuns(settingsFor(choice, width, height));
@@ -120,11 +120,11 @@ void takeApart(const BandsArguments& arguments) {
       for (const std::string& name : files.names()) std::cout << name << '\n';
     }
   } catch (const PluginRefusal& refusal) {
-    throw Failure(arguments.input, refusal.what());
+    throw Failure(arguments.input, refusal.what(), Cause::PluginRefused);
   } catch (const vips::VError& error) {
-    throw Failure(arguments.input, error.what());
+    throw Failure(arguments.input, error.what(), Cause::Damaged);
   } catch (const std::bad_alloc&) {
-    throw Failure(arguments.input, "not enough memory for a picture of this size");
+    throw Failure(arguments.input, "not enough memory for a picture of this size", Cause::NoMemory);
   }
 }
 
@@ -142,6 +142,7 @@ void addBandsCommand(CLI::App& program, ExitCode&) {
   command->add_option("-o,--output", a.folder, "Folder for the pictures; is made where there is none")
       ->required()
       ->type_name("DIR");
+  addPageOption(*command, a.page);
   command->add_flag("-f,--force", a.overwrite, "Replace files that are there");
   command->add_flag("--json", a.json, "Print JSON");
   addSettingsOptions(*command, a.settings);

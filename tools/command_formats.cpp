@@ -48,7 +48,7 @@ void printTable() {
   constexpr const char* row = "{:<10} {:<14} {:<8} {:<13} {:<7} {:<6} {}\n";
   fmt::print(row, "Format", "Extensions", "Written", "Depths", "Colour", "Alpha", "Metadata");
   for (const FileFormat& f : fileFormats()) {
-    const bool written = f.operation != nullptr;
+    const bool written = f.isWritten();
     const char* colours = f.colours == 0 ? "both" : f.colours == 1 ? "grey" : "RGB";
     fmt::print(row, f.name, extensionsOf(f), written ? "yes" : "no", depthsOf(f), colours, f.alpha ? "yes" : "no",
                written ? metadataIn(f) : "-");
@@ -63,7 +63,7 @@ void printJson() {
   for (const FileFormat& f : fileFormats()) {
     list.push_back({{"format", f.name},
                     {"extensions", f.extensions},
-                    {"written", f.operation != nullptr},
+                    {"written", f.isWritten()},
                     {"depths", depthsOf(f)},
                     {"grey", f.colours != 3},
                     {"colour", f.colours != 1},

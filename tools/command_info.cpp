@@ -11,18 +11,25 @@
 
 #include "commands.h"
 #include "estimate.h"
+#include "failure.h"
 #include "image_file.h"
+#include "inputs.h"
+#include "made_with.h"
 #include "metadata.h"
 #include "outcome.h"
+#include "page_option.h"
 #include "settings.h"
+#include "settings_json.h"
 
 namespace {
 
 using nlohmann::json;
 
 struct InfoArguments {
-  std::vector<std::string> inputs;
+  InputArguments inputs;
+  std::optional<int> page;
   bool json = false;
+  bool verbose = false;
 };
 
 double memoryFor(const vips::VImage& picture) {
@@ -39,11 +46,22 @@ double memoryFor(const vips::VImage& picture) {
   return memoryOf(shape, Settings());
 }
 
-json describe(const std::string& file) {
+// Of the settings that a picture was made with, those that are not built in.
+std::string unusualOf(const json& madeWith) {
+  const json usual = settingsJson(SettingsChoice());
+  std::string text;
+  for (const auto& [word, value] : madeWith.items()) {
+    if (!usual.contains(word) || usual[word] != value) text += (text.empty() ? "" : ", ") + word + " " + value.dump();
+  }
+  return text.empty() ? "the settings that are built in" : text;
+}
+
+json describe(const std::string& file, std::optional<int> page) {
   Notes remarks;
-  const vips::VImage picture = openPicture(file, remarks);
+  const vips::VImage picture = openPicture(file, remarks, page);
   requireThatHostHolds(file, picture.width(), picture.height());
   const Metadata metadata = metadataOf(picture);
+  const auto made = madeWithIn(picture);
   const int orientation = vips_image_get_orientation(picture.get_image());
   const std::string loader = picture.get_string(VIPS_META_LOADER);
   return {{"file", file},
@@ -59,6 +77,7 @@ json describe(const std::string& file) {
           {"iptc", metadata.iptc},
           {"loader", loader.substr(0, loader.find("load"))},
           {"memory", memoryFor(picture)},
+          {"made_with", made ? made->settings : json()},
           {"notes", remarks}};
 }
 
@@ -71,24 +90,46 @@ std::string textOf(const json& info) {
                                  printable(info["file"].get<std::string>()), info["width"].get<int>(),
                                  info["height"].get<int>(), info["bits"].get<int>(), info["colour"] ? "RGB" : "grey",
                                  info["alpha"] ? " with alpha" : "", kept, memoryText(info["memory"]));
+  if (!info["made_with"].is_null()) text += "; made with " + printable(unusualOf(info["made_with"]));
   for (const std::string note : info["notes"]) text += "; " + note;
   return text;
+}
+
+void tellOf(const std::string& file, const Failure& failure, bool asJson) {
+  fmt::print(stderr, "orbel: {}\n", printable(failure.what()));
+  if (!asJson) return;
+  json object = {{"file", file}};
+  object.update(toJson(failure));
+  fmt::print("{}", jsonLine(object));
+}
+
+// False where it can't be told.
+bool tellOf(const std::string& file, const InfoArguments& arguments) {
+  try {
+    const json info = describe(file, arguments.page);
+    fmt::print("{}", arguments.json ? jsonLine(info) : textOf(info) + "\n");
+    return true;
+  } catch (const Failure& failure) {
+    tellOf(file, failure, arguments.json);
+  } catch (const std::exception& error) {
+    tellOf(file, Failure(file, error.what()), arguments.json);
+  }
+  return false;
 }
 
 ExitCode informAbout(const InfoArguments& arguments) {
   const ImageLibrary library("orbel", false);
   ExitCode code = exitGood;
-  for (const std::string& file : arguments.inputs) {
-    json info;
-    try {
-      info = describe(file);
-    } catch (const std::exception& error) {
-      code = exitFileFailed;
-      fmt::print(stderr, "orbel: {}\n", printable(error.what()));
-      info = {{"file", file}, {"reason", error.what()}};
-      if (!arguments.json) continue;
-    }
-    fmt::print("{}", arguments.json ? jsonLine(info) : textOf(info) + "\n");
+  const Inputs inputs = listInputs(arguments.inputs);
+  for (const auto& [folder, reason] : inputs.unreadable) {
+    tellOf(folder, Failure(folder, reason, Cause::Unreadable), arguments.json);
+    code = exitFileFailed;
+  }
+  for (const Input& input : inputs.files) {
+    if (!tellOf(input.file, arguments)) code = exitFileFailed;
+  }
+  if (!inputs.leftAlone.empty()) {
+    fmt::print(stderr, "orbel: {}\n", printable(leftAloneText(inputs, arguments.verbose)));
   }
   return code;
 }
@@ -98,7 +139,13 @@ ExitCode informAbout(const InfoArguments& arguments) {
 void addInfoCommand(CLI::App& program, ExitCode& outcome) {
   CLI::App* const command = program.add_subcommand("info", "Tell what pictures are, and the memory that a run takes");
   const auto arguments = std::make_shared<InfoArguments>();
-  command->add_option("IN", arguments->inputs, "Pictures; - is the standard input")->required()->type_name("");
+  command->add_option("IN", arguments->inputs.names, "Pictures, or folders with -r; - is the standard input")
+      ->required()
+      ->type_name("");
+  command->add_flag("-r,--recursive", arguments->inputs.recursive,
+                    "Take the pictures in folders, and in the folders therein");
+  addPageOption(*command, arguments->page);
   command->add_flag("--json", arguments->json, "Print JSON, an object a line");
+  command->add_flag("-v,--verbose", arguments->verbose, "Name all files that are left alone");
   command->callback([arguments, &outcome] { outcome = informAbout(*arguments); });
 }

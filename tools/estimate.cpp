@@ -27,9 +27,16 @@ constexpr float wideWindow = 32;
 // A process that has loaded the libraries and the module, and read and written a small picture.
 constexpr double processBytes = 62e6;
 
-// One tap of the edge-preserving filter on one core with a window so wide that it takes long: between AVX-512 (0.13)
-// and SSE2 (0.36) on an AMD EPYC. Common windows take two thirds of it. A Gaussian has too few taps to matter.
-constexpr double nanosecondsPerTap = 0.25;
+// One tap of the edge-preserving filter on one core: between AVX-512 (0.05 to 0.075) and SSE2 (0.18) on an AMD EPYC, as
+// with AVX2. A Gaussian has too few taps to matter.
+constexpr double nanosecondsPerTap = 0.1;
+
+// All else that is done about a pixel, on the same machine: reading and writing it above all. Between JPEG (40) and PNG
+// (150), as with JPEG 2000 and WebP.
+constexpr double nanosecondsPerPixel = 100;
+constexpr double nanosecondsPerPixelOfHevc = 1500;
+// The process itself, without exiftool.
+constexpr double secondsPerRun = 0.05;
 
 // A band's low-pass as the plug-in sees it, in its single precision.
 struct LowPass {
@@ -65,17 +72,8 @@ std::string radiusInBand(const Settings& settings, std::size_t band) {
   return text.str();
 }
 
-std::string duration(double minutes) {
-  constexpr double hour = 60;
-  constexpr double day = 24 * hour;
-  constexpr double year = 365 * day;
-  if (!(minutes < 1000 * year)) return "more than a thousand years";
-  const auto rounded = [&](double unit, const char* name) {
-    return "about " + std::to_string(std::lround(minutes / unit)) + name;
-  };
-  if (minutes < 2 * hour) return rounded(1, " minutes");
-  if (minutes < 2 * day) return rounded(hour, " hours");
-  return minutes < 2 * year ? rounded(day, " days") : rounded(year, " years");
+double secondsOf(const std::array<double, bandCount>& taps, unsigned cores) {
+  return 1e-9 * nanosecondsPerTap * std::accumulate(taps.begin(), taps.end(), 0.0) / std::max(cores, 1U);
 }
 
 double moduleBytesFor(const LowPass& finest, bool luminance) {
@@ -86,6 +84,23 @@ double moduleBytesFor(const LowPass& finest, bool luminance) {
 }
 
 }  // namespace
+
+std::string timeText(double seconds) {
+  constexpr double minute = 60;
+  constexpr double hour = 60 * minute;
+  constexpr double day = 24 * hour;
+  constexpr double year = 365 * day;
+  if (seconds < 1) return "less than a second";
+  if (!(seconds < 1000 * year)) return "more than a thousand years";
+  const auto rounded = [&](double unit, const char* name) {
+    return "about " + std::to_string(std::lround(seconds / unit)) + name;
+  };
+  if (seconds < 1.5) return "about a second";
+  if (seconds < 2 * minute) return rounded(1, " seconds");
+  if (seconds < 2 * hour) return rounded(minute, " minutes");
+  if (seconds < 2 * day) return rounded(hour, " hours");
+  return seconds < 2 * year ? rounded(day, " days") : rounded(year, " years");
+}
 
 std::array<double, 5> tapsOf(const Settings& settings, int width, int height) {
   const double planes = settings.value("LUMI") != 0.0 ? 1.0 : 3.0;
@@ -106,7 +121,7 @@ void requireThatWindowsFit(const std::string& file, const Settings& settings, in
       std::ostringstream reason;
       reason << radiusInBand(settings, band) << " is too large for edge protection on this picture; at most "
              << static_cast<double>(room) / 4;
-      throw Failure(file, reason.str());
+      throw Failure(file, reason.str(), Cause::Settings);
     }
     width = halved(width);
     height = halved(height);
@@ -116,24 +131,34 @@ void requireThatWindowsFit(const std::string& file, const Settings& settings, in
 void requireShortWork(const std::string& file, const Settings& settings, int width, int height, unsigned cores,
                       double mostMinutes) {
   const std::array<double, bandCount> taps = tapsOf(settings, width, height);
-  const double nanoseconds = std::accumulate(taps.begin(), taps.end(), 0.0) * nanosecondsPerTap / std::max(cores, 1U);
-  const double minutes = nanoseconds / 60e9;
-  if (mostMinutes == 0 || !(minutes > mostMinutes)) return;
+  const double seconds = secondsOf(taps, cores);
+  if (mostMinutes == 0 || !(seconds > 60 * mostMinutes)) return;
   const auto costliest = static_cast<std::size_t>(std::max_element(taps.begin(), taps.end()) - taps.begin());
-  throw Failure(file, "these settings ask for " + duration(minutes) + " of work, most of it for " +
-                          radiusInBand(settings, costliest) + "; --max-minutes 0 does it all the same");
+  throw Failure(file,
+                "these settings ask for " + timeText(seconds) + " of work, most of it for " +
+                    radiusInBand(settings, costliest) + "; --max-minutes 0 does it all the same",
+                Cause::TooLong);
 }
 
 void requireThatHostHolds(const std::string& file, int width, int height) {
   const std::string size = "is " + std::to_string(width) + " x " + std::to_string(height) + " pixels; ";
   if (std::max(width, height) > longestHostSide) {
-    throw Failure(file, size + "the plug-in's host knows no side above " + std::to_string(longestHostSide));
+    throw Failure(file, size + "the plug-in's host knows no side above " + std::to_string(longestHostSide),
+                  Cause::TooLarge);
   }
   const std::int64_t rowBytes = (std::int64_t{width} * 4 + 63) / 64 * 64;
   if (const std::int64_t block = 3 * rowBytes * height; block > largestBlock) {
-    throw Failure(file, size + "as floats that is " + memoryText(static_cast<double>(block)) +
-                            ", and the plug-in's block of memory ends at 2 GiB");
+    throw Failure(file,
+                  size + "as floats that is " + memoryText(static_cast<double>(block)) +
+                      ", and the plug-in's block of memory ends at 2 GiB",
+                  Cause::TooLarge);
   }
+}
+
+double secondsOf(const RunShape& shape, const Settings& settings, unsigned cores) {
+  const double coding = 1e-9 * (shape.hevc ? nanosecondsPerPixelOfHevc : nanosecondsPerPixel);
+  const double filtering = secondsOf(tapsOf(settings, shape.width, shape.height), cores);
+  return secondsPerRun + filtering + coding * shape.width * shape.height;
 }
 
 double memoryOf(const RunShape& s, const Settings& settings) {
@@ -149,7 +174,8 @@ double memoryOf(const RunShape& s, const Settings& settings) {
 void requireMemory(const std::string& file, double needed, double most) {
   if (most == 0 || needed <= most) return;
   throw Failure(
-      file, "needs about " + memoryText(needed) + " of memory, and " + memoryText(most) + " are to be had (--memory)");
+      file, "needs about " + memoryText(needed) + " of memory, and " + memoryText(most) + " are to be had (--memory)",
+      Cause::NoMemory);
 }
 
 std::string memoryText(double bytes) {

@@ -34,7 +34,11 @@ struct RunShape {
   int writtenBytes = 0;  // and of the one that is written
   int documentBytes = 0;
   bool blended = false;  // with the original, by a weight a pixel
+  bool hevc = false;     // is what the written file is encoded with, which takes longest by far
 };
+
+// Seconds that a run takes, with its process, reading and writing: the low-passes shared by the cores, the rest on one.
+double secondsOf(const RunShape& shape, const Settings& settings, unsigned cores);
 
 // Bytes that a process of one run has in memory at most.
 double memoryOf(const RunShape& shape, const Settings& settings);
@@ -44,3 +48,6 @@ void requireMemory(const std::string& file, double needed, double most);
 
 // "1.2 GB", "380 MB"
 std::string memoryText(double bytes);
+
+// "less than a second", "about 40 seconds", "about 3 hours"
+std::string timeText(double seconds);

@@ -43,7 +43,8 @@ VImage fittingMask(const VImage& loaded, const std::string& file, const VImage& 
       return std::to_string(image.width()) + " x " + std::to_string(image.height());
     };
     throw Failure(file,
-                  "this mask of " + size(mask) + " pixels has other proportions than the picture of " + size(picture));
+                  "this mask of " + size(mask) + " pixels has other proportions than the picture of " + size(picture),
+                  Cause::Settings);
   }
   return mask;
 }
@@ -62,7 +63,7 @@ std::vector<float> maskOf(const std::string& file, const VImage& picture) {
     std::memcpy(weights.data(), memory.data(), weights.size() * sizeof(float));
     return weights;
   } catch (const vips::VError& error) {
-    throw Failure(file, error.what());
+    throw Failure(file, error.what(), Cause::Damaged);
   }
 }
 
@@ -86,7 +87,7 @@ void requireThatMaskFits(const SettingsChoice& choice, const VImage& picture) {
     Notes notes;
     fittingMask(openPicture(*choice.mask, notes), *choice.mask, picture);
   } catch (const vips::VError& error) {
-    throw Failure(*choice.mask, error.what());
+    throw Failure(*choice.mask, error.what(), Cause::Damaged);
   }
 }
 

@@ -3,11 +3,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <limits>
@@ -16,6 +14,7 @@
 
 #include "colour_models.h"
 #include "failure.h"
+#include "file_headers.h"
 #include "write_all.h"
 
 using vips::VError;
@@ -27,6 +26,8 @@ namespace {
 constexpr VipsBandFormat bits8 = VIPS_FORMAT_UCHAR;
 constexpr VipsBandFormat bits16 = VIPS_FORMAT_USHORT;
 constexpr VipsBandFormat floats = VIPS_FORMAT_FLOAT;
+
+const char* const saysWhatCannotBe = "it is damaged, or says of itself what can't be (no pixels, or far too many)";
 
 // What libvips has to say about its last failure, in one line: the system's own reason, where there is one, without
 // all that followed from it.
@@ -40,27 +41,40 @@ std::string lastError() {
   }
   while (!text.empty() && text.back() == '\n') text.pop_back();
   for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos;) text.replace(at, 1, "; ");
-  return text.empty() ? "the image library gave no reason" : text;
+  return text.empty() ? saysWhatCannotBe : text;
+}
+
+// Of a file that couldn't be opened.
+Failure whyUnread(const std::string& name) {
+  const std::string text = lastError();
+  const bool unknown = text.find("is not in a known format") != std::string::npos ||
+                       text.find("is not a known file format") != std::string::npos;
+  if (unknown) return {name, std::string("is no picture of a known format; ") + convertFirst, Cause::UnknownFormat};
+  const auto tiff = name == pipeName ? std::nullopt : tiffHeader(name, 1);
+  vips_error_clear();  // libtiff's, if it is no such file
+  if (tiff && tiff->floats && tiff->bits == 16) {
+    return {name, "its samples are half floats, which aren't read; convert them to floats of 32 bits first",
+            Cause::Unsupported};
+  }
+  return {name, text, Cause::Damaged};
 }
 
 void silence(const gchar*, GLogLevelFlags, const gchar*, gpointer) {}
 
 const char* nickname(GType type, int value) { return vips_enum_nick(type, value); }
 
+bool leaves(const VImage& picture, LoaderTrait trait) {
+  const FileFormat* const format = formatOf(picture);
+  return format != nullptr && format->loader.has(trait);
+}
+
 int pages(const VImage& picture) {
-  if (picture.get_typeof(VIPS_META_N_PAGES) == 0) return 1;
-  // The pages of a JPEG 2000 file are the one picture at several resolutions; those of Photoshop's are the picture and
-  // then its layers.
-  const std::string loader = picture.get_string(VIPS_META_LOADER);
-  const bool onePicture = loader.rfind("jp2k", 0) == 0 || loader.rfind("magick", 0) == 0;
-  return onePicture ? 1 : picture.get_int(VIPS_META_N_PAGES);
+  const bool several = picture.get_typeof(VIPS_META_N_PAGES) != 0 && !leaves(picture, pagesAreOne);
+  return several ? picture.get_int(VIPS_META_N_PAGES) : 1;
 }
 
 // Empty when orbel can work on such a picture, else why not.
 std::string objection(const VImage& picture) {
-  if (pages(picture) > 1) {
-    return "has several pages or frames; only single pictures are supported";
-  }
   const VipsInterpretation model = picture.interpretation();
   const bool grey = model == VIPS_INTERPRETATION_B_W || model == VIPS_INTERPRETATION_GREY16;
   const bool colour = model == VIPS_INTERPRETATION_sRGB || model == VIPS_INTERPRETATION_RGB ||
@@ -94,7 +108,19 @@ void dropIptc(VImage& picture) {
   picture.set(droppedIptc, 1);
 }
 
-// The library's WebP loader leaves the resolution in the EXIF block, and its saver writes the picture's own there.
+void ownMetadata(VImage& picture) {
+  picture = picture.copy();
+  gchar** const names = vips_image_get_fields(picture.get_image());
+  for (gchar** name = names; *name != nullptr; ++name) {
+    if (picture.get_typeof(*name) != VIPS_TYPE_BLOB) continue;
+    std::size_t size = 0;
+    const void* const lent = picture.get_blob(*name, &size);
+    vips_image_set_blob_copy(picture.get_image(), *name, lent, size);
+  }
+  g_strfreev(names);
+}
+
+// For formats of the trait of that name.
 void takeResolutionFromExif(VImage& picture) {
   const auto field = [&](const char* name) {
     double number = 0;
@@ -157,29 +183,6 @@ void forEachPlane(const Document& document, const VImage& picture, Each each) {
   }
 }
 
-// The values of --compression.
-std::string compressionsOf(const FileFormat& format) {
-  if (format.name == "TIFF") return "none, lzw, deflate, zstd";
-  if (format.name == "PNG") return "0, 1, 2, 3, 4, 5, 6, 7, 8, 9";
-  if (format.name == "WebP" || format.name == "HEIF" || format.name == "JPEG 2000") return "lossy, lossless";
-  return "";
-}
-
-bool isAmong(const std::string& list, const std::string& word) {
-  return !word.empty() && word.find_first_of(", ") == std::string::npos &&
-         (", " + list + ",").find(", " + word + ",") != std::string::npos;
-}
-
-void setCompression(const FileFormat& format, const std::string& compression, VOption* options) {
-  if (format.name == "TIFF") {
-    options->set("compression", vips_enum_from_nick("orbel", VIPS_TYPE_FOREIGN_TIFF_COMPRESSION, compression.c_str()));
-  } else if (format.name == "PNG") {
-    options->set("compression", compression.front() - '0');
-  } else {
-    options->set("lossless", compression == "lossless");
-  }
-}
-
 std::string contentOf(const std::string& name) {
   std::ifstream file(name, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
@@ -197,13 +200,6 @@ VImage scaledTo(VipsBandFormat samples, const VImage& picture) {
       .copy(VImage::option()->set("interpretation", model));
 }
 
-// Photoshop's own files go by another library, which takes no stream. The bits of its samples, or 0 for other files.
-int photoshopBits(const std::string& name) {
-  std::array<char, 24> header{};
-  std::ifstream(name, std::ios::binary).read(header.data(), header.size());
-  return std::string(header.data(), 4) == "8BPS" ? header[23] : 0;
-}
-
 // That library gives grey in three equal planes, and the depth that the samples happen to need instead of the file's.
 VImage asPhotoshopHasIt(VImage picture, int bits) {
   const VipsInterpretation model = picture.interpretation();
@@ -216,30 +212,48 @@ VImage asPhotoshopHasIt(VImage picture, int bits) {
   return differs && !inks ? scaledTo(format, picture) : picture;
 }
 
-VImage openFile(const std::string& name) {
-  if (const int bits = name == pipeName ? 0 : photoshopBits(name); bits != 0) {
-    const std::string content = contentOf(name);
-    VipsBlob* const blob = vips_blob_copy(content.data(), content.size());
-    VImage picture = VImage::magickload_buffer(blob, VImage::option()->set("fail_on", VIPS_FAIL_ON_ERROR));
-    vips_area_unref(VIPS_AREA(blob));
-    return asPhotoshopHasIt(picture, bits);
-  }
+// Photoshop's own files go by another library, which takes no stream.
+VImage openPhotoshop(const std::string& name, int bits) {
+  const std::string content = contentOf(name);
+  VipsBlob* const blob = vips_blob_copy(content.data(), content.size());
+  VImage picture = VImage::magickload_buffer(blob, VImage::option()->set("fail_on", VIPS_FAIL_ON_ERROR));
+  vips_area_unref(VIPS_AREA(blob));
+  return asPhotoshopHasIt(picture, bits);
+}
+
+// page: from 1; 0 for formats that may have none.
+VImage openFile(const std::string& name, int page) {
+  if (const int bits = name == pipeName ? 0 : photoshopBits(name); bits != 0) return openPhotoshop(name, bits);
   // From a source, because a file name would be searched for options in square brackets.
   const vips::VSource source =
       name == pipeName ? vips::VSource::new_from_descriptor(STDIN_FILENO) : vips::VSource::new_from_file(name.c_str());
-  return VImage::new_from_source(
-      source, "", VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_ERROR));
+  VOption* const options = VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_ERROR);
+  if (page != 0) options->set("page", page - 1);
+  return VImage::new_from_source(source, "", options);
+}
+
+// The one page that was chosen, if the picture has so many.
+VImage onePage(const VImage& opened, const std::string& name, std::optional<int> page) {
+  const int count = pages(opened);
+  if (count == 1 && page.value_or(1) == 1) return opened;
+  const std::string has = "has " + std::to_string(count) + (count == 1 ? " page" : " pages or frames");
+  if (!page) throw Failure(name, has + "; --page N takes one of them", Cause::SeveralPages);
+  if (name == pipeName) throw Failure(name, has + "; --page wants a file", Cause::SeveralPages);
+  if (*page > count) throw Failure(name, has + ", and no page " + std::to_string(*page), Cause::SeveralPages);
+  VImage chosen = openFile(name, *page).copy();
+  chosen.remove(VIPS_META_N_PAGES);
+  return chosen;
 }
 
 }  // namespace
 
 void requireFileWithContent(const std::string& name) {
   struct stat file {};
-  if (stat(name.c_str(), &file) != 0) throw Failure(name, std::generic_category().message(errno));
-  if (S_ISDIR(file.st_mode)) throw Failure(name, std::generic_category().message(EISDIR));
+  if (stat(name.c_str(), &file) != 0) throw Failure(name, std::generic_category().message(errno), Cause::Unreadable);
+  if (S_ISDIR(file.st_mode)) throw Failure(name, std::generic_category().message(EISDIR), Cause::Unreadable);
   // Anything else may never end, or never begin.
-  if (!S_ISREG(file.st_mode)) throw Failure(name, "is not a regular file");
-  if (file.st_size == 0) throw Failure(name, "the file is empty");
+  if (!S_ISREG(file.st_mode)) throw Failure(name, "is not a regular file", Cause::Unreadable);
+  if (file.st_size == 0) throw Failure(name, "the file is empty", Cause::Unreadable);
 }
 
 namespace {
@@ -248,17 +262,11 @@ void encode(VImage picture, const FileFormat& format, const vips::VTarget& targe
             const SaveOptions& choice) {
   try {
     if (!format.kept.iptc) dropIptc(picture);
-    VOption* options = VImage::option()->set("in", picture)->set("target", target);
-    if (format.quality != 0) options->set("Q", choice.quality.value_or(format.quality));
-    if (choice.compression) setCompression(format, *choice.compression, options);
-    if (std::strcmp(format.operation, "ppmsave_target") == 0) {
-      options->set("format", format.colours == 1   ? VIPS_FOREIGN_PPM_FORMAT_PGM
-                             : format.colours == 3 ? VIPS_FOREIGN_PPM_FORMAT_PPM
-                                                   : VIPS_FOREIGN_PPM_FORMAT_PFM);
-    }
-    VImage::call(format.operation, options);
+    VOption* const options = VImage::option()->set("in", picture)->set("target", target);
+    setPacking(format, picture.format(), choice, *options);
+    VImage::call(format.saver.operation, options);
   } catch (const VError&) {
-    throw Failure(name, lastError());
+    throw Failure(name, lastError(), Cause::Unwritable);
   }
 }
 
@@ -290,27 +298,33 @@ int colourBands(const VImage& picture) { return picture.bands() >= 3 ? 3 : 1; }
 bool hasAlpha(const VImage& picture) { return picture.bands() != colourBands(picture); }
 int depthOf(const VImage& picture) { return picture.format() == bits8 ? 8 : picture.format() == bits16 ? 16 : 32; }
 
-VImage openPicture(const std::string& name, Notes& notes) {
+VImage openPicture(const std::string& name, Notes& notes, std::optional<int> page) {
   if (name != pipeName) requireFileWithContent(name);
+  // Some of them hold a small preview that would pass for the picture.
+  if (isCameraRaw(extensionOf(name))) {
+    throw Failure(name, std::string("is a camera's raw file; ") + developFirst, Cause::CameraRaw);
+  }
   try {
-    VImage opened = openFile(name);
-    const std::string loader = opened.get_string(VIPS_META_LOADER);
-    // White is 1 in PFM files, which the library doesn't say of those in colour.
-    if (loader.rfind("ppm", 0) == 0 && opened.format() == floats && opened.bands() == 3) {
+    VImage opened = onePage(openFile(name, 0), name, page);
+    if (leaves(opened, whiteUnsaid) && opened.format() == floats && opened.bands() == 3) {
       opened = opened.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_scRGB));
     }
-    const std::string packed = name == pipeName ? "" : noteOnPackedSamples(name, opened);
-    if (!packed.empty()) notes.push_back(packed);
-    if (pages(opened) == 1) {
-      const std::string converted = convertToRgb(opened);
-      if (!converted.empty()) notes.push_back(converted);
+    if (leaves(opened, sizeClipped) && name != pipeName && !netpbmSizeIs(name, opened.width(), opened.height())) {
+      throw Failure(name, saysWhatCannotBe, Cause::Damaged);
     }
-    if (const std::string reason = objection(opened); !reason.empty()) throw Failure(name, reason);
-    if (loader.rfind("webp", 0) == 0) takeResolutionFromExif(opened);
-    if (loader.rfind("tiff", 0) == 0) dropIptc(opened);
+    const std::string packed = name == pipeName ? "" : noteOnPackedSamples(name, page.value_or(1), opened);
+    if (!packed.empty()) notes.push_back(packed);
+    const std::string converted = convertToRgb(opened);
+    if (!converted.empty()) notes.push_back(converted);
+    if (const std::string reason = objection(opened); !reason.empty()) {
+      throw Failure(name, reason, Cause::Unsupported);
+    }
+    if (leaves(opened, resolutionInExif)) takeResolutionFromExif(opened);
+    if (leaves(opened, lendsMetadata)) ownMetadata(opened);
+    if (leaves(opened, garblesIptc)) dropIptc(opened);
     return opened;
   } catch (const VError&) {
-    throw Failure(name, lastError());
+    throw whyUnread(name);
   }
 }
 
@@ -320,13 +334,21 @@ VImage decodePicture(const VImage& opened, const std::string& name) {
     opened.write(picture);
     return picture;
   } catch (const VError&) {
+    throw Failure(name, lastError(), Cause::Damaged);
+  }
+}
+
+void requireThatItDecodes(const VImage& opened, const std::string& name) {
+  try {
+    opened.avg();
+  } catch (const VError&) {
     throw Failure(name, lastError());
   }
 }
 
-VImage loadPicture(const std::string& name) {
+VImage loadPicture(const std::string& name, std::optional<int> page) {
   Notes notes;
-  return decodePicture(openPicture(name, notes), name);
+  return decodePicture(openPicture(name, notes, page), name);
 }
 
 VImage withSamples(const VImage& picture, VipsBandFormat samples) {
@@ -351,20 +373,9 @@ void putDocument(const Document& document, VImage& picture) {
   });
 }
 
-void requireThatFormatKnows(const FileFormat& format, const SaveOptions& options, const std::string& name) {
-  if (options.quality && format.quality == 0) throw Failure(name, format.name + " files have no --quality");
-  if (!options.compression) return;
-  const std::string known = compressionsOf(format);
-  if (!isAmong(known, *options.compression)) {
-    throw Failure(name, known.empty() ? format.name + " files have no --compression"
-                                      : "--compression for " + format.name + " files is one of: " + known);
-  }
-}
-
 void savePicture(const VImage& picture, const FileFormat& format, int descriptor, const std::string& name,
                  const SaveOptions& options) {
-  // The encoder of JPEG 2000 tries again for ever to write to a disk that is full.
-  if (format.name == "JPEG 2000") return encodeThenWrite(picture, format, descriptor, name, options);
+  if (format.saver.wholeFirst) return encodeThenWrite(picture, format, descriptor, name, options);
   encode(picture, format, vips::VTarget::new_to_descriptor(descriptor), name, options);
 }
 

@@ -6,7 +6,7 @@
 #include <vector>
 #include <vips/vips8>
 
-#include "formats.h"
+#include "packing.h"
 #include "plugin_host.h"
 
 // libvips, started and shut down; pictures live in between. Its own warnings go to the error output when verbose,
@@ -29,9 +29,10 @@ using Notes = std::vector<std::string>;
 
 // A picture whose header has been read; its samples are decoded when it is written somewhere, once. Colour is three
 // bands, grey one, and one band of alpha may follow; samples are of 8 or 16 bits or floats. What was converted to get
-// there is noted. Throws Failure for what is no such picture: other colour models, several pages, other sample types,
-// and files that can't be read.
-vips::VImage openPicture(const std::string& name, Notes& notes);
+// there is noted. Of several pages or frames, page (from 1) takes one. Throws Failure for what is no such picture:
+// other colour models, several pages and none chosen, other sample types, a camera's raw data, and files that can't be
+// read.
+vips::VImage openPicture(const std::string& name, Notes& notes, std::optional<int> page = {});
 
 // Throws Failure for what can't be read, isn't a regular file, or is empty.
 void requireFileWithContent(const std::string& name);
@@ -39,8 +40,11 @@ void requireFileWithContent(const std::string& name);
 // The whole picture in memory of its own. Throws Failure about the file when it can't be read to its end.
 vips::VImage decodePicture(const vips::VImage& opened, const std::string& name);
 
+// Reads the samples and keeps none of them. Throws Failure as decodePicture does.
+void requireThatItDecodes(const vips::VImage& opened, const std::string& name);
+
 // Both, for whoever does without the notes.
-vips::VImage loadPicture(const std::string& name);
+vips::VImage loadPicture(const std::string& name, std::optional<int> page = {});
 
 int colourBands(const vips::VImage& picture);  // 1 or 3
 bool hasAlpha(const vips::VImage& picture);
@@ -62,14 +66,6 @@ inline Document documentOf(const vips::VImage& picture) { return documentOf(pict
 // Puts the document's planes in the place of the picture's colour samples, where they lie in memory: alpha and metadata
 // stay as they are. What exceeds the range of the picture's integers becomes its black or white.
 void putDocument(const Document& document, vips::VImage& picture);
-
-struct SaveOptions {
-  std::optional<int> quality;              // 1 to 100
-  std::optional<std::string> compression;  // as the format knows it
-};
-
-// Throws Failure about the file when the format has no such quality or compression.
-void requireThatFormatKnows(const FileFormat& format, const SaveOptions& options, const std::string& name);
 
 // Encodes the picture into an open file. name is for messages. Throws Failure.
 void savePicture(const vips::VImage& picture, const FileFormat& format, int descriptor, const std::string& name,

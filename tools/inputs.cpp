@@ -19,7 +19,7 @@ std::vector<std::string> namesIn(const std::string& list) {
   std::ifstream file;
   if (list != "-") {
     file.open(list);
-    if (!file || fs::is_directory(list)) throw Failure(list, "this list can't be read");
+    if (!file || fs::is_directory(list)) throw Failure(list, "this list can't be read", Cause::Unreadable);
   }
   const std::string text{std::istreambuf_iterator<char>(list == "-" ? std::cin : file), {}};
   const char end = text.find('\0') == std::string::npos ? '\n' : '\0';
@@ -44,7 +44,7 @@ void addFolder(const std::string& folder, const fs::path& below, Inputs& inputs)
     if (fs::is_directory(path, shownByTheFile)) {
       if (!fs::is_symlink(path, shownByTheFile)) addFolder(file, name, inputs);
     } else if (findFormat(extensionOf(file)) == nullptr) {
-      ++inputs.leftAlone;
+      inputs.leftAlone.push_back(file);
     } else {
       inputs.files.push_back({file, name.string()});
     }
@@ -72,7 +72,21 @@ Inputs listInputs(const InputArguments& arguments) {
       inputs.files.push_back({name, fs::path(name).filename().string()});
     }
   }
+  std::sort(inputs.leftAlone.begin(), inputs.leftAlone.end());
   return inputs;
+}
+
+std::string leftAloneText(const Inputs& inputs, bool all) {
+  constexpr std::size_t few = 3;
+  const std::vector<std::string>& files = inputs.leftAlone;
+  const std::size_t named = all || files.size() <= few + 1 ? files.size() : few;
+  std::string text = files.size() == 1
+                         ? "a file is no picture by its name, and left alone: "
+                         : std::to_string(files.size()) + " files are no pictures by their names, and left alone: ";
+  for (std::size_t i = 0; i < named; ++i) text += (i == 0 ? "" : ", ") + files[i];
+  if (named < files.size()) text += " and " + std::to_string(files.size() - named) + " more (-v names all)";
+  const bool raw = std::any_of(files.begin(), files.end(), [](const auto& f) { return isCameraRaw(extensionOf(f)); });
+  return raw ? text + "; a camera's raw file: " + developFirst : text;
 }
 
 double sizeOfFile(const std::string& file) {

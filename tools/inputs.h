@@ -20,7 +20,7 @@ struct InputArguments {
 struct Inputs {
   std::vector<Input> files;
   std::vector<std::pair<std::string, std::string>> unreadable;  // folders, and why
-  std::size_t leftAlone = 0;                                    // files in folders that are no pictures by their names
+  std::vector<std::string> leftAlone;                           // files in folders that are no pictures by their names
 };
 
 // The named files and those of the list, in that order; with recursive, in the place of a folder the pictures below it,
@@ -28,6 +28,9 @@ struct Inputs {
 // don't count; links to folders aren't followed. A list has one name a line, or names that end with zero bytes (find
 // -print0). Throws Failure when the list can't be read.
 Inputs listInputs(const InputArguments& arguments);
+
+// A line about what was left alone: how many, and which, or a few of them.
+std::string leftAloneText(const Inputs& inputs, bool all);
 
 // In bytes; 0 where it is unknown.
 double sizeOfFile(const std::string& file);

@@ -1,16 +1,11 @@
 #include "metadata.h"
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <algorithm>
 
-#include <filesystem>
-#include <vector>
+#include "hidden_metadata.h"
+#include "tag_copy.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 Metadata without(const Metadata& a, const Metadata& b) {
   return {a.icc && !b.icc, a.exif && !b.exif, a.xmp && !b.xmp, a.iptc && !b.iptc};
@@ -31,50 +26,45 @@ std::string list(const Metadata& m) {
 
 Metadata both(const Metadata& a, const Metadata& b) { return without(a, without(a, b)); }
 
+bool isBy(const char* loader, const vips::VImage& picture) {
+  return std::string(picture.get_string(VIPS_META_LOADER)).rfind(loader, 0) == 0;
+}
+
 // Whether the file may hold metadata that the library doesn't see.
-bool mayHoldMore(const vips::VImage& picture) {
-  const std::string loader = picture.get_string(VIPS_META_LOADER);
+bool mayHoldMore(const std::string& file, const vips::VImage& picture) {
   for (const char* readWhole : {"jpeg", "webp", "ppm"}) {
-    if (loader.rfind(readWhole, 0) == 0) return false;
+    if (isBy(readWhole, picture)) return false;
   }
-  // PNG files without any will have none of the hidden kind either; asking costs a fifth of a second.
-  return loader.rfind("png", 0) != 0 || any(metadataOf(picture));
+  if (file == pipeName) return !isBy("png", picture) || any(metadataOf(picture));
+  if (isBy("png", picture)) return pngHidesMetadata(file, metadataOf(picture));
+  return !isBy("tiff", picture) || tiffHidesMetadata(file);
 }
 
-enum class Repair { Done, Failed, NotInstalled };
-
-// The written file keeps its inode, which its writer has open. What is present there already stays as it is: exiftool
-// would write it in its own way.
-Repair runExiftool(const std::string& input, const std::string& written, const Metadata& present, bool lenient) {
-  std::vector<std::string> words = {"exiftool", "-q", "-q", "-overwrite_original_in_place", "-tagsFromFile",
-                                    // Absolute: a name may begin with a hyphen.
-                                    fs::absolute(input).string(), "-all:all", fs::absolute(written).string()};
-  if (lenient) words.insert(words.begin() + 1, "-m");
-  if (present.exif) words.insert(words.end() - 1, "--EXIF:all");
-  if (present.xmp) words.insert(words.end() - 1, "--XMP:all");
-  std::vector<char*> raw;
-  raw.reserve(words.size() + 1);
-  for (std::string& word : words) raw.push_back(word.data());
-  raw.push_back(nullptr);
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    posix_spawn_file_actions_addopen(&actions, stream, "/dev/null", O_RDWR, 0);
-  }
-  pid_t process = -1;
-  const int error = posix_spawnp(&process, words.front().c_str(), &actions, nullptr, raw.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  if (error != 0) return Repair::NotInstalled;
-  int status = 0;
-  waitpid(process, &status, 0);
-  return status == 0 ? Repair::Done : Repair::Failed;
+Metadata either(const Metadata& a, const Metadata& b) {
+  return {a.icc || b.icc, a.exif || b.exif, a.xmp || b.xmp, a.iptc || b.iptc};
 }
 
-// Small faults in the input stop exiftool at times, and at other times being lenient with them makes it skip EXIF (in
-// WebP files of the image library's, which have a header too many).
-Repair repair(const std::string& input, const std::string& written, const Metadata& present) {
-  const Repair strict = runExiftool(input, written, present, false);
-  return strict == Repair::Failed ? runExiftool(input, written, present, true) : strict;
+// "EXIF" when all of it is missing, else what of it: "EXIF (Make, Model)".
+std::string textOf(const char* kind, const TagLoss& loss) {
+  if (loss.missing.size() == loss.all) return kind;
+  constexpr std::size_t most = 5;
+  std::string names;
+  for (std::size_t i = 0; i < std::min(most, loss.missing.size()); ++i) names += (i == 0 ? "" : ", ") + loss.missing[i];
+  if (loss.missing.size() > most) names += " and " + std::to_string(loss.missing.size() - most) + " more";
+  return std::string(kind) + " (" + names + ")";
+}
+
+// What the format has a place for and did not come over all the same.
+std::string missingTags(const TagLosses& losses, const Metadata& possible) {
+  std::string text;
+  const auto add = [&](bool hasPlace, const char* kind, const TagLoss& loss) {
+    if (hasPlace && !loss.missing.empty()) text += (text.empty() ? "" : ", ") + textOf(kind, loss);
+  };
+  add(possible.exif, "EXIF", losses.exif);
+  add(possible.exif, "maker notes", losses.makerNotes);
+  add(possible.xmp, "XMP", losses.xmp);
+  add(possible.iptc, "IPTC", losses.iptc);
+  return text;
 }
 
 }  // namespace
@@ -85,27 +75,39 @@ Metadata metadataOf(const vips::VImage& picture) {
           has(VIPS_META_IPTC_NAME) || has(droppedIptc)};
 }
 
-Notes completeMetadata(const std::string& input, const vips::VImage& picture, const std::string& written,
-                       const FileFormat& format) {
+Notes completeMetadata(const std::string& input, const vips::VImage& picture, TargetFile* target,
+                       const FileFormat& format, const AskExiftool& askExiftool) {
   const Metadata there = metadataOf(picture);
-  Metadata lost = without(there, format.kept);
-  const bool more = mayHoldMore(picture);
+  Metadata kept = both(there, format.kept);
+  kept.iptc = kept.iptc && picture.get_typeof(droppedIptc) == 0;
+  const Metadata possible = either(format.kept, format.repaired);
+  const Metadata lost = both(without(there, kept), format.repaired);
+  Metadata unplaced = without(there, possible);
+  const bool hides = any(format.repaired) && mayHoldMore(input, picture);
+  const Metadata doubtful = hides ? without({false, true, true, true}, kept) : lost;
   Notes notes;
-  if (input != pipeName && any(format.repaired) && (more || any(both(lost, format.repaired)))) {
-    switch (repair(input, written, both(there, format.kept))) {
-      case Repair::Done:
-        lost = without(lost, format.repaired);
-        break;
-      case Repair::Failed:
-        notes.emplace_back("exiftool could not copy the metadata");
-        break;
-      case Repair::NotInstalled:
-        notes.emplace_back(any(lost) ? "missing without exiftool (package libimage-exiftool-perl): " + list(lost)
-                                     : "without exiftool (package libimage-exiftool-perl) EXIF or IPTC may be missing");
-        lost = {};
-        break;
+  if (any(doubtful)) {
+    const auto note = [&](const std::string& why) {
+      notes.push_back((hides ? "may be missing" : "missing") + why + ": " + list(doubtful));
+    };
+    // GIF files may go on behind their first comment, which is where haste stops.
+    const bool isHasty = format.name == "PNG" && !isBy("gif", picture);
+    const TagCopyOptions options = {kept.exif, format.repaired.xmp && !kept.xmp, format.repaired.iptc, isHasty};
+    if (input == pipeName || target == nullptr) {
+      note(", since exiftool has no part in pipes");
+    } else if (const TagCopy copy = copyTags(input, *target, options, askExiftool); !copy.installed) {
+      note(" without exiftool (package libimage-exiftool-perl)");
+    } else {
+      if (!copy.error.empty()) notes.push_back("exiftool could not copy the metadata: " + copy.error);
+      if (!copy.losses) note(", which exiftool could not tell");
+      const TagLosses losses = copy.losses.value_or(TagLosses{});
+      const std::string missing = missingTags(losses, possible);
+      if (!missing.empty()) notes.push_back("metadata that did not come over: " + missing);
+      // Of what the image library doesn't see, too.
+      const Metadata read = {false, losses.exif.all > 0, losses.xmp.all > 0, losses.iptc.all > 0};
+      unplaced = either(unplaced, without(read, possible));
     }
   }
-  if (any(lost)) notes.push_back(format.name + " files can't hold here: " + list(lost));
+  if (any(unplaced)) notes.push_back(format.name + " files can't hold here: " + list(unplaced));
   return notes;
 }

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "elf_file.h"
 #include "program_folder.h"
 
 namespace fs = std::filesystem;
@@ -27,6 +28,9 @@ PluginEntry loadEntry(const std::string& file) {
   if (file.empty()) throw NoPlugin("--plugin", "the name is empty");
   // Absolute: the loader looks for a bare name in the system's folders.
   const fs::path path = fs::absolute(file);
+  if (const std::string reason = reasonNotToLoad(path.string()); !reason.empty()) {
+    throw NoPlugin(file, "can't load this plug-in: " + reason);
+  }
   void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (module == nullptr) throw NoPlugin(file, "can't load this plug-in: " + reasonFor(path));
   void* const entry = dlsym(module, "PluginMain");

@@ -1,6 +1,8 @@
 #include "naming.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <set>
 
@@ -11,6 +13,16 @@ namespace fs = std::filesystem;
 namespace {
 
 enum class Target { Beside, InPlace, File, Folder, Pattern, Pipe };
+
+// What can't be looked at, such as a loop of links, is neither; writing there will say why.
+bool isFolder(const std::string& name) {
+  std::error_code unknown;
+  return fs::is_directory(name, unknown);
+}
+bool isThere(const std::string& name) {
+  std::error_code unknown;
+  return fs::exists(name, unknown);
+}
 
 Target targetOf(const NamingArguments& a, bool several) {
   if (a.inPlace && a.output) throw SettingsError("--in-place and -o exclude each other");
@@ -24,9 +36,9 @@ Target targetOf(const NamingArguments& a, bool several) {
   if (output == pipeName && several) throw SettingsError("-o -: the standard output takes one picture");
   if (output == pipeName) return Target::Pipe;
   if (output.find("%s") != std::string::npos) return Target::Pattern;
-  if (output.back() == '/' || fs::is_directory(output)) return Target::Folder;
+  if (output.back() == '/' || isFolder(output)) return Target::Folder;
   if (!several) return Target::File;
-  if (fs::exists(output) || findFormat(extensionOf(output)) != nullptr) {
+  if (isThere(output) || findFormat(extensionOf(output)) != nullptr) {
     throw SettingsError("-o " + output + ": several inputs need a folder or a pattern with %s");
   }
   return Target::Folder;
@@ -52,18 +64,26 @@ std::string identityOf(const std::string& file) {
   return (unknown ? fs::absolute(file).lexically_normal() : resolved).string();
 }
 
-std::string filled(std::string pattern, const std::string& name) {
-  for (std::size_t at = 0; (at = pattern.find("%s", at)) != std::string::npos; at += name.size()) {
-    pattern.replace(at, 2, name);
+// Each of the placeholders from a place on replaced by the text.
+std::string filled(std::string pattern, const std::string& placeholder, const std::string& text, std::size_t from = 0) {
+  for (std::size_t at = from; (at = pattern.find(placeholder, at)) != std::string::npos; at += text.size()) {
+    pattern.replace(at, placeholder.size(), text);
   }
   return pattern;
+}
+
+// The extension first: a name may hold what looks like its placeholder.
+std::string filled(const std::string& pattern, const Input& input) {
+  const std::string extension = fs::path(input.file).extension().string();
+  const std::string bare = extension.empty() ? "" : extension.substr(1);
+  return filled(filled(pattern, "%e", bare, pattern.rfind('/') + 1), "%s", withoutExtension(input.below));
 }
 
 // The extension as it is written in the name, with its point.
 std::string suffixFor(const Input& input, const NamingArguments& a, Job& job) {
   if (a.extension) return "." + *a.extension;
   const FileFormat* const format = findFormat(extensionOf(input.file));
-  if (format != nullptr && format->operation == nullptr) {
+  if (format != nullptr && !format->isWritten()) {
     job.notes.push_back(format->name + " files can be read only; comes back as TIFF");
     return ".tif";
   }
@@ -74,6 +94,8 @@ Job jobFor(const Input& input, const NamingArguments& a, Target target) {
   Job job;
   job.input = input.file;
   job.overwrite = a.overwrite || target == Target::InPlace;
+  job.update = a.update && target != Target::Pipe;
+  job.makesFolder = target == Target::Folder || target == Target::Pattern;
   job.overwriteRecipe = a.overwrite || a.update;
   const std::string output = a.output.value_or("");
   switch (target) {
@@ -91,10 +113,10 @@ Job jobFor(const Input& input, const NamingArguments& a, Target target) {
       job.output = (fs::path(output) / withoutExtension(input.below)).string() + suffixFor(input, a, job);
       break;
     case Target::Pattern:
-      job.output = filled(output, withoutExtension(input.below));
+      job.output = filled(output, input);
       // The pattern's own extension counts: a point in the name doesn't begin one.
       if (!a.extension && !extensionOf(output).empty()) break;
-      job.output = filled(withoutExtension(output), withoutExtension(input.below)) + suffixFor(input, a, job);
+      job.output = filled(withoutExtension(output), input) + suffixFor(input, a, job);
       break;
     case Target::File:
       job.output = output;
@@ -108,12 +130,68 @@ Job jobFor(const Input& input, const NamingArguments& a, Target target) {
   return job;
 }
 
-bool isUpToDate(const Job& job) {
-  std::error_code missing;
-  const auto written = fs::last_write_time(job.output, missing);
-  if (missing) return false;
-  const auto read = fs::last_write_time(job.input, missing);
-  return !missing && written >= read;
+bool isBelow(const std::string& file, const std::string& folder) { return file.rfind(folder + "/", 0) == 0; }
+
+// The folder that all outputs go to or below; empty where each goes where its input is.
+std::string folderOf(const NamingArguments& a, Target target) {
+  if (target == Target::Folder) return *a.output;
+  if (target != Target::Pattern) return "";
+  const fs::path folder = fs::path(a.output->substr(0, a.output->find("%s"))).parent_path();
+  return folder.empty() ? "." : folder.string();
+}
+
+// What earlier runs of the same kind have left among the inputs.
+class Results {
+ public:
+  Results(const Inputs& inputs, const NamingArguments& a, Target target, bool recursive)
+      : target_(target), recursive_(recursive) {
+    for (const Input& input : inputs.files) names_.insert(withoutExtension(input.file));
+    if (!recursive) return;
+    if (const std::string folder = folderOf(a, target); !folder.empty()) folder_ = identityOf(folder);
+    for (const Input& input : inputs.files) {
+      if (target != Target::Pattern) break;
+      const std::string output = identityOf(jobFor(input, a, target).output);
+      if (output != identityOf(input.file)) outputs_.insert(output);
+    }
+  }
+
+  // Why the input is taken for one; empty when it isn't. Beside their originals, results are known by their names, when
+  // the folder is taken or the original by the same wildcard.
+  std::string reasonToLeave(const Input& input) const {
+    const std::string source = target_ == Target::Beside ? sourceOf(input.file) : "";
+    const bool isNamedSo = !source.empty() && (recursive_ || names_.count(source) != 0);
+    if (isNamedSo || outputs_.count(identityOf(input.file)) != 0) return "is a result itself";
+    return recursive_ && isInFolder(input) ? "lies where results go" : "";
+  }
+
+ private:
+  bool isInFolder(const Input& input) const {
+    if (folder_.empty() || input.below.size() >= input.file.size()) return false;
+    const std::string given = identityOf(input.file.substr(0, input.file.size() - input.below.size()));
+    return isBelow(folder_, given) && isBelow(identityOf(input.file), folder_);
+  }
+
+  Target target_;
+  bool recursive_;
+  std::set<std::string> names_;    // of all inputs, without extensions
+  std::set<std::string> outputs_;  // of a pattern
+  std::string folder_;
+};
+
+// Refuses outputs that several files would have, before any of them is made.
+void requireDistinctOutputs(const std::vector<Job>& jobs) {
+  std::map<std::string, std::vector<const Job*>> writers;
+  for (const Job& job : jobs) writers[identityOf(job.output)].push_back(&job);
+  std::size_t shared = 0;
+  std::string first;
+  for (const auto& [output, all] : writers) {
+    if (all.size() < 2 || ++shared > 1) continue;
+    for (const Job* job : all) first += (first.empty() ? "" : job == all.back() ? " and " : ", ") + job->input;
+    first += " would all become " + all.front()->output;
+  }
+  if (shared == 0) return;
+  const std::string more = shared > 1 ? ", and " + std::to_string(shared - 1) + " more are as short of names" : "";
+  throw SettingsError(first + more + "; %e in a pattern keeps the extension in the name, as in -o 'FOLDER/%s-%e.tif'");
 }
 
 }  // namespace
@@ -121,58 +199,41 @@ bool isUpToDate(const Job& job) {
 Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {
   const bool several = inputs.files.size() > 1 || recursive;
   const Target target = targetOf(a, several);
+  const Results results(inputs, a, target, recursive);
   Plan plan;
-  std::map<std::string, std::string> writers;
-  std::set<std::string> names;  // without extensions
-  for (const Input& input : inputs.files) names.insert(withoutExtension(input.file));
-  // Not to be done again when its folder is, or its input by the same wildcard.
-  const auto isResult = [&](const Input& input) {
-    const std::string source = target == Target::Beside ? sourceOf(input.file) : "";
-    return !source.empty() && (recursive || names.count(source) != 0);
-  };
-  const bool sparesInputs = a.update && !a.overwrite;
-  std::set<std::string> originals;
-  for (const Input& input : inputs.files) {
-    if (sparesInputs && !isResult(input)) originals.insert(identityOf(input.file));
-  }
+  std::set<std::string> read;                                       // without results of earlier runs
+  std::map<std::pair<std::string, std::string>, std::string> done;  // from what to what, and under which name
   for (const auto& [folder, reason] : inputs.unreadable) {
     Job job;
     job.input = folder;
-    plan.settled.push_back(settled(job, Outcome::Status::Failed, Failure(folder, reason).what()));
+    plan.settled.push_back(settled(job, Outcome::Status::Failed, Failure(folder, reason, Cause::Unreadable)));
   }
   for (const Input& input : inputs.files) {
     if (input.file == pipeName && (inputs.files.size() > 1 || !a.output || (target == Target::Pipe && !a.extension))) {
       throw SettingsError("the standard input is read alone, and needs -o; -o - needs --ext");
     }
     Job job = jobFor(input, a, target);
-    if (isResult(input)) {
-      plan.settled.push_back(settled(job, Outcome::Status::Skipped, input.file + ": is a result itself"));
+    if (const std::string reason = results.reasonToLeave(input); !reason.empty()) {
+      plan.settled.push_back(settled(job, Outcome::Status::Skipped, Failure(input.file, reason, Cause::OwnResult)));
       continue;
     }
-    const std::string identity = identityOf(job.output);
-    if (const auto [other, isNew] = writers.emplace(identity, input.file); !isNew && job.output != pipeName) {
-      const std::string reason = job.input + ": " + job.output + " is already the output of " + other->second;
-      plan.settled.push_back(settled(job, Outcome::Status::Failed, reason));
+    const std::string identity = *read.insert(identityOf(input.file)).first;
+    if (const auto [same, isNew] = done.emplace(std::pair(identity, identityOf(job.output)), input.file); !isNew) {
+      const Failure twice(input.file, "is an input already, as " + same->second, Cause::OutputTaken);
+      plan.settled.push_back(settled(job, Outcome::Status::Failed, twice));
       continue;
-    }
-    if (originals.count(identity) != 0) {
-      const std::string reason = job.input + ": " + job.output + " is an input itself; -f overwrites it";
-      plan.settled.push_back(settled(job, Outcome::Status::Failed, reason));
-      continue;
-    }
-    if (a.update && job.output != pipeName) {
-      if (isUpToDate(job)) {
-        const std::string reason = job.input + ": " + job.output + " is up to date";
-        plan.settled.push_back(settled(job, Outcome::Status::Skipped, reason));
-        continue;
-      }
-      job.overwrite = true;
-    }
-    if (target == Target::Folder || target == Target::Pattern) {
-      const std::string folder = fs::path(job.output).parent_path().string();
-      if (!folder.empty() && (plan.folders.empty() || plan.folders.back() != folder)) plan.folders.push_back(folder);
     }
     plan.jobs.push_back(std::move(job));
   }
+  requireDistinctOutputs(plan.jobs);
+  if (!a.update || a.overwrite) return plan;
+  // What is out of date may be overwritten then, but no input.
+  const auto isAnInput = [&](const Job& job) { return read.count(identityOf(job.output)) != 0; };
+  const auto end = std::stable_partition(plan.jobs.begin(), plan.jobs.end(), std::not_fn(isAnInput));
+  for (auto job = end; job != plan.jobs.end(); ++job) {
+    const Failure isInput(job->input, job->output + " is an input itself; -f overwrites it", Cause::OutputTaken);
+    plan.settled.push_back(settled(*job, Outcome::Status::Failed, isInput));
+  }
+  plan.jobs.erase(end, plan.jobs.end());
   return plan;
 }

@@ -10,9 +10,17 @@ NLOHMANN_JSON_SERIALIZE_ENUM(Outcome::Status, {{Outcome::Status::Failed, "failed
 
 std::string jsonLine(const json& object) { return object.dump(-1, ' ', false, json::error_handler_t::replace) + "\n"; }
 
+json toJson(const Failure& failure) {
+  return {{"code", wordOf(failure.cause)}, {"about", failure.file}, {"reason", failure.reason}};
+}
+
 json toJson(const Outcome& o) {
-  return {{"file", o.input},  {"output", o.output}, {"status", o.status}, {"notes", o.notes},   {"reason", o.reason},
-          {"width", o.width}, {"height", o.height}, {"bits", o.bits},     {"memory", o.memory}, {"seconds", o.seconds}};
+  json object = {{"file", o.input},     {"output", o.output}, {"status", o.status},
+                 {"notes", o.notes},    {"width", o.width},   {"height", o.height},
+                 {"bits", o.bits},      {"memory", o.memory}, {"estimated_seconds", o.estimatedSeconds},
+                 {"seconds", o.seconds}};
+  object.update(toJson(Failure(o.about, o.reason, o.cause)));
+  return object;
 }
 
 Outcome outcomeFrom(const json& object) {
@@ -21,11 +29,14 @@ Outcome outcomeFrom(const json& object) {
   object.at("output").get_to(o.output);
   object.at("status").get_to(o.status);
   object.at("notes").get_to(o.notes);
+  o.cause = causeFrom(object.at("code"));
+  object.at("about").get_to(o.about);
   object.at("reason").get_to(o.reason);
   object.at("width").get_to(o.width);
   object.at("height").get_to(o.height);
   object.at("bits").get_to(o.bits);
   object.at("memory").get_to(o.memory);
+  object.at("estimated_seconds").get_to(o.estimatedSeconds);
   object.at("seconds").get_to(o.seconds);
   return o;
 }

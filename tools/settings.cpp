@@ -1,5 +1,7 @@
 #include "settings.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <iterator>
 
@@ -8,6 +10,14 @@ namespace {
 const ScriptKey* findKey(const std::string& key) {
   return std::find_if(std::begin(scriptKeys), std::end(scriptKeys),
                       [&](const ScriptKey& k) { return key == nameOf(k.code); });
+}
+
+// Every key has one.
+const SettingWord& wordOf(const std::string& key) {
+  const auto isOf = [&](const SettingWord& word) { return key.rfind(word.key, 0) == 0; };
+  const auto* const ofBand = std::find_if(std::begin(bandWords), std::end(bandWords), isOf);
+  return ofBand != std::end(bandWords) ? *ofBand
+                                       : *std::find_if(std::begin(pictureWords), std::end(pictureWords), isOf);
 }
 
 std::size_t positionOf(const ScriptKey* key) { return static_cast<std::size_t>(key - std::begin(scriptKeys)); }
@@ -20,23 +30,24 @@ std::string nameOf(DescriptorKeyID code) {
   return name;
 }
 
+void requireInRange(const std::string& option, const SettingWord& word, double value) {
+  if (value >= word.least && value <= word.most) return;
+  throw SettingsError(
+      fmt::format("{}: {} is out of range; {} goes from {} to {}", option, value, word.word, word.least, word.most));
+}
+
 Settings::Settings() { setNumber("WDTH", 0); }
 
 void Settings::set(const std::string& option, const std::string& key, const std::string& value) {
   const ScriptKey* const found = findKey(key);
   if (found == std::end(scriptKeys)) throw SettingsError(option + ": there is no key " + quoted(key));
-  std::optional<double>& target = values_.at(positionOf(found));
-  switch (found->kind) {
-    case ScriptKind::Float:
-      target = numberFrom(option, value);
-      break;
-    case ScriptKind::Flag:
-      target = truthFrom(option, value) ? 1.0 : 0.0;
-      break;
-    case ScriptKind::Integer:
-      target = integerFrom(option, value);
-      break;
-  }
+  const auto number = [&]() -> double {
+    if (found->kind == ScriptKind::Float) return numberFrom(option, value);
+    if (found->kind == ScriptKind::Integer) return integerFrom(option, value);
+    return truthFrom(option, value) ? 1.0 : 0.0;
+  }();
+  requireInRange(option, wordOf(key), number);
+  values_.at(positionOf(found)) = number;
 }
 
 void Settings::setNumber(const std::string& key, double value) { values_.at(positionOf(findKey(key))) = value; }

@@ -12,19 +12,27 @@
 
 // A setting with a value for each band ("contrast": CON1 to CON5), or one for the whole picture ("factor": FCTR). The
 // words are those of the command line and of settings files alike.
+//
+// The plug-in takes any number. The program refuses what can only be a slip: gains of more than tenfold, lengths beyond
+// the longest side of a picture, thresholds beyond the difference of black and white in 8 bits.
 struct SettingWord {
   const char* word;
   const char* key;  // the first three characters of a band's keys, or the whole key
   ScriptKind kind;
+  double least;
+  double most;
 };
-inline constexpr SettingWord bandWords[] = {{"contrast", "CON", ScriptKind::Float},
-                                            {"radius", "RAD", ScriptKind::Float},
-                                            {"threshold", "THR", ScriptKind::Float},
-                                            {"edges", "EDG", ScriptKind::Flag}};
-inline constexpr SettingWord pictureWords[] = {{"factor", "FCTR", ScriptKind::Float},
-                                               {"half", "HALF", ScriptKind::Flag},
-                                               {"luminance", "LUMI", ScriptKind::Flag},
-                                               {"cross", "WDTH", ScriptKind::Integer}};
+inline constexpr SettingWord bandWords[] = {{"contrast", "CON", ScriptKind::Float, -1000, 1000},
+                                            {"radius", "RAD", ScriptKind::Float, 0, 32767},
+                                            {"threshold", "THR", ScriptKind::Float, 0, 255},
+                                            {"edges", "EDG", ScriptKind::Flag, 0, 1}};
+inline constexpr SettingWord pictureWords[] = {{"factor", "FCTR", ScriptKind::Float, -1000, 1000},
+                                               {"half", "HALF", ScriptKind::Flag, 0, 1},
+                                               {"luminance", "LUMI", ScriptKind::Flag, 0, 1},
+                                               {"cross", "WDTH", ScriptKind::Integer, 0, 32767}};
+
+// Throws SettingsError, which begins with the option, when the value exceeds the word's range.
+void requireInRange(const std::string& option, const SettingWord& word, double value);
 
 // The four characters of a key.
 std::string nameOf(DescriptorKeyID code);
@@ -35,10 +43,10 @@ class Settings {
  public:
   Settings();
 
-  // One key, from text. Throws SettingsError when there is no such key or the text is no value of its type.
+  // One key, from text. Throws SettingsError when there is no such key, or the text is no value of its type and range.
   void set(const std::string& option, const std::string& key, const std::string& value);
 
-  // One key, from a number that suits its type. For keys that there are.
+  // One key, from a number that suits its type, of any range. For keys that there are.
   void setNumber(const std::string& key, double value);
 
   // "KEY=VALUE"

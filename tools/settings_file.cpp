@@ -63,6 +63,13 @@ class Entry {
   }
   double value(ScriptKind kind) const { return value(node_, kind); }
 
+  double value(const toml::node& node, const SettingWord& word) const {
+    const double number = value(node, word.kind);
+    requireInRange(place(), word, number);
+    return number;
+  }
+  double value(const SettingWord& word) const { return value(node_, word); }
+
   std::string text() const {
     if (!node_.is_string()) refuse("a text in quotes");
     return node_.as_string()->get();
@@ -72,8 +79,7 @@ class Entry {
     const toml::array* const list = node_.as_array();
     if (list != nullptr && list->size() != 5) refuse("one value or five");
     for (std::size_t band = 0; band < 5; ++band) {
-      settings.setNumber(word.key + std::to_string(band + 1),
-                         value(list == nullptr ? node_ : (*list)[band], word.kind));
+      settings.setNumber(word.key + std::to_string(band + 1), value(list == nullptr ? node_ : (*list)[band], word));
     }
   }
 
@@ -97,7 +103,7 @@ void apply(const Entry& entry, const std::string& file, SettingsChoice& choice, 
   if (const SettingWord* const bands = find(bandWords, word)) {
     entry.setBands(*bands, choice.settings);
   } else if (const SettingWord* const whole = find(pictureWords, word)) {
-    choice.settings.setNumber(whole->key, entry.value(whole->kind));
+    choice.settings.setNumber(whole->key, entry.value(*whole));
   } else if (word == "mix") {
     setMix(option, entry.value(ScriptKind::Float), choice);
   } else if (word == "mask") {

@@ -49,8 +49,9 @@ void setRefEdge(const std::string& option, int pixels, SettingsChoice& choice) {
 void addSettingsOptions(CLI::App& command, SettingsArguments& a) {
   const char* bands = "Bands (five values, finest first, or one for all)";
   add(command, bands, "--contrast", a.contrast, "LIST",
-      "Gain of each band in percent; 100 leaves a band as it is (default 100)");
-  add(command, bands, "--radius", a.radius, "LIST", "Radius of each band in pixels of its level (default 3)");
+      "Gain of each band in percent, -1000 to 1000; 100 leaves a band as it is (default 100)");
+  add(command, bands, "--radius", a.radius, "LIST",
+      "Radius of each band in pixels of its level; 0: no low-pass (default 3)");
   add(command, bands, "--threshold", a.threshold, "LIST",
       "Contrast of protected edges, 0 to 255 (default 255,10,10,10,10)");
   add(command, bands, "--edges,--edge", a.edges, "LIST", "Edge protection, on or off (default off,on,on,on,on)");

@@ -44,16 +44,17 @@ double Talk::secondsLeft() const { return bytesDone_ > 0 ? secondsGone() * std::
 double Talk::megapixelsPerSecond() const { return megapixels_ / std::max(secondsGone(), 1e-3); }
 
 std::string Talk::line(const Outcome& o) const {
-  if (o.status == Outcome::Status::Skipped) return o.reason;
+  if (o.status == Outcome::Status::Skipped) return o.line();
   const std::string shape = fmt::format("{} x {}, {} bits", o.width, o.height, o.bits);
   if (options_.dryRun) {
-    return fmt::format("{} -> {} ({}, about {} of memory)", o.input, o.output, shape, memoryText(o.memory));
+    return fmt::format("{} -> {} ({}, about {} of memory, {})", o.input, o.output, shape, memoryText(o.memory),
+                       timeText(o.estimatedSeconds));
   }
   return fmt::format("{} -> {} ({})", o.input, o.output, shape);
 }
 
 void Talk::report(const Outcome& o) {
-  if (o.status == Outcome::Status::Failed) fmt::print(stderr, "orbel: {}\n", printable(o.reason));
+  if (o.status == Outcome::Status::Failed) fmt::print(stderr, "orbel: {}\n", printable(o.line()));
   if (!options_.quiet) {
     for (const std::string& note : o.notes) {
       fmt::print(stderr, "orbel: note on {}: {}\n", printable(o.input), printable(note));
@@ -70,6 +71,7 @@ void Talk::report(const Outcome& o) {
 void Talk::tell(const Outcome& outcome) {
   clearBar();
   bytesDone_ += sizeOfFile(outcome.input);
+  estimatedSeconds_ += outcome.estimatedSeconds;
   megapixels_ += outcome.status == Outcome::Status::Done ? outcome.megapixels() : 0;
   done_ += outcome.status == Outcome::Status::Done ? 1 : 0;
   failed_ += outcome.status == Outcome::Status::Failed ? 1 : 0;
@@ -124,7 +126,10 @@ void Talk::summarize() {
   std::FILE* const results = options_.resultsToErrors ? stderr : stdout;
   fmt::print(results, "{} done, {} failed, {} skipped", done_, failed_, skipped_);
   if (left > 0) fmt::print(results, ", {} not begun", left);
-  if (!options_.dryRun && done_ > 0)
+  if (options_.dryRun) {
+    fmt::print(results, "; {} one after the other", timeText(estimatedSeconds_));
+  } else if (done_ > 0) {
     fmt::print(results, "; {:.1f} megapixels/s in {}", megapixelsPerSecond(), clock(secondsGone()));
+  }
   fmt::print(results, "\n");
 }

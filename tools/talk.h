@@ -50,6 +50,7 @@ class Talk {
   double bytes_;
   double bytesDone_ = 0;
   double megapixels_ = 0;
+  double estimatedSeconds_ = 0;
   std::size_t done_ = 0;
   std::size_t failed_ = 0;
   std::size_t skipped_ = 0;

@@ -1,12 +1,15 @@
 #include "work.h"
 
 #include <chrono>
+#include <ctime>
 #include <filesystem>
 #include <memory>
+#include <string_view>
 
 #include "estimate.h"
 #include "failure.h"
 #include "finish.h"
+#include "made_with.h"
 #include "metadata.h"
 #include "settings_file.h"
 #include "target_file.h"
@@ -26,7 +29,8 @@ int documentDepth(VipsBandFormat read, VipsBandFormat written, const WorkOptions
   return bytes ? 8 : 32;
 }
 
-std::string recipeOf(const Job& job) { return job.output + ".toml"; }
+// A result is for nobody's eyes that its source isn't for.
+mode_t permissionsFor(const Job& job) { return job.input == pipeName ? 0666 : permissionsOf(job.input); }
 
 int bytesOf(VipsBandFormat format) { return static_cast<int>(vips_format_sizeof(format)); }
 
@@ -41,7 +45,7 @@ void equalize(const Job& job, const WorkOptions& options, int depth, VipsBandFor
   try {
     runPlugin(options.entry, settingsFor(options.choice, picture.width(), picture.height()).script(), document);
   } catch (const PluginRefusal& refusal) {
-    throw Failure(job.input, refusal.what());
+    throw Failure(job.input, refusal.what(), Cause::PluginRefused);
   }
   blend(original, weights, document);
   picture = withSamples(picture, samples);
@@ -49,46 +53,67 @@ void equalize(const Job& job, const WorkOptions& options, int depth, VipsBandFor
   renewThumbnail(picture);
 }
 
-void writeTo(TargetFile& target, const Job& job, const WorkOptions& options, const FileFormat& format,
-             const VImage& picture, Notes& notes) {
-  savePicture(picture, format, target.descriptor(), job.output, options.save);
-  for (const std::string& note : completeMetadata(job.input, picture, target.temporary(), format)) {
-    notes.push_back(note);
+// Where the input's extension chose the output's format, and the input is of another one.
+void noteMisnomer(const std::string& input, const VImage& opened, const FileFormat& written, Notes& notes) {
+  const FileFormat* const content = formatOf(opened);
+  if (content == nullptr || findFormat(extensionOf(input)) != &written ||
+      std::string_view(content->loader.name) == written.loader.name) {
+    return;
   }
-  if (options.keepsOriginal) target.keepOriginal();
-  target.replace();
-  if (options.writesRecipe) writeTextFile(recipeOf(job), settingsText(options.choice, ""), job.overwriteRecipe);
+  notes.push_back("is a " + content->name + " file by its content, and comes back as " + written.name +
+                  ", by its name");
+}
+
+void append(Notes& notes, const Notes& more) { notes.insert(notes.end(), more.begin(), more.end()); }
+
+void writeTo(TargetFile& target, const Job& job, const WorkOptions& options, const FileFormat& format,
+             const SaveOptions& save, const VImage& picture, const AskExiftool& askExiftool, Notes& notes) {
+  const MadeWith made{options.madeWith, target.begun()};
+  savePicture(remembering(made, picture, format), format, target.descriptor(), job.output, save);
+  append(notes, completeMetadata(job.input, picture, &target, format, askExiftool));
+  target.replace(options.keepsOriginal);
+  if (options.writesRecipe) {
+    writeTextFile(recipeOf(job.output), settingsText(options.choice, "") + recipeLine(made), job.overwriteRecipe,
+                  permissionsFor(job));
+  }
 }
 
 }  // namespace
 
-Outcome settled(const Job& job, Outcome::Status status, const std::string& reason) {
+Outcome settled(const Job& job, Outcome::Status status, const Failure& why) {
   Outcome outcome;
   outcome.input = job.input;
   outcome.output = job.output;
   outcome.status = status;
-  outcome.reason = reason;
+  outcome.cause = why.cause;
+  outcome.about = why.file;
+  outcome.reason = why.reason;
   return outcome;
 }
 
-Outcome work(const Job& job, const WorkOptions& options, const std::function<void(double)>& waitFor) {
+Outcome work(const Job& job, const WorkOptions& options, const Surroundings& surroundings) {
   const auto start = std::chrono::steady_clock::now();
   Outcome outcome;
   outcome.input = job.input;
   outcome.output = job.output;
   outcome.notes = job.notes;
   if (std::error_code none; std::filesystem::is_directory(job.input, none)) {
-    throw Failure(job.input, "is a folder; -r takes the pictures in it");
+    throw Failure(job.input, "is a folder; -r takes the pictures in it", Cause::Unreadable);
   }
-  if (job.input != pipeName) requireFileWithContent(job.input);
+  const VImage opened = openPicture(job.input, outcome.notes, options.page);
   const FileFormat& format = writableFormat(job.extension, job.output);
   requireThatFormatKnows(format, options.save, job.output);
-  if (job.output != pipeName && !job.overwrite) requireFree(job.output);
-  if (job.output != pipeName && options.writesRecipe && !job.overwriteRecipe) requireFree(recipeOf(job));
-  const VImage opened = openPicture(job.input, outcome.notes);
+  const bool overwrites = job.overwrite || job.update;
+  if (job.output != pipeName) {
+    requireReplaceable(job.output, overwrites, job.makesFolder);
+    if (options.writesRecipe) requireReplaceable(recipeOf(job.output), job.overwriteRecipe, job.makesFolder);
+  }
   const VipsBandFormat samples = options.samples.value_or(opened.format());
   const int depth = documentDepth(opened.format(), samples, options);
   requireThatFormatHolds(format, opened, samples, job.output);
+  noteMisnomer(job.input, opened, format, outcome.notes);
+  const SaveOptions save =
+      keepPacking(job.input, options.page.value_or(1), opened, format, options.save, outcome.notes);
   const int width = opened.width();
   const int height = opened.height();
   requireThatHostHolds(job.input, width, height);
@@ -98,25 +123,38 @@ Outcome work(const Job& job, const WorkOptions& options, const std::function<voi
   outcome.width = width;
   outcome.height = height;
   outcome.bits = 8 * bytesOf(samples);
-  outcome.memory = memoryOf({width, height, opened.bands(), colourBands(opened), bytesOf(opened.format()),
-                             bytesOf(samples), depth / 8, isBlended(options.choice)},
-                            settings);
+  const RunShape shape{width,
+                       height,
+                       opened.bands(),
+                       colourBands(opened),
+                       bytesOf(opened.format()),
+                       bytesOf(samples),
+                       depth / 8,
+                       isBlended(options.choice),
+                       format.name == "HEIF"};
+  outcome.memory = memoryOf(shape, settings);
+  outcome.estimatedSeconds = secondsOf(shape, settings, options.threads);
   requireMemory(job.input, outcome.memory, options.mostMemory);
   requireThatMaskFits(options.choice, opened);
+  surroundings.waitFor(outcome.memory);
   outcome.status = Outcome::Status::Done;
-  if (options.dryRun) return outcome;
-
-  waitFor(outcome.memory);
+  if (options.dryRun) {
+    requireThatItDecodes(opened, job.input);
+    if (options.choice.mask) weightsOf(options.choice, opened);
+    return outcome;
+  }
   if (job.output == pipeName) {
     VImage picture = decodePicture(opened, job.input);
     equalize(job, options, depth, samples, picture);
-    savePictureToPipe(picture, format, options.save);
+    const MadeWith made{options.madeWith, std::time(nullptr)};
+    savePictureToPipe(remembering(made, picture, format), format, save);
+    append(outcome.notes, completeMetadata(job.input, picture, nullptr, format, surroundings.askExiftool));
   } else {
     // Opened before the work, so that a target that can't be written doesn't cost the work first.
-    TargetFile target(job.output, job.overwrite);
+    TargetFile target(job.output, overwrites, permissionsFor(job));
     VImage picture = decodePicture(opened, job.input);
     equalize(job, options, depth, samples, picture);
-    writeTo(target, job, options, format, picture, outcome.notes);
+    writeTo(target, job, options, format, save, picture, surroundings.askExiftool, outcome.notes);
   }
   outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return outcome;

@@ -1,7 +1,9 @@
 // The Gaussians of plane 0 that run in bands.
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
+#include <optional>
 
 #include "filters/gaussian_bands.h"
 #include "filters/gaussian_blur.h"
@@ -15,10 +17,38 @@ bool mayOverlap(const KivImage& a, const KivImage& b) {
   return !notBehind(a.At(0, 0, a.size.height), b.planes[0]) && !notBehind(b.At(0, 0, b.size.height), a.planes[0]);
 }
 
+// The value that all samples of plane 0 have, if they do. Where they are zeros of both signs, it is +0: what they add
+// up to.
+std::optional<float> onlyValueOf(const KivImage& image) {
+  float value = *image.At(0, 0, 0);
+  for (int y = 0; y < image.size.height; ++y) {
+    const float* const row = image.At(0, 0, y);
+    for (int x = 0; x < image.size.width; ++x) {
+      if (row[x] != value && !(std::isnan(row[x]) && std::isnan(value))) return std::nullopt;
+      if (value == 0.0F) value += row[x];
+    }
+  }
+  return value;
+}
+
+// dst, over that size, = one sample of that value, blurred: each would go through the same sums.
+void blurOnlyValue(float value, const KivImage& dst, IppiSize size, float sigma, int multiplier) {
+  const KivImage sample(&value, {1, 1}, 1);
+  KivImage blurred(1, 1, 1);
+  blurInBands(sample, blurred, sigma, multiplier);
+  for (int y = 0; y < size.height; ++y) std::fill_n(dst.At(0, 0, y), size.width, *blurred.At(0, 0, 0));
+}
+
 // As blurInBands, and for a dst on src's own samples too: bands read rows that others have written by then.
 void blurPlane0(const KivImage& src, KivImage& dst, float sigma, int multiplier) {
+  const int reach = sigma > 0.0F ? gaussianReach(sigma, multiplier) : 0;
+  if (reach < 1) return;
+  // Kernels that reach beyond the picture come with extremes over wide squares, which are the same everywhere: such a
+  // kernel's length then counts once, not for every sample.
+  if (reach >= std::max(src.size.width, src.size.height)) {
+    if (const auto value = onlyValueOf(src)) return blurOnlyValue(*value, dst, src.size, sigma, multiplier);
+  }
   if (!mayOverlap(src, dst)) return blurInBands(src, dst, sigma, multiplier);
-  if (!(sigma > 0.0F) || gaussianReach(sigma, multiplier) < 1) return;
   KivImage blurred(src.size, 1);
   blurInBands(src, blurred, sigma, multiplier);
   ippiCopy_32f_C1R(blurred.planes[0], blurred.stride, dst.planes[0], dst.stride, src.size);

@@ -1,5 +1,7 @@
 // What a Gaussian blur takes away, as a layer around grey 0.5.
 
+#include <algorithm>
+
 #include "filters/detail.h"
 #include "filters/gaussian_blur.h"
 #include "filters/unsharp_kernels.h"
@@ -22,16 +24,18 @@ void blurOrCopy(KivImage& target, const KivImage& src, float sigma, int kernelMu
 void highPassHalfStrength(KivImage& target, const KivImage& src, float sigma) {
   constexpr int kernelMultiplier = 4;
   allocateLike(target, src);
-  KivImage half(target.size, target.channels);  // before the blur: the target may be src
+  KivImage shared = target.ROI(0, 0, target.size.width, target.size.height);  // the planes that the source has too
+  shared.channels = std::min(target.channels, src.channels);
+  KivImage half(target.size, shared.channels);  // before the blur: the target may be src
   half = src * 0.5F;
-  for (int i = 0; i < target.channels; ++i) {
-    KivImage plane = target.Plane(i);
+  for (int i = 0; i < shared.channels; ++i) {
+    KivImage plane = shared.Plane(i);
     blurOrCopy(plane, src.Plane(i), sigma, kernelMultiplier);
   }
-  target *= -1.0F;
-  target += 1.0F;
-  target *= 0.5F;
-  target += half;
+  shared *= -1.0F;
+  shared += 1.0F;
+  shared *= 0.5F;
+  shared += half;
 }
 
 void highPassFullStrength(KivImage& target, const KivImage& src, float sigma, int kernelMultiplier) {

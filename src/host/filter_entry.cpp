@@ -12,6 +12,41 @@ namespace {
 constexpr int aboutResource = 16000;
 constexpr std::int16_t exceptionResult = -1;
 
+bool isEntered = false;
+
+// A host may enter again from within a callback, with another record and the same block. What the outer call keeps for
+// its duration is put back behind the inner one.
+class OuterCall {
+ public:
+  // data is what the inner call finds as its block's handle, 0 where it has none.
+  explicit OuterCall(std::intptr_t data) {
+    if (isInner_ && data != 0) block_ = reinterpret_cast<Handle>(data);
+    if (Globals* const globals = block(); globals != nullptr) globals_ = *globals;
+    isEntered = true;
+  }
+  OuterCall(const OuterCall&) = delete;
+  OuterCall& operator=(const OuterCall&) = delete;
+  ~OuterCall() {
+    isEntered = isInner_;
+    if (!isInner_) return;
+    gFilterRecord = record_;
+    sSPBasic = suites_;
+    if (Globals* const globals = block(); globals != nullptr) {
+      globals->result = globals_.result;
+      globals->filterRecord = globals_.filterRecord;
+    }
+  }
+
+ private:
+  Globals* block() const { return block_ == nullptr ? nullptr : reinterpret_cast<Globals*>(*block_); }
+
+  bool isInner_ = isEntered;
+  FilterRecord* record_ = gFilterRecord;
+  SPBasicSuite* suites_ = sSPBasic;
+  Handle block_ = nullptr;
+  Globals globals_ = {};
+};
+
 void acquireSuite(Globals* globals, const char* name, std::int32_t version, const void** suite) {
   const bool usable = sSPBasic != nullptr && sSPBasic->AcquireSuite != nullptr;
   if (usable && sSPBasic->AcquireSuite(name, version, suite) == 0) return;
@@ -71,13 +106,15 @@ void runSelector(std::int16_t selector, FilterRecord* record, std::intptr_t* dat
 }  // namespace
 
 void PluginMain(std::int16_t selector, void* filterRecord, std::intptr_t* data, std::int16_t* result) try {
+  const bool hasBlock = selector != filterSelectorAbout && data != nullptr && result != nullptr;
+  const OuterCall outer(hasBlock ? *data : 0);
   gFilterRecord = static_cast<FilterRecord*>(filterRecord);
   if (filterRecord == nullptr) return;
   if (selector == filterSelectorAbout) {
     auto* about = static_cast<AboutRecord*>(filterRecord);
     sSPBasic = about->sSPBasic;
     DoAbout(about);
-  } else if (data != nullptr && result != nullptr) {
+  } else if (hasBlock) {
     runSelector(selector, gFilterRecord, data, result);
   }
 } catch (...) {

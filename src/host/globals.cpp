@@ -1,4 +1,4 @@
-// The module's two variables; everything else lives in host handles.
+// The host's record and suites of the present call; everything else of a run lives in host handles.
 #include "host/globals.h"
 
 FilterRecord* gFilterRecord = nullptr;

@@ -13,6 +13,7 @@ struct Globals {
   const void* bufferSuite;        // likewise; nothing in either suite is called, they only have to be there
 };
 
-// Both are set at the start of every call of the entry, and valid during that call.
+// Both are set at the start of every call of the entry, and valid during that call. One made from within a callback
+// puts back what it found, the block's fields of the present call included.
 extern FilterRecord* gFilterRecord;
 extern SPBasicSuite* sSPBasic;

@@ -275,8 +275,8 @@ class KivImage {
   // ---- Detail: what a Gaussian takes away. The target may be src ----
 
   // Detail around grey 0.5, of half strength: 0.5 + 0.5 * (src - blur), each plane with its own
-  // GaussBlurDecimate(sigma, 4). A sigma not above 0: the blur is the source itself, so the result is flat. The flag is
-  // not used.
+  // GaussBlurDecimate(sigma, 4), as far as both images have planes. A sigma not above 0: the blur is the source itself,
+  // so the result is flat. The flag is not used.
   void HighPassFilter(const KivImage& src, float sigma, bool unused);
   // The same of full strength, src - blur + 0.5, on plane 0; the planes above it hold what
   // GaussBlurDecimate(src, sigma, kernelMultiplier) leaves there. A sigma or a kernelMultiplier not above 0: the blur

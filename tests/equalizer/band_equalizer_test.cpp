@@ -77,7 +77,7 @@ TEST_P(WholeRun, EqualsTheStepsInEveryTargetOnAnyNumberOfThreads) {
       KivImage expected = randomImage(size.width, size.height, 3, 1);
       runBySteps(p, expected);
       const ForcedRow forced(GetParam());
-      for (const int threads : {1, 2, 4, 7}) {
+      for (const int threads : {1, 4, 7}) {
         const Team team(threads);
         KivImage parent = randomImage(size.width + 9, size.height + 5, 3, 9);
         std::vector<float> samples(static_cast<std::size_t>(size.width * size.height * 3 + 1), 42.0F);

@@ -61,8 +61,12 @@ TEST(GaussBlurFast, EqualsOneCallOverTheWholeOfPlane0) {
 
 TEST(GaussBlurFast, LeavesTheTargetWhereTheKernelIsRefused) {
   KivImage target = randomImage(9, 9, 1, 2);
-  for (const float sigma : {0.0F, -1.0F, NAN}) target.GaussBlurFast(randomImage(9, 9, 1, 1), sigma, 4);
-  target.GaussBlurFast(randomImage(9, 9, 1, 1), -1.0F, -4);
+  for (const auto blur : {&KivImage::GaussBlurFast, &KivImage::GaussBlurDecimate}) {
+    for (const float sigma : {0.0F, -1.0F, NAN}) (target.*blur)(randomImage(9, 9, 1, 1), sigma, 4);
+    (target.*blur)(randomImage(9, 9, 1, 1), -1.0F, -4);
+    (target.*blur)(flatImage({2, 2}, 1, 1.0F), -1.0F, -4);
+  }
+  target.GaussBlurDecimate(target, 0.0F, 4);
   EXPECT_TRUE(sameBits(target, randomImage(9, 9, 1, 2)));
 }
 

@@ -35,6 +35,15 @@ TEST(HighPass, TakesTheGivenStepsInEveryTarget) {
   }
 }
 
+TEST(HighPassFilter, WorksOnThePlanesThatBothHave) {
+  const KivImage src = randomImage(20, 10, 2, 1);
+  KivImage result = randomImage(20, 10, 3, 2);
+  KivImage expected = copyOf(result);
+  for (int i = 0; i < 2; ++i) expected.Plane(i).HighPassFilter(src.Plane(i), 2.0F, true);
+  result.HighPassFilter(src, 2.0F, true);
+  EXPECT_TRUE(sameBits(result, expected));
+}
+
 TEST(HighPassPS, WorksOnPlane0Alone) {
   const KivImage src = randomImage(20, 10, 3, 1);
   for (const float sigma : {2.0F, 0.0F}) {

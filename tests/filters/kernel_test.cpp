@@ -1,5 +1,6 @@
 #include "filters/kernel.h"
 
+#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -39,15 +40,15 @@ TEST(Kernel, WrapsTheCallersTapsAndMoves) {
   EXPECT_EQ(wrapped.size, 3);
   EXPECT_EQ(wrapped.spread, 0);
   EXPECT_FALSE(wrapped.ownsTaps);
-  Kernel first(KERNEL_TYPE_TENT, 1, 0);
+  Kernel first(KERNEL_TYPE_TENT, 2, 7);
   float* const owned = first.taps;
   Kernel second(std::move(first));
   EXPECT_EQ(second.taps, owned);
   EXPECT_FALSE(first.ownsTaps);
   wrapped = std::move(second);
-  EXPECT_EQ(wrapped.taps, owned);
-  EXPECT_TRUE(wrapped.ownsTaps);
-  EXPECT_FALSE(second.ownsTaps);
+  EXPECT_EQ(std::tie(wrapped.taps, wrapped.radius, wrapped.size, wrapped.spread, wrapped.ownsTaps),
+            std::make_tuple(owned, 2, 5, 7, true));
+  EXPECT_EQ(std::tie(second.taps, second.ownsTaps), std::make_tuple(nullptr, false));
 }
 
 TEST(Kernel, RefusesARadiusWithoutASize) {

@@ -75,6 +75,15 @@ TEST(LocalAutoLevels, FollowsItsSteps) {
   }
 }
 
+// One value each then, as good as unblurred.
+TEST(LocalAutoLevels, TakesThePicturesOwnExtremesForARadiusFarBeyondIt) {
+  const KivImage src = randomImage(24, 410, 1, 1);
+  KivImage levels;
+  levels.LocalAutoLevels(src, 65536, false);
+  EXPECT_TRUE(
+      within(1e-3, levels, levelled(src, flatImage(src.size, 1, src.Min()), flatImage(src.size, 1, src.Max()))));
+}
+
 TEST(LocalAutoLevels, FillsTheSizeThatTargetAndSourceShareOnPlane0) {
   const KivImage src = randomImage(40, 30, 3, 1);
   KivImage levels;

@@ -18,8 +18,8 @@ struct Buffer {
   int rowSamples;
   std::vector<Sample> samples;
 
-  Buffer(int columns, int rows, int perPixel)
-      : width(columns), height(rows), interleave(perPixel), rowSamples(columns * perPixel + 3) {
+  Buffer(int columns, int rows, int perPixel, int padding = 3)
+      : width(columns), height(rows), interleave(perPixel), rowSamples(columns * perPixel + padding) {
     samples.resize(static_cast<std::size_t>(rowSamples * rows + 2 * fence));
     std::mt19937 random(static_cast<unsigned>(rowSamples));
     for (Sample& sample : samples) sample = static_cast<Sample>(random());
@@ -50,23 +50,25 @@ TYPED_TEST(Exchange, PreThenPostReturnsTheBuffer) {
   for (const int interleave : {1, 3}) {
     for (const IppiSize size : {IppiSize{1, 1}, {37, 11}, {5, 199}, {8, 203}}) {
       Buffer<TypeParam> source(size.width, size.height, interleave);
+      Buffer<TypeParam> target(size.width, size.height, interleave, 5);
+      Buffer<TypeParam> expected = target;
+      for (int y = 0; y < size.height; ++y) {
+        for (int i = 0; i < size.width * interleave; ++i) expected.at(0, y, i) = source.at(0, y, i);
+      }
+      PS_Database db = source.database();
+      db.outData = target.database().outData;
+      db.outRowBytes = target.database().outRowBytes;
       KivImage parent = randomImage(size.width + 7, size.height + 2, interleave, 5);
       const KivImage before = copyOf(parent);
-      PS_Database in = source.database();
-      Pre(parent.ROI(3, 1, size.width, size.height), false, in);
+      Pre(parent.ROI(3, 1, size.width, size.height), false, db);
       const float white = sizeof(TypeParam) == 1 ? 255.0F : sizeof(TypeParam) == 2 ? 32768.0F : 1.0F;
       const KivImage samples = imageOf(
           size, interleave, [&](int c, int x, int y) { return static_cast<float>(source.at(x, y, c)) / white; });
       EXPECT_TRUE(within(2e-7, parent.ROI(3, 1, size.width, size.height), samples));
 
-      Buffer<TypeParam> target = source;
-      for (int y = 0; y < size.height; ++y) {
-        for (int i = 0; i < size.width * interleave; ++i) target.at(0, y, i) = TypeParam{};
-      }
-      PS_Database out = target.database();
-      Post(parent.ROI(3, 1, size.width, size.height), before.ROI(3, 1, size.width, size.height), 1.0F, false, out,
-           true);
-      EXPECT_EQ(std::memcmp(source.samples.data(), target.samples.data(), source.samples.size() * sizeof(TypeParam)), 0)
+      Post(parent.ROI(3, 1, size.width, size.height), before.ROI(3, 1, size.width, size.height), 1.0F, false, db, true);
+      EXPECT_EQ(std::memcmp(expected.samples.data(), target.samples.data(), target.samples.size() * sizeof(TypeParam)),
+                0)
           << size.width << " x " << size.height << " x " << interleave;
       parent.ROI(3, 1, size.width, size.height) = before.ROI(3, 1, size.width, size.height);
       EXPECT_TRUE(sameBits(parent, before)) << "beside the view";

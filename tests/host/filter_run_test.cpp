@@ -65,6 +65,7 @@ struct Layout {
   int planes, rowPadding, addressOffset;
   VRect rect;
   bool wide = false;
+  bool entersAgain = false;
 };
 
 class Run : public testing::TestWithParam<std::tuple<bool, int>> {};  // loaded, depth
@@ -72,7 +73,7 @@ class Run : public testing::TestWithParam<std::tuple<bool, int>> {};  // loaded,
 TEST_P(Run, GivesTheEqualizersPictureOfWhatIsSelected) {
   const auto [loaded, depth] = GetParam();
   const Layout layouts[] = {{3, 0, 0, {0, 0, 29, 37}},     {5, 3, 1, {0, 0, 29, 37}, true},
-                            {4, 1, 0, {3, 5, 20, 30}},     {4, 1, 0, {3, 5, 20, 30}, true},
+                            {4, 1, 0, {3, 5, 20, 30}},     {4, 1, 0, {3, 5, 20, 30}, true, true},
                             {3, 1, 3, {0, 0, 1, 1}},       {4, 0, 1, {28, 36, 29, 37}},
                             {3, 2, 0, {7, 0, 8, 37}, true}};
   for (const Layout& layout : layouts) {
@@ -83,6 +84,7 @@ TEST_P(Run, GivesTheEqualizersPictureOfWhatIsSelected) {
     host.fillWithPattern(3);
     host.select(layout.rect, layout.wide);
     host.play(script);
+    host.entersAgain = layout.entersAgain;
     expectEqualized(host, layout.rect);
     EXPECT_EQ(host.lockBalance, 0);
     EXPECT_EQ(host.liveHandles(), 3);  // the block, the record, the recorded descriptor
@@ -251,6 +253,7 @@ TEST(FilterRun, EachHostCallFailingInTurn) {
       host.fillWithPattern(2);
       const auto before = host.planes;
       host.play(script);
+      host.entersAgain = loaded;  // which changes nothing
       host.failAt = at;
       const std::int16_t code = host.run();
       if (static_cast<int>(host.calls.size()) <= at) {

@@ -323,7 +323,28 @@ Script TestHost::recorded() const {
 
 // ---- The exchange of planes
 
+void TestHost::enterAgain() {
+  entersAgain = false;
+  const std::size_t callsBefore = calls.size();
+  const int failLater = failAt;
+  failAt = -1;
+  otherRecord_ = record;
+  otherRecord_.bigDocumentData = nullptr;
+  std::int16_t otherResult = unwrittenResult;
+  for (const int selector : {filterSelectorPrepare, filterSelectorContinue}) {
+    entry_(static_cast<std::int16_t>(selector), &otherRecord_, &data, &otherResult);
+    demand(otherResult != unwrittenResult, "the inner call's result");
+  }
+  AboutRecord about = {};
+  entry_(filterSelectorAbout, &about, nullptr, nullptr);
+  otherRecord_ = {};
+  calls.resize(callsBefore);
+  failAt = failLater;
+  entersAgain = true;
+}
+
 bool TestHost::fails(HostCall kind) {
+  if (entersAgain && data != 0 && record.parameters != nullptr) enterAgain();
   const bool failed = static_cast<int>(calls.size()) == failAt;
   calls.push_back(kind);
   return failed;

@@ -97,7 +97,8 @@ class TestHost {
   bool suiteRefusedWithAddress = false;
   const char* missingSuite = nullptr;
   const BufferFault* bufferFault = nullptr;
-  int bufferFaultAt = -1;  // the advance that it strikes
+  int bufferFaultAt = -1;    // the advance that it strikes
+  bool entersAgain = false;  // from within calls that can fail, with another record, which is then cleared
 
   void select(VRect rect, bool wide);  // by coordinates of 32 bits or of 16
   void play(const Script& script);     // hands the filter a descriptor at the next Start
@@ -151,8 +152,10 @@ class TestHost {
   void takeOver();
   void checkBuffers();
   void demand(bool holds, const char* violation);
+  void enterAgain();
 
   PluginMainProc entry_;
+  FilterRecord otherRecord_ = {};
   std::map<Handle, std::unique_ptr<Block>> blocks_;
   std::map<Handle, Script> scripts_;
   Buffer in_, out_;

@@ -8,16 +8,6 @@
 
 namespace {
 
-TEST(KivImageMemory, OneBlockOfAlignedRowsHoldsAllPlanes) {
-  const KivImage image(100, 50, 3);
-  EXPECT_EQ(image.stride, 448);
-  EXPECT_EQ(image.planes[1] - image.planes[0], 112 * 50);
-  EXPECT_EQ(image.planes[2] - image.planes[1], 112 * 50);
-  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(image.planes[0]) % 64, 0U);
-  EXPECT_EQ(image.storage, KIV_STORAGE_OWNED);
-  EXPECT_EQ(KivImage(16, 1, 1).stride, 64);
-}
-
 TEST(KivImageMemory, AnImpossibleShapeThrowsAndLeavesTheImageEmpty) {
   // Of the last three, rows in 32 bits would wrap round to 2, to 0 and to 196.
   const struct {
@@ -64,8 +54,6 @@ TEST(KivImageMemory, WrappingLeavesTheCallersSamplesAlone) {
   std::vector<float> data(10 * 10 * 3, 1.0F);
   {
     const KivImage image(data.data(), {10, 10}, 3);
-    EXPECT_EQ(image.stride, 40);
-    EXPECT_EQ(image.planes[2], data.data() + 200);
     *image.At(1, 3, 2) = 5.0F;
   }
   EXPECT_EQ(data[100 + 2 * 10 + 3], 5.0F);
@@ -73,26 +61,17 @@ TEST(KivImageMemory, WrappingLeavesTheCallersSamplesAlone) {
 
 TEST(KivImageViews, ShowTheParentsSamples) {
   KivImage parent = randomImage(10, 8, 3, 1);
-  const KivImage plane = parent.Plane(1);
-  EXPECT_EQ(plane.channels, 1);
-  EXPECT_EQ(plane.planes, parent.planes + 1);
-  EXPECT_EQ(plane.storage, KIV_STORAGE_PLANE);
+  EXPECT_EQ(parent.Plane(1).planes, parent.planes + 1);
+  EXPECT_EQ(parent.Plane(1).storage, KIV_STORAGE_PLANE);
+  EXPECT_EQ(KivImage().Plane(0).channels, 0);
 
   const KivImage inner = parent.Sub_Section(2);
-  EXPECT_EQ(inner.size.width, 6);
-  EXPECT_EQ(inner.size.height, 4);
-  EXPECT_EQ(inner.At(2, 0, 0), parent.At(2, 2, 2));
+  EXPECT_TRUE(sameBits(inner, parent.ROI(2, 2, 6, 4)));
+  EXPECT_TRUE(sameBits(inner, Sub_Section_Aux(parent, 2, 2)));
+  EXPECT_TRUE(sameBits(inner, parent.ROI(KivRect{2, 2, 6, 4})));
+  EXPECT_TRUE(sameBits(inner, parent.ROI_BOX(2, 7, 2, 5)));
+  EXPECT_EQ(inner.ROI(1, 0, 2, 2).At(2, 0, 1), parent.At(2, 3, 3));
   EXPECT_EQ(Sub_Section_Aux(parent, 3, 1).At(1, 1, 1), parent.At(1, 4, 2));
-
-  const KivImage box = parent.ROI_BOX(1, 3, 2, 2);
-  EXPECT_TRUE(sameBits(box, parent.ROI(1, 2, 3, 1)));
-  EXPECT_TRUE(sameBits(box, parent.ROI(KivRect{1, 2, 3, 1})));
-  EXPECT_EQ(box.size.height, 1);
-
-  const KivImage viewOfView = inner.ROI(1, 1, 2, 2);
-  EXPECT_EQ(viewOfView.At(0, 0, 0), parent.At(0, 3, 3));
-  EXPECT_EQ(viewOfView.stride, parent.stride);
-  EXPECT_EQ(KivImage().Plane(0).channels, 0);
 }
 
 TEST(KivImageOwnership, MovesAndAdoptionReleaseOnce) {
@@ -101,7 +80,6 @@ TEST(KivImageOwnership, MovesAndAdoptionReleaseOnce) {
   KivImage moved(std::move(a));
   EXPECT_EQ(moved.planes[0], samples);
   EXPECT_EQ(a.channels, 0);  // NOLINT(bugprone-use-after-move): moved-from images are empty
-  EXPECT_EQ(a.size.height, 0);
 
   // Adoption: the old samples are released, the other object keeps its fields and is defused by hand.
   KivImage target = randomImage(9, 9, 1, 2);
@@ -111,7 +89,7 @@ TEST(KivImageOwnership, MovesAndAdoptionReleaseOnce) {
   target = &target;
   EXPECT_EQ(target.channels, 2);
   KivImage copyOfFields(&moved);
-  EXPECT_EQ(copyOfFields.storage, KIV_STORAGE_OWNED);
+  EXPECT_EQ(copyOfFields.planes, moved.planes);
   for (KivImage* claimant : {&moved, &copyOfFields}) {
     claimant->channels = 0;
     claimant->planes = nullptr;

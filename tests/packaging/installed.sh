@@ -11,6 +11,15 @@ done
 mv "$work/first" "$work/prefix"
 prefix=$work/prefix
 
+# The page that tells how shows these very texts.
+page=$(cat "$source/../../docs/packages.md")
+for text in "$(cat "$source/uses_band_equalizer.cpp")" "$(tail -n +2 "$source/CMakeLists.txt")"; do
+  case $page in
+    *"$text"*) ;;
+    *) echo "docs/packages.md shows another text than:"; echo "$text"; exit 1 ;;
+  esac
+done
+
 "$cmake" -S "$source" -B "$work/found" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$cxx" >"$work/log"
 "$cmake" --build "$work/found" >"$work/log"
 "$work/found/uses_band_equalizer"

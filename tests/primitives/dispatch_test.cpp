@@ -147,14 +147,4 @@ TEST_F(Dispatch, BitSixtyThreeMakesTheStoredMaskTheDetectedOne) {
   EXPECT_EQ(ippSetCpuFeatures(upToAvx512), ippStsFeatureNotSupported);
 }
 
-class ForcedRows : public EachRow {};
-
-TEST_P(ForcedRows, OutliveTheInitOfTheCodeUnderTest) {
-  const ForcedRow forced(GetParam());
-  ippInit();
-  EXPECT_EQ(ippJumpIndexForMergedLibs, GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(, ForcedRows, allRows(), rowName);
-
 }  // namespace

@@ -134,7 +134,7 @@ TEST(GaussianBand, TapsAreNormalisedByOneReciprocal) {
 
 constexpr unsigned borders[] = {1, 3, 6, 17, 33, 49, 65, 129, 193, 19, 35, 67, 131, 22, 38, 54, 70, 134, 115, 240};
 
-// Widths through all kinds of line ends, for every border.
+// Widths through all kinds of line ends, each for every third border.
 template <typename Check>
 void forManyShapes(Check check) {
   std::mt19937 random(11);
@@ -142,7 +142,8 @@ void forManyShapes(Check check) {
   std::vector<int> widths = {47, 63, 64, 65, 127, 128, 129, 131, 300};
   for (int width = 1; width <= 40; ++width) widths.push_back(width);
   for (const int width : widths) {
-    for (const unsigned border : borders) {
+    for (auto i = static_cast<std::size_t>(width % 3); i < std::size(borders); i += 3) {
+      const unsigned border = borders[i];
       const int height = static_cast<int>(random() % (width < 100 ? 40 : 5)) + 1;
       const int k = kernels[random() % 6];
       check(width, height, k, border);

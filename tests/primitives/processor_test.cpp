@@ -49,13 +49,6 @@ class Processor : public testing::Test {
 
 constexpr std::uint32_t bit(int position) { return std::uint32_t{1} << position; }
 
-TEST_F(Processor, Vendor) {
-  EXPECT_TRUE(isGenuineIntel(source));
-  played.leaves[{0, 0}] = vendor(7, "AuthenticAMD");
-  EXPECT_FALSE(isGenuineIntel(source));
-  EXPECT_FALSE(isGenuineIntel({false, playedLeaf, playedXgetbv}));
-}
-
 TEST_F(Processor, EachFeatureHasItsBit) {
   const struct {
     std::uint32_t leaf;

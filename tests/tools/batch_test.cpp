@@ -1,6 +1,7 @@
 // A hundred files of all kinds, and what stands when orbel has been through them and was killed once on its way.
 
 #include <csignal>
+#include <functional>
 #include <set>
 
 #include "host/filter_entry.h"
@@ -42,13 +43,15 @@ class Trial : public Orbel {
     const VImage rgb = testPicture(3);
     const VImage rgba = testPicture(4);
     const VImage deep = testPicture(3, VIPS_FORMAT_USHORT);
+    VImage described = testPicture(2, VIPS_FORMAT_USHORT).copy();
+    described.set("image-description", "exiftool has to copy it");
     for (int i = 0; i < 9; ++i) {
       const std::string n = std::to_string(i);
       add("grey " + n + ".png", testPicture(1));
       add("rgb" + n + ".png", rgb);
       add("zeile\n" + n + ".png", deep);
       add("größe" + n + ".png", rgba);
-      add("grey16-" + n + ".tif", testPicture(2, VIPS_FORMAT_USHORT));
+      add("grey16-" + n + ".tif", described);
       add("float" + n + ".tif", testPicture(3, VIPS_FORMAT_FLOAT));
       add("deeper/ascii" + n + ".ppm", rgb);
       add("photo" + n + ".jpg", rgb, false);
@@ -154,8 +157,18 @@ TEST_F(Orbel, NamesOutputsByFolderPatternAndSuffixAndRefusesWhatIsThere) {
       {"dots/c.1.png dots/c.2.png -o p/%s_s --ext tif", 0, {"p/c.1_s.tif", "p/c.2_s.tif"}},
       {"dots/c.1.png dots/c.1_orbel.png", 0, {"dots/c.1_orbel.png"}},  // by the same wildcard
       {"in/a.png in/b.tif -o z.png", 2, {}},
-      {"in/b.tif in/b.png -o one/ --ext png", 1, {"one/b.png"}},  // the second had no name left
-      {"-r in -o tree/%s_t.png", 1, {"tree/a_t.png", "tree/a_orbel_t.png", "tree/b_t.png", "tree/b_orbel_t.png"}},
+      {"in/b.tif in/b.png -o one/ --ext png", 2, {}},  // one name for two
+      {"-r in -o tree/%s_t.png", 2, {}},
+      {"in/b.tif in/b.png -o one/%s-%e --ext png", 0, {"one/b-tif.png", "one/b-png.png"}},
+      {"-r dots -o dots/sub",
+       0,
+       {"dots/sub/c.1.png", "dots/sub/c.1_orbel.png", "dots/sub/c.2.png", "dots/sub/link.png"}},
+      {"-r dots -o dots/sub -f", 0, {}},  // results are no inputs
+      {"-r dots -o dots/sub/%s_t",
+       0,
+       {"dots/sub/c.1_t.png", "dots/sub/c.1_orbel_t.png", "dots/sub/c.2_t.png", "dots/sub/link_t.png"}},
+      {"-r one -o one/%s_t", 0, {"one/b-tif_t.png", "one/b-png_t.png"}},
+      {"-r one -o one/%s_t -f", 0, {}},
       {"in/a.png --in-place --contrast 0", 0, {"in/a.png_original"}},
       {"in/b.tif --in-place --no-backup --contrast 0", 0, {}},
       {"dots/link.png dots/c.1.png --in-place", 1, {"dots/link.png_original"}},  // one file by two names
@@ -182,6 +195,65 @@ TEST_F(Orbel, NamesOutputsByFolderPatternAndSuffixAndRefusesWhatIsThere) {
   }
 }
 
+// Two would take more than there is: a temporary file stands for each that is in work.
+TEST_F(Orbel, WaitsForTheMemoryThatAnotherHas) {
+  for (const char* name : {"a.pgm", "b.pgm", "c.pgm"}) save(name, testPicture(1).replicate(4, 4));
+  const Watch watch;
+  runWell("apply a.pgm b.pgm c.pgm -j 3 --memory 150M --radius 9 --edge on");
+  int inWork = 0;
+  int begun = 0;
+  for (const auto& [appears, name] : watch.events()) {
+    if (!begins(name, ".orbel-")) continue;
+    inWork += appears ? 1 : -1;
+    begun += appears ? 1 : 0;
+    EXPECT_LE(inWork, 1);
+  }
+  EXPECT_EQ(begun, 3);
+}
+
+// Each step follows those before it.
+TEST_F(Orbel, UpdatesWhatIsOlderOrMadeOtherwise) {
+  const auto set = [](const std::string& file, int seconds) {
+    fs::last_write_time(file, fs::last_write_time("in.png") + std::chrono::seconds(seconds));
+  };
+  const auto nothing = [] {};
+  struct Step {
+    const char* options;
+    bool isMade;
+    std::function<void()> before;
+  };
+  for (const char* extension : {"png", "jpg", "tif", "webp", "heic", "ppm"}) {
+    const std::string out = std::string("out.") + extension;
+    const bool isForgetful = extension == std::string("ppm");  // but for its recipe
+    const Step steps[] = {
+        {"-p clarity", true, nothing},
+        {"-p clarity", false, nothing},
+        {"-p clarity --mask mask.png", true, nothing},
+        {"-p clarity --mask mask.png", false, nothing},
+        {"-p clarity --mask mask.png", true, [] { save("mask.png", testPicture(1).invert()); }},
+        {"-p crisp -d u8", true, nothing},
+        {"-p crisp", true, nothing},
+        {"-p crisp", false, [&] { set(out, 0); }},
+        {"-p crisp", true, [&] { set(out, -1); }},
+        {"-p landscape", false, [&] { set(out, 100); }},  // somebody has worked on it
+        {"-p landscape -f", true, nothing},
+        {"-p crisp", false, [&] { fs::remove(out + ".toml"), save(out, testPicture(3)); }},  // somebody's own
+        {"-p crisp", true, [&] { set(out, -1); }}};
+    save("in.png", testPicture(3));
+    save("mask.png", testPicture(1));
+    set("in.png", -1000);
+    set("mask.png", 0);
+    int number = 0;
+    for (const Step& step : steps) {
+      SCOPED_TRACE(out + ", step " + std::to_string(++number) + ": " + step.options);
+      step.before();
+      const Ending ending =
+          runWell("apply in.png -u -o " + out + " " + step.options + (isForgetful ? " --recipe" : ""));
+      EXPECT_EQ(contains(ending.output, " -> "), step.isMade) << ending.output;
+    }
+  }
+}
+
 TEST_F(Orbel, ConvertsDepthsAndColourModelsWithANote) {
   struct Conversion {
     const char* input;
@@ -196,6 +268,9 @@ TEST_F(Orbel, ConvertsDepthsAndColourModelsWithANote) {
   const VImage inks = testPicture(4).copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_CMYK));
   const VImage lab = rgb.colourspace(VIPS_INTERPRETATION_LABS);
   const VImage deep = testPicture(4, VIPS_FORMAT_USHORT);
+  VImage paged = rgb.join(deep.extract_band(0, VImage::option()->set("n", 3)) / 257, VIPS_DIRECTION_VERTICAL)
+                     .cast(VIPS_FORMAT_UCHAR);
+  paged.set(VIPS_META_PAGE_HEIGHT, rgb.height());
   const Conversion conversions[] = {
       {"inks.tif", inks, "", "", "inks.tif", VIPS_FORMAT_UCHAR, "inks (CMYK) converted"},
       {"lab.tif", lab, "", "", "lab.tif", VIPS_FORMAT_USHORT, "Lab converted"},
@@ -204,7 +279,14 @@ TEST_F(Orbel, ConvertsDepthsAndColourModelsWithANote) {
       {"byte.png", rgb, "", " -d u16", "byte.png", VIPS_FORMAT_USHORT, ""},
       {"palette.png", rgb, "[palette]", "", "palette.png", VIPS_FORMAT_UCHAR, "indexed colours converted"},
       {"lines.png", rgb[0] > 99, "[bitdepth=1]", "", "lines.png", VIPS_FORMAT_UCHAR, "one-bit samples converted"},
+      {"fax.tif", rgb[0] > 99, "[bitdepth=1,compression=ccittfax4]", "", "fax.tif", VIPS_FORMAT_UCHAR,
+       "its compression (CCITT Group 4) isn't kept"},
+      {"paged.tif", paged, "", " --page 2", "paged.tif", VIPS_FORMAT_UCHAR, ""},
       {"lines.tif", rgb[0] > 99, "[bitdepth=1]", "", "lines.tif", VIPS_FORMAT_UCHAR, "one-bit samples converted"}};
+  save("fake.jpg", rgb);
+  fs::rename("fake.jpg", "fake.png");
+  const Ending misnamed = runWell("apply -o out/ fake.png");
+  EXPECT_TRUE(contains(misnamed.errors, "is a JPEG file by its content, and comes back as PNG")) << misnamed.errors;
   for (const Conversion& c : conversions) {
     SCOPED_TRACE(c.input);
     save(std::string(c.input) + c.packed, c.picture);
@@ -216,6 +298,7 @@ TEST_F(Orbel, ConvertsDepthsAndColourModelsWithANote) {
   EXPECT_LE(difference(load("deep.png") / 257, load("out/deep.png")), 0.5 + 1e-6);
   EXPECT_EQ(difference(rgb * 257, load("out/byte.png")), 0);
   EXPECT_LE(difference(rgb / 255, load("out/flat.tif")), 1e-6);
+  EXPECT_EQ(difference(paged.crop(0, 256, 256, 256), load("out/paged.tif")), 0);
 }
 
 // Whose samples would go into 8 bits, too.

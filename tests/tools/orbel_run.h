@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <spawn.h>
 #include <stdlib.h>
+#include <sys/inotify.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -131,6 +132,36 @@ class Orbel : public testing::Test {
  private:
   fs::path before_ = fs::current_path();
   fs::path folder_;
+};
+
+// What happens to the names in the current folder from here on, as the kernel tells: each time one comes to stand for
+// another file, or for none.
+class Watch {
+ public:
+  struct Event {
+    bool appears;
+    std::string name;
+  };
+  Watch() { inotify_add_watch(descriptor_, ".", IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO); }
+  ~Watch() { close(descriptor_); }
+  Watch(const Watch&) = delete;
+  Watch& operator=(const Watch&) = delete;
+
+  std::vector<Event> events() const {
+    std::vector<Event> all;
+    alignas(inotify_event) char buffer[1 << 16];
+    for (ssize_t count = 0; (count = read(descriptor_, buffer, sizeof buffer)) > 0;) {
+      for (const char* at = buffer; at < buffer + count;) {
+        const auto* const event = reinterpret_cast<const inotify_event*>(at);
+        all.push_back({(event->mask & (IN_CREATE | IN_MOVED_TO)) != 0, event->name});
+        at += sizeof *event + event->len;
+      }
+    }
+    return all;
+  }
+
+ private:
+  int descriptor_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
 };
 
 // 256 x 256 samples that take every value of 16 bits, each band in another order; the same scaled for other formats.

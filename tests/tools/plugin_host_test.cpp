@@ -86,7 +86,7 @@ void expectKeys(std::int16_t selector, void* record, std::intptr_t*, std::int16_
   DescriptorKeyID expected[] = {fourCharacters("RAD2"), fourCharacters("CON1"), 0};
   PIReadDescriptor token = read.openReadDescriptorProc(scripting.descriptor, expected);
   for (const ScriptValue& value :
-       {ScriptValue{fourCharacters("RAD2"), typeFloat, -2.5}, ScriptValue{fourCharacters("EDG5"), typeBoolean, 1},
+       {ScriptValue{fourCharacters("RAD2"), typeFloat, 2.5}, ScriptValue{fourCharacters("EDG5"), typeBoolean, 1},
         ScriptValue{fourCharacters("WDTH"), typeInteger, 7}}) {
     DescriptorKeyID key = 0;
     DescriptorTypeID type = 0;
@@ -109,7 +109,7 @@ void expectKeys(std::int16_t selector, void* record, std::intptr_t*, std::int16_
 
 TEST(PluginHost, PlaysTheGivenKeysAlone) {
   Settings settings;
-  for (const char* pair : {"RAD2=-2.5", "EDG5=yes", "WDTH=7"}) settings.setPair("--set", pair);
+  for (const char* pair : {"RAD2=2.5", "EDG5=yes", "WDTH=7"}) settings.setPair("--set", pair);
   Document document = smallDocument(3);
   runPlugin(expectKeys, settings.script(), document);
 }

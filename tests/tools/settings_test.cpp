@@ -52,9 +52,9 @@ TEST_F(SettingsTest, LaterSourcesWin) {
 
 TEST_F(SettingsTest, ComeBackFromTheirText) {
   SettingsChoice choice;
-  choice.settings.setBands("", "CON", "0.1,-3,1e300,12345678.9,1e-7");
+  choice.settings.setBands("", "CON", "0.1,-3,1000,123.4567890123,1e-7");
   choice.settings.setBands("", "EDG", "on,off,on,off,on");
-  choice.settings.setPair("", "WDTH=-2147483648");
+  choice.settings.setPair("", "WDTH=32767");
   choice.settings.setPair("", "LUMI=off");
   choice.mix = 33.3;
   choice.mask = fs::absolute("it's a \"mask\"\\\n\x01 ü.png");
@@ -66,7 +66,7 @@ TEST_F(SettingsTest, ComeBackFromTheirText) {
   EXPECT_EQ(readSettings("back.toml", back), "Says \"what\"\nit is for.");
   EXPECT_EQ(settingsText(back, "Says \"what\"\nit is for."), text);
   EXPECT_EQ(back.settings.wholeScript().size(), choice.settings.wholeScript().size());
-  EXPECT_EQ(back.settings.value("CON4"), 12345678.9);
+  EXPECT_EQ(back.settings.value("CON4"), 123.4567890123);
   EXPECT_EQ(back.settings.value("RAD1"), 3);
   EXPECT_EQ(back.mask, choice.mask);
 }
@@ -89,6 +89,7 @@ TEST_F(SettingsTest, NameTheFileAndTheLine) {
       {"edges = [true, true, true, true, 1]", ":1: 'edges' takes true or false"},
       {"cross = 1.5", ":1: 'cross' takes a whole number"},
       {"cross = 3000000000", ":1: 'cross' takes a whole number"},
+      {"half = true\nthreshold = [255, 10, -1, 10, 10]", ":2: -1 is out of range; threshold goes from 0 to 255"},
       {"mix = 100.5", ":1: mix: a mix goes from 0 to 100"},
       {"ref-edge = -1", ":1: ref-edge: an edge can't be below 0 pixels"},
       {"mask = 1", ":1: 'mask' takes a text in quotes"},
