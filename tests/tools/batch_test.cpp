@@ -5,9 +5,11 @@
 #include <set>
 
 #include "host/filter_entry.h"
-#include "image_file.h"
+#include "pictures/image_file.h"
 #include "orbel_run.h"
-#include "settings.h"
+#include "settings/settings.h"
+
+using namespace orbel;
 
 namespace {
 

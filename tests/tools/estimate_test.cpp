@@ -1,12 +1,14 @@
 // The estimate of a run's cost, by hand, and its refusals against those of the plug-in itself.
 
-#include "estimate.h"
+#include "batch/estimate.h"
 
 #include <gtest/gtest.h>
 
-#include "failure.h"
+#include "files/failure.h"
 #include "host/filter_entry.h"
-#include "plugin_host.h"
+#include "plugin/plugin_host.h"
+
+using namespace orbel;
 
 namespace {
 

@@ -1,12 +1,14 @@
 // What surrounds the plug-in: radii that scale, masks, and the blend with the original.
 
-#include "finish.h"
+#include "pictures/finish.h"
 
 #include <cmath>
 #include <cstring>
 
-#include "failure.h"
+#include "files/failure.h"
 #include "orbel_run.h"
+
+using namespace orbel;
 
 namespace {
 

@@ -5,9 +5,11 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "exiftool.h"
-#include "hidden_metadata.h"
+#include "pictures/exiftool.h"
+#include "pictures/hidden_metadata.h"
 #include "orbel_run.h"
+
+using namespace orbel;
 
 namespace {
 

@@ -9,10 +9,12 @@
 #include <csignal>
 #include <nlohmann/json.hpp>
 
-#include "failure.h"
-#include "image_file.h"
+#include "files/failure.h"
+#include "pictures/image_file.h"
 #include "orbel_run.h"
-#include "target_file.h"
+#include "files/target_file.h"
+
+using namespace orbel;
 
 namespace {
 

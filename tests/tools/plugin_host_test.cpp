@@ -1,11 +1,13 @@
 // The host's side of a run, seen by small plug-ins of the test, and the real entry played by it.
 
-#include "plugin_host.h"
+#include "plugin/plugin_host.h"
 
 #include <gtest/gtest.h>
 
 #include "host/filter_entry.h"
-#include "settings.h"
+#include "settings/settings.h"
+
+using namespace orbel;
 
 namespace {
 

@@ -1,12 +1,14 @@
 // Settings from their five sources, as files, and as what scripts take.
 
-#include "settings.h"
+#include "settings/settings.h"
 
 #include <nlohmann/json.hpp>
 
 #include "orbel_run.h"
-#include "settings_file.h"
-#include "settings_options.h"
+#include "settings/settings_file.h"
+#include "cli/settings_options.h"
+
+using namespace orbel;
 
 namespace {
 

@@ -1,8 +1,10 @@
 // The program's own property among what others have written.
 
-#include "xmp_packet.h"
+#include "pictures/xmp_packet.h"
 
 #include <gtest/gtest.h>
+
+using namespace orbel;
 
 namespace {
 

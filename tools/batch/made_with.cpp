@@ -1,0 +1,123 @@
+#include "batch/made_with.h"
+
+#include <glib.h>
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+#include <utility>
+
+#include "settings/settings_json.h"
+#include "pictures/xmp_packet.h"
+
+namespace orbel {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using vips::VImage;
+
+namespace {
+
+constexpr const char* recipeMark = "# made with ";
+constexpr const char* timeWord = "time";
+
+// Of a text: far more than there is to tell. A picture may come from anywhere, and JSON is printed by recursion.
+constexpr std::size_t mostToTell = 4096;
+
+// The image library leaves out packets that don't fit into one segment of a JPEG file, with the rest of it.
+constexpr std::size_t mostXmpInJpeg = 60000;
+
+// Other kinds may never end, or never begin.
+bool isFile(const std::string& name) {
+  std::error_code none;
+  return fs::is_regular_file(name, none);
+}
+
+// In hexadecimal digits; empty when the file can't be read.
+std::string sha256Of(const std::string& file) {
+  if (!isFile(file)) return "";
+  std::ifstream stream(file, std::ios::binary);
+  GChecksum* const sum = g_checksum_new(G_CHECKSUM_SHA256);
+  std::array<char, 1 << 16> buffer{};
+  while (stream.read(buffer.data(), buffer.size()) || stream.gcount() > 0) {
+    g_checksum_update(sum, reinterpret_cast<const guchar*>(buffer.data()), stream.gcount());
+  }
+  std::string digest = stream.eof() ? g_checksum_get_string(sum) : "";
+  g_checksum_free(sum);
+  return digest;
+}
+
+std::string asciiOf(const json& object) { return object.dump(-1, ' ', true, json::error_handler_t::replace); }
+
+std::string bareName(const std::string& file) { return fs::path(file).filename().string(); }
+
+std::string xmpOf(const VImage& picture) {
+  if (picture.get_typeof(VIPS_META_XMP_NAME) == 0) return "";
+  std::size_t size = 0;
+  const auto* const bytes = static_cast<const char*>(picture.get_blob(VIPS_META_XMP_NAME, &size));
+  return {bytes, size};
+}
+
+}  // namespace
+
+json settingsOf(const WorkOptions& options, const std::optional<std::string>& plugin) {
+  json settings = settingsJson(options.choice);
+  if (const auto& mask = options.choice.mask) {
+    settings["mask"] = {{"name", bareName(*mask)}, {"sha256", sha256Of(*mask)}};
+  }
+  if (options.samples) settings["depth"] = 8 * vips_format_sizeof(*options.samples);
+  if (options.save.quality) settings["quality"] = *options.save.quality;
+  if (options.save.compression) settings["compression"] = *options.save.compression;
+  if (options.hostDepth) settings["host-depth"] = *options.hostDepth;
+  if (plugin) settings["plugin"] = bareName(*plugin);
+  return json::parse(asciiOf(settings));  // as it will be read: a name may hold bytes that are no text
+}
+
+std::string textOf(const MadeWith& made) {
+  json all = made.settings;
+  all[timeWord] = made.time;
+  return asciiOf(all);
+}
+
+std::optional<MadeWith> madeWithFrom(const std::string& text) {
+  if (text.size() > mostToTell) return std::nullopt;
+  json all = json::parse(text, nullptr, false);
+  if (!all.is_object() || !all.contains(timeWord) || !all[timeWord].is_number_integer()) return std::nullopt;
+  MadeWith made;
+  made.time = all[timeWord];
+  all.erase(timeWord);
+  made.settings = std::move(all);
+  return made;
+}
+
+VImage remembering(const MadeWith& made, const VImage& picture, const FileFormat& format) {
+  if (!format.kept.xmp) return picture;
+  const auto packet = withProperty(xmpOf(picture), textOf(made));
+  if (!packet || (format.name == "JPEG" && packet->size() > mostXmpInJpeg)) return picture;
+  VImage copy = picture.copy();
+  vips_image_set_blob_copy(copy.get_image(), VIPS_META_XMP_NAME, packet->data(), packet->size());
+  return copy;
+}
+
+std::optional<MadeWith> madeWithIn(const VImage& picture) {
+  const auto text = propertyIn(xmpOf(picture));
+  return text ? madeWithFrom(*text) : std::nullopt;
+}
+
+std::string recipeOf(const std::string& result) { return result + ".toml"; }
+
+std::optional<MadeWith> madeWithInRecipe(const std::string& result) {
+  const std::string file = recipeOf(result);
+  if (!isFile(file)) return std::nullopt;
+  std::ifstream recipe(file);
+  const std::string mark = recipeMark;
+  for (std::string line; std::getline(recipe, line);) {
+    if (line.rfind(mark, 0) == 0) return madeWithFrom(line.substr(mark.size()));
+  }
+  return std::nullopt;
+}
+
+std::string recipeLine(const MadeWith& made) { return recipeMark + textOf(made) + "\n"; }
+
+}  // namespace orbel

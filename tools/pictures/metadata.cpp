@@ -1,0 +1,117 @@
+#include "pictures/metadata.h"
+
+#include <algorithm>
+
+#include "pictures/hidden_metadata.h"
+#include "pictures/tag_copy.h"
+
+namespace orbel {
+
+namespace {
+
+Metadata without(const Metadata& a, const Metadata& b) {
+  return {a.icc && !b.icc, a.exif && !b.exif, a.xmp && !b.xmp, a.iptc && !b.iptc};
+}
+bool any(const Metadata& m) { return m.icc || m.exif || m.xmp || m.iptc; }
+
+std::string list(const Metadata& m) {
+  std::string text;
+  const auto add = [&](bool there, const char* name) {
+    if (there) text += (text.empty() ? "" : ", ") + std::string(name);
+  };
+  add(m.icc, "colour profile");
+  add(m.exif, "EXIF");
+  add(m.xmp, "XMP");
+  add(m.iptc, "IPTC");
+  return text;
+}
+
+Metadata both(const Metadata& a, const Metadata& b) { return without(a, without(a, b)); }
+
+bool isBy(const char* loader, const vips::VImage& picture) {
+  return std::string(picture.get_string(VIPS_META_LOADER)).rfind(loader, 0) == 0;
+}
+
+// Whether the file may hold metadata that the library doesn't see.
+bool mayHoldMore(const std::string& file, const vips::VImage& picture) {
+  for (const char* readWhole : {"jpeg", "webp", "ppm"}) {
+    if (isBy(readWhole, picture)) return false;
+  }
+  if (file == pipeName) return !isBy("png", picture) || any(metadataOf(picture));
+  if (isBy("png", picture)) return pngHidesMetadata(file, metadataOf(picture));
+  return !isBy("tiff", picture) || tiffHidesMetadata(file);
+}
+
+Metadata either(const Metadata& a, const Metadata& b) {
+  return {a.icc || b.icc, a.exif || b.exif, a.xmp || b.xmp, a.iptc || b.iptc};
+}
+
+// "EXIF" when all of it is missing, else what of it: "EXIF (Make, Model)".
+std::string textOf(const char* kind, const TagLoss& loss) {
+  if (loss.missing.size() == loss.all) return kind;
+  constexpr std::size_t most = 5;
+  std::string names;
+  for (std::size_t i = 0; i < std::min(most, loss.missing.size()); ++i) names += (i == 0 ? "" : ", ") + loss.missing[i];
+  if (loss.missing.size() > most) names += " and " + std::to_string(loss.missing.size() - most) + " more";
+  return std::string(kind) + " (" + names + ")";
+}
+
+// What the format has a place for and did not come over all the same.
+std::string missingTags(const TagLosses& losses, const Metadata& possible) {
+  std::string text;
+  const auto add = [&](bool hasPlace, const char* kind, const TagLoss& loss) {
+    if (hasPlace && !loss.missing.empty()) text += (text.empty() ? "" : ", ") + textOf(kind, loss);
+  };
+  add(possible.exif, "EXIF", losses.exif);
+  add(possible.exif, "maker notes", losses.makerNotes);
+  add(possible.xmp, "XMP", losses.xmp);
+  add(possible.iptc, "IPTC", losses.iptc);
+  return text;
+}
+
+}  // namespace
+
+Metadata metadataOf(const vips::VImage& picture) {
+  const auto has = [&](const char* name) { return picture.get_typeof(name) != 0; };
+  return {has(VIPS_META_ICC_NAME), has(VIPS_META_EXIF_NAME) || has("exif-ifd0-Make"), has(VIPS_META_XMP_NAME),
+          has(VIPS_META_IPTC_NAME) || has(droppedIptc)};
+}
+
+Notes completeMetadata(const std::string& input, const vips::VImage& picture, TargetFile* target,
+                       const FileFormat& format, const AskExiftool& askExiftool) {
+  const Metadata there = metadataOf(picture);
+  Metadata kept = both(there, format.kept);
+  kept.iptc = kept.iptc && picture.get_typeof(droppedIptc) == 0;
+  const Metadata possible = either(format.kept, format.repaired);
+  const Metadata lost = both(without(there, kept), format.repaired);
+  Metadata unplaced = without(there, possible);
+  const bool hides = any(format.repaired) && mayHoldMore(input, picture);
+  const Metadata doubtful = hides ? without({false, true, true, true}, kept) : lost;
+  Notes notes;
+  if (any(doubtful)) {
+    const auto note = [&](const std::string& why) {
+      notes.push_back((hides ? "may be missing" : "missing") + why + ": " + list(doubtful));
+    };
+    // GIF files may go on behind their first comment, which is where haste stops.
+    const bool isHasty = format.name == "PNG" && !isBy("gif", picture);
+    const TagCopyOptions options = {kept.exif, format.repaired.xmp && !kept.xmp, format.repaired.iptc, isHasty};
+    if (input == pipeName || target == nullptr) {
+      note(", since exiftool has no part in pipes");
+    } else if (const TagCopy copy = copyTags(input, *target, options, askExiftool); !copy.installed) {
+      note(" without exiftool (package libimage-exiftool-perl)");
+    } else {
+      if (!copy.error.empty()) notes.push_back("exiftool could not copy the metadata: " + copy.error);
+      if (!copy.losses) note(", which exiftool could not tell");
+      const TagLosses losses = copy.losses.value_or(TagLosses{});
+      const std::string missing = missingTags(losses, possible);
+      if (!missing.empty()) notes.push_back("metadata that did not come over: " + missing);
+      // Of what the image library doesn't see, too.
+      const Metadata read = {false, losses.exif.all > 0, losses.xmp.all > 0, losses.iptc.all > 0};
+      unplaced = either(unplaced, without(read, possible));
+    }
+  }
+  if (any(unplaced)) notes.push_back(format.name + " files can't hold here: " + list(unplaced));
+  return notes;
+}
+
+}  // namespace orbel

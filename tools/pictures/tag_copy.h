@@ -1,0 +1,30 @@
+// Has exiftool copy a picture's tags into the file that is written, and looks what came over.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "pictures/exiftool.h"
+#include "pictures/tag_loss.h"
+#include "files/target_file.h"
+
+namespace orbel {
+
+struct TagCopy {
+  bool installed = true;            // whether there is an exiftool
+  std::string error;                // why nothing was copied; empty when something was
+  std::optional<TagLosses> losses;  // of the written file as it stands now; nothing when exiftool could not tell
+};
+
+struct TagCopyOptions {
+  bool leavesExif = false;  // what is written already stays as it is: exiftool would write it in its own way
+  bool takesXmp = false;
+  bool takesIptc = false;
+  bool isHasty =
+      false;  // without a look at the sums of the written file, and at what a picture may hold behind its end
+};
+
+// Tags of structure, which are the writer's own, are left out, and the colour profile. Throws Failure.
+TagCopy copyTags(const std::string& input, TargetFile& target, const TagCopyOptions& options, const AskExiftool& ask);
+
+}  // namespace orbel

@@ -1,8 +1,0 @@
-// Writing to a descriptor until it has everything.
-#pragma once
-
-#include <cstddef>
-#include <string>
-
-// Throws Failure, which names name, when the descriptor takes no more.
-void writeAll(int descriptor, const char* data, std::size_t size, const std::string& name);
