@@ -90,12 +90,11 @@ ORBEL_API orbel_status orbel_settings_init(orbel_settings* settings, size_t size
 
 /* ORBEL_OK, or ORBEL_BAD_SETTING with a message in English that names the member and what is allowed, cut off to
  * capacity bytes with its terminating zero; message may be null. Every call that takes settings checks them itself.
- *   gain, residual    -100,000 to 100,000
- *   radius            0 to 100,000
- *   threshold         0 to 100,000; 0: no low-pass where edges is 1
+ *   gain, residual    -1000 to 1000
+ *   radius, overlay   0 to 32767
+ *   threshold         0 to 255; 0: no low-pass where edges is 1
  *   edges, half, luminance  0 or 1
  *   mix               0 to 100
- *   overlay           0 to 100,000
  *   reference_edge    0 */
 ORBEL_API orbel_status orbel_settings_check(const orbel_settings* settings, char* message, size_t capacity);
 
@@ -113,6 +112,9 @@ ORBEL_API const char* orbel_key(int32_t number);
 ORBEL_API orbel_status orbel_settings_get(const orbel_settings* settings, const char* key, double* value);
 ORBEL_API orbel_status orbel_settings_set(orbel_settings* settings, const char* key, double value);
 ORBEL_API orbel_status orbel_key_kind_of(const char* key, orbel_key_kind* kind);
+
+/* The least and the most that orbel_settings_check allows. */
+ORBEL_API orbel_status orbel_key_range(const char* key, double* least, double* most);
 
 /* ---- Pictures ---------------------------------------------------------------------------------------------------- */
 

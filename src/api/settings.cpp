@@ -55,20 +55,21 @@ struct Range {
   double most;
 };
 
-constexpr double most = 100000;
+constexpr double largestGain = 1000;
+constexpr double longestSide = 32767;
 
 Range rangeOf(SettingMember member) {
   switch (member) {
     case SettingMember::gain:
-      return {"gain", -most, most};
+      return {"gain", -largestGain, largestGain};
     case SettingMember::radius:
-      return {"radius", 0, most};
+      return {"radius", 0, longestSide};
     case SettingMember::threshold:
-      return {"threshold", 0, most};
+      return {"threshold", 0, 255};
     case SettingMember::edges:
       return {"edges", 0, 1};
     case SettingMember::residual:
-      return {"residual", -most, most};
+      return {"residual", -largestGain, largestGain};
     case SettingMember::half:
       return {"half", 0, 1};
     case SettingMember::luminance:
@@ -76,7 +77,7 @@ Range rangeOf(SettingMember member) {
     case SettingMember::overlay:
       break;
   }
-  return {"overlay", 0, most};
+  return {"overlay", 0, longestSide};
 }
 
 bool isOfBand(SettingMember member) { return member < SettingMember::residual; }
@@ -185,5 +186,14 @@ orbel_status orbel_key_kind_of(const char* key, orbel_key_kind* kind) {
             : found->kind == ScriptKind::Flag ? ORBEL_KEY_FLAG
                                               : ORBEL_KEY_INTEGER;
   }
+  return ORBEL_OK;
+}
+
+orbel_status orbel_key_range(const char* key, double* least, double* most) {
+  const ScriptKey* const found = findKey(key);
+  if (found == nullptr || least == nullptr || most == nullptr) return ORBEL_BAD_ARGUMENT;
+  const Range range = rangeOf(found->member);
+  *least = range.least;
+  *most = range.most;
   return ORBEL_OK;
 }

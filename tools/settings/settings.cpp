@@ -4,69 +4,107 @@
 
 #include <algorithm>
 #include <iterator>
+#include <vector>
 
 namespace orbel {
 
 namespace {
 
-const ScriptKey* findKey(const std::string& key) {
-  return std::find_if(std::begin(scriptKeys), std::end(scriptKeys),
-                      [&](const ScriptKey& k) { return key == nameOf(k.code); });
+template <std::size_t count>
+const SettingWord* find(const SettingWord (&words)[count], const std::string& word) {
+  const auto* const found =
+      std::find_if(std::begin(words), std::end(words), [&](const SettingWord& known) { return isSaid(known, word); });
+  return found == std::end(words) ? nullptr : found;
 }
 
-// Every key has one.
-const SettingWord& wordOf(const std::string& key) {
-  const auto isOf = [&](const SettingWord& word) { return key.rfind(word.key, 0) == 0; };
-  const auto* const ofBand = std::find_if(std::begin(bandWords), std::end(bandWords), isOf);
-  return ofBand != std::end(bandWords) ? *ofBand
-                                       : *std::find_if(std::begin(pictureWords), std::end(pictureWords), isOf);
+// The word that people know a key by.
+const char* wordOf(const std::string& key) {
+  for (const SettingWord& word : bandWords) {
+    if (key.rfind(word.key, 0) == 0) return word.word;
+  }
+  for (const SettingWord& word : pictureWords) {
+    if (key == word.key) return word.word;
+  }
+  return "";
 }
-
-std::size_t positionOf(const ScriptKey* key) { return static_cast<std::size_t>(key - std::begin(scriptKeys)); }
 
 }  // namespace
 
-std::string nameOf(DescriptorKeyID code) {
-  std::string name;
-  for (int shift = 24; shift >= 0; shift -= 8) name += static_cast<char>(code >> shift & 0xFF);
-  return name;
+Settings::Settings() : run{} { orbel_settings_init(&run, sizeof run); }
+
+bool isSaid(const SettingWord& known, const std::string& word) {
+  return known.word == word || (known.other != nullptr && known.other == word);
 }
 
-void requireInRange(const std::string& option, const SettingWord& word, double value) {
-  if (value >= word.least && value <= word.most) return;
-  throw SettingsError(
-      fmt::format("{}: {} is out of range; {} goes from {} to {}", option, value, word.word, word.least, word.most));
+const SettingWord* bandWord(const std::string& word) { return find(bandWords, word); }
+const SettingWord* pictureWord(const std::string& word) { return find(pictureWords, word); }
+
+std::string keyOf(const SettingWord& word, int band) { return word.key + std::to_string(band); }
+
+orbel_key_kind kindOf(const std::string& key) {
+  orbel_key_kind kind = ORBEL_KEY_NUMBER;
+  orbel_key_kind_of(key.c_str(), &kind);
+  return kind;
 }
 
-Settings::Settings() { setNumber("WDTH", 0); }
-
-void Settings::set(const std::string& option, const std::string& key, const std::string& value) {
-  const ScriptKey* const found = findKey(key);
-  if (found == std::end(scriptKeys)) throw SettingsError(option + ": there is no key " + quoted(key));
-  const auto number = [&]() -> double {
-    if (found->kind == ScriptKind::Float) return numberFrom(option, value);
-    if (found->kind == ScriptKind::Integer) return integerFrom(option, value);
-    return truthFrom(option, value) ? 1.0 : 0.0;
-  }();
-  requireInRange(option, wordOf(key), number);
-  values_.at(positionOf(found)) = number;
+double valueOf(const Settings& settings, const std::string& key) {
+  double value = 0;
+  orbel_settings_get(&settings.run, key.c_str(), &value);
+  return value;
 }
 
-void Settings::setNumber(const std::string& key, double value) { values_.at(positionOf(findKey(key))) = value; }
+void setNumber(Settings& settings, const std::string& key, double value) {
+  orbel_settings_set(&settings.run, key.c_str(), value);
+}
 
-void Settings::setPair(const std::string& option, const std::string& pair) {
+void setInRange(Settings& settings, const std::string& option, const std::string& key, double value) {
+  double least = 0;
+  double most = 0;
+  orbel_key_range(key.c_str(), &least, &most);
+  if (!(value >= least && value <= most)) {
+    throw SettingsError(
+        fmt::format("{}: {} is out of range; {} goes from {} to {}", option, value, wordOf(key), least, most));
+  }
+  setNumber(settings, key, value);
+}
+
+void setMix(Settings& settings, const std::string& option, double percent) {
+  if (!(percent >= 0 && percent <= 100)) throw SettingsError(option + ": a mix goes from 0 to 100");
+  settings.run.mix = percent;
+}
+
+void setReferenceEdge(Settings& settings, const std::string& option, int pixels) {
+  if (pixels < 0) throw SettingsError(option + ": an edge can't be below 0 pixels");
+  settings.run.reference_edge = pixels;
+}
+
+void setKey(Settings& settings, const std::string& option, const std::string& key, const std::string& value) {
+  orbel_key_kind kind = ORBEL_KEY_NUMBER;
+  if (orbel_key_kind_of(key.c_str(), &kind) != ORBEL_OK) {
+    throw SettingsError(option + ": there is no key " + quoted(key));
+  }
+  const double number = kind == ORBEL_KEY_NUMBER    ? numberFrom(option, value)
+                        : kind == ORBEL_KEY_INTEGER ? integerFrom(option, value)
+                        : truthFrom(option, value)  ? 1.0
+                                                    : 0.0;
+  setInRange(settings, option, key, number);
+}
+
+void setPair(Settings& settings, const std::string& option, const std::string& pair) {
   const auto [key, value] = pairFrom(option, pair);
-  set(option + " " + pair, key, value);
+  setKey(settings, option + " " + pair, key, value);
 }
 
-void Settings::setBands(const std::string& option, const std::string& family, const std::string& values) {
+void setBands(Settings& settings, const std::string& option, const SettingWord& word, const std::string& values) {
   std::vector<std::string> parts = split(values, ',');
-  if (parts.size() == 1) parts.resize(5, parts.front());
-  if (parts.size() != 5) throw SettingsError(option + ": " + quoted(values) + " is neither one value nor five");
-  for (std::size_t band = 0; band < 5; ++band) set(option, family + std::to_string(band + 1), parts[band]);
+  if (parts.size() == 1) parts.resize(ORBEL_BANDS, parts.front());
+  if (parts.size() != ORBEL_BANDS) throw SettingsError(option + ": " + quoted(values) + " is neither one value nor five");
+  for (int band = 1; band <= ORBEL_BANDS; ++band) {
+    setKey(settings, option, keyOf(word, band), parts[static_cast<std::size_t>(band) - 1]);
+  }
 }
 
-void Settings::setBand(const std::string& option, const std::string& text) {
+void setBand(Settings& settings, const std::string& option, const std::string& text) {
   const std::size_t colon = text.find(':');
   const std::string band = text.substr(0, colon);
   if (colon == std::string::npos || band.size() != 1 || band < "1" || band > "5") {
@@ -75,34 +113,23 @@ void Settings::setBand(const std::string& option, const std::string& text) {
   const std::string place = option + " " + text;
   for (const std::string& part : split(text.substr(colon + 1), ',')) {
     const Pair pair = pairFrom(place, part);
-    const auto* const word = std::find_if(std::begin(bandWords), std::end(bandWords),
-                                          [&](const SettingWord& known) { return known.word == pair.key; });
-    if (word == std::end(bandWords)) {
-      throw SettingsError(place + ": a band has contrast, radius, threshold and edges, but no " + quoted(pair.key));
+    const SettingWord* const word = bandWord(pair.key);
+    if (word == nullptr) {
+      throw SettingsError(place + ": a band has gain, radius, threshold and edges, but no " + quoted(pair.key));
     }
-    set(place, word->key + band, pair.value);
+    setKey(settings, place, word->key + band, pair.value);
   }
 }
 
-double Settings::value(const std::string& key) const {
-  const ScriptKey* const found = findKey(key);
-  return values_.at(positionOf(found)).value_or(found->fallback);
-}
+bool isBlended(const Settings& settings) { return settings.run.mix != 100 || settings.mask; }
 
-std::vector<ScriptValue> Settings::script() const {
-  std::vector<ScriptValue> script;
-  for (std::size_t i = 0; i < values_.size(); ++i) {
-    if (values_.at(i)) script.push_back({scriptKeys[i].code, descriptorType(scriptKeys[i].kind), *values_.at(i)});
-  }
-  return script;
-}
-
-std::vector<ScriptValue> Settings::wholeScript() const {
-  std::vector<ScriptValue> script;
-  for (const ScriptKey& key : scriptKeys) {
-    script.push_back({key.code, descriptorType(key.kind), value(nameOf(key.code))});
-  }
-  return script;
+orbel_settings runFor(const Settings& settings, int width, int height) {
+  orbel_settings run = settings.run;
+  run.reference_edge = 0;
+  if (settings.run.reference_edge == 0) return run;
+  const double scale = static_cast<double>(std::max(width, height)) / settings.run.reference_edge;
+  for (orbel_band& band : run.bands) band.radius *= scale;
+  return run;
 }
 
 }  // namespace orbel

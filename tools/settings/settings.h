@@ -1,75 +1,74 @@
-// The plug-in's settings: its 24 four-character keys, and the words by which people know them.
+// All that a run is set to, and the words by which people know it.
 #pragma once
 
-#include <array>
 #include <optional>
 #include <string>
-#include <vector>
 
-#include "host/script_keys.h"
-#include "plugin/script_descriptor.h"
+#include "api/orbel.h"
 #include "settings/text_values.h"
 
 namespace orbel {
 
-// A setting with a value for each band ("contrast": CON1 to CON5), or one for the whole picture ("factor": FCTR). The
-// words are those of the command line and of settings files alike.
-//
-// The plug-in takes any number. The program refuses what can only be a slip: gains of more than tenfold, lengths beyond
-// the longest side of a picture, thresholds beyond the difference of black and white in 8 bits.
+struct Settings {
+  orbel_settings run;               // as the engine has it; the reference edge is the one that the radii are meant for
+  std::optional<std::string> mask;  // a picture that is white where the result shows in full
+
+  Settings();  // the engine's defaults
+};
+
+// A setting with a value for each band ("gain": the keys CON1 to CON5), or one for the whole picture ("residual": FCTR).
+// The words are those of the command line and of settings files alike; where there are two, both are understood, and
+// the first is written.
 struct SettingWord {
   const char* word;
-  const char* key;  // the first three characters of a band's keys, or the whole key
-  ScriptKind kind;
-  double least;
-  double most;
+  const char* other;  // null where there is one
+  const char* key;    // the first three characters of a band's keys, or the whole key
 };
-inline constexpr SettingWord bandWords[] = {{"contrast", "CON", ScriptKind::Float, -1000, 1000},
-                                            {"radius", "RAD", ScriptKind::Float, 0, 32767},
-                                            {"threshold", "THR", ScriptKind::Float, 0, 255},
-                                            {"edges", "EDG", ScriptKind::Flag, 0, 1}};
-inline constexpr SettingWord pictureWords[] = {{"factor", "FCTR", ScriptKind::Float, -1000, 1000},
-                                               {"half", "HALF", ScriptKind::Flag, 0, 1},
-                                               {"luminance", "LUMI", ScriptKind::Flag, 0, 1},
-                                               {"cross", "WDTH", ScriptKind::Integer, 0, 32767}};
+inline constexpr SettingWord bandWords[] = {
+    {"gain", "contrast", "CON"}, {"radius", nullptr, "RAD"}, {"threshold", nullptr, "THR"}, {"edges", "edge", "EDG"}};
+inline constexpr SettingWord pictureWords[] = {{"residual", "factor", "FCTR"},
+                                               {"half", nullptr, "HALF"},
+                                               {"luminance", nullptr, "LUMI"},
+                                               {"overlay", "cross", "WDTH"}};
+inline constexpr SettingWord mixWord = {"mix", nullptr, nullptr};
+inline constexpr SettingWord referenceEdgeWord = {"reference-edge", "ref-edge", nullptr};
+inline constexpr SettingWord maskWord = {"mask", nullptr, nullptr};
 
-// Throws SettingsError, which begins with the option, when the value exceeds the word's range.
-void requireInRange(const std::string& option, const SettingWord& word, double value);
+bool isSaid(const SettingWord& known, const std::string& word);
 
-// The four characters of a key.
-std::string nameOf(DescriptorKeyID code);
+// The word among those of bands, or of the picture; null where there is none.
+const SettingWord* bandWord(const std::string& word);
+const SettingWord* pictureWord(const std::string& word);
 
-// The keys that were given a value; the plug-in's own defaults hold for the others. WDTH alone starts out with 0: the
-// plug-in would draw its overlay.
-class Settings {
- public:
-  Settings();
+// The key of a band, 1 for the finest.
+std::string keyOf(const SettingWord& word, int band);
 
-  // One key, from text. Throws SettingsError when there is no such key, or the text is no value of its type and range.
-  void set(const std::string& option, const std::string& key, const std::string& value);
+// For keys that there are.
+orbel_key_kind kindOf(const std::string& key);
+double valueOf(const Settings& settings, const std::string& key);
+void setNumber(Settings& settings, const std::string& key, double value);  // in any range
 
-  // One key, from a number that suits its type, of any range. For keys that there are.
-  void setNumber(const std::string& key, double value);
+// The same, refusing what the engine doesn't allow, with a message that begins with the option.
+void setInRange(Settings& settings, const std::string& option, const std::string& key, double value);
+void setMix(Settings& settings, const std::string& option, double percent);
+void setReferenceEdge(Settings& settings, const std::string& option, int pixels);
 
-  // "KEY=VALUE"
-  void setPair(const std::string& option, const std::string& pair);
+// From text. All of them throw SettingsError, which names the option: when there is no such key or word, and when the
+// text is no value of its kind and range.
+void setKey(Settings& settings, const std::string& option, const std::string& key, const std::string& value);
+void setPair(Settings& settings, const std::string& option, const std::string& pair);  // "KEY=VALUE"
 
-  // The five keys of a family ("CON", "RAD", "THR", "EDG"), from five values between commas, finest band first, or from
-  // one value for all.
-  void setBands(const std::string& option, const std::string& family, const std::string& values);
+// The five keys of a word, from five values between commas, finest band first, or from one value for all.
+void setBands(Settings& settings, const std::string& option, const SettingWord& word, const std::string& values);
 
-  // "N:WORD=VALUE,...": some of one band's values, by the words of bandWords.
-  void setBand(const std::string& option, const std::string& text);
+// "N:WORD=VALUE,...": some of one band's values.
+void setBand(Settings& settings, const std::string& option, const std::string& text);
 
-  // What the plug-in runs with: the value that was given, or the plug-in's default. For keys that there are.
-  double value(const std::string& key) const;
+// True when the result is blended with the original.
+bool isBlended(const Settings& settings);
 
-  // In the order of the plug-in's record: the keys that were given a value, or all of them.
-  std::vector<ScriptValue> script() const;
-  std::vector<ScriptValue> wholeScript() const;
-
- private:
-  std::array<std::optional<double>, scriptKeyCount> values_;  // one a key
-};
+// As the engine takes them for a picture of this size: with a reference edge, the radii times the picture's longer side
+// over it.
+orbel_settings runFor(const Settings& settings, int width, int height);
 
 }  // namespace orbel

@@ -49,12 +49,12 @@ class Entry {
     throw SettingsError(place() + ": " + quoted(word_) + " takes " + wanted);
   }
 
-  double value(const toml::node& node, ScriptKind kind) const {
-    if (kind == ScriptKind::Flag) {
+  double value(const toml::node& node, orbel_key_kind kind) const {
+    if (kind == ORBEL_KEY_FLAG) {
       if (!node.is_boolean()) refuse("true or false");
       return node.as_boolean()->get() ? 1.0 : 0.0;
     }
-    if (kind == ScriptKind::Integer) {
+    if (kind == ORBEL_KEY_INTEGER) {
       const std::optional<std::int32_t> number = node.is_integer() ? node.value<std::int32_t>() : std::nullopt;
       if (!number) refuse("a whole number");
       return *number;
@@ -63,25 +63,23 @@ class Entry {
     if (!number || !std::isfinite(*number)) refuse("a number");
     return *number;
   }
-  double value(ScriptKind kind) const { return value(node_, kind); }
-
-  double value(const toml::node& node, const SettingWord& word) const {
-    const double number = value(node, word.kind);
-    requireInRange(place(), word, number);
-    return number;
-  }
-  double value(const SettingWord& word) const { return value(node_, word); }
+  double value(orbel_key_kind kind) const { return value(node_, kind); }
 
   std::string text() const {
     if (!node_.is_string()) refuse("a text in quotes");
     return node_.as_string()->get();
   }
 
+  void set(const std::string& key, const toml::node& node, Settings& settings) const {
+    setInRange(settings, place(), key, value(node, kindOf(key)));
+  }
+  void set(const std::string& key, Settings& settings) const { set(key, node_, settings); }
+
   void setBands(const SettingWord& word, Settings& settings) const {
     const toml::array* const list = node_.as_array();
-    if (list != nullptr && list->size() != 5) refuse("one value or five");
-    for (std::size_t band = 0; band < 5; ++band) {
-      settings.setNumber(word.key + std::to_string(band + 1), value(list == nullptr ? node_ : (*list)[band], word));
+    if (list != nullptr && list->size() != ORBEL_BANDS) refuse("one value or five");
+    for (int band = 1; band <= ORBEL_BANDS; ++band) {
+      set(keyOf(word, band), list == nullptr ? node_ : (*list)[static_cast<std::size_t>(band) - 1], settings);
     }
   }
 
@@ -92,26 +90,19 @@ class Entry {
   toml::source_index line_;
 };
 
-template <std::size_t count>
-const SettingWord* find(const SettingWord (&words)[count], const std::string& word) {
-  const auto* const found =
-      std::find_if(std::begin(words), std::end(words), [&](const SettingWord& known) { return known.word == word; });
-  return found == std::end(words) ? nullptr : found;
-}
-
-void apply(const Entry& entry, const std::string& file, SettingsChoice& choice, std::string& description) {
+void apply(const Entry& entry, const std::string& file, Settings& settings, std::string& description) {
   const std::string& word = entry.word();
   const std::string option = entry.place() + ": " + word;
-  if (const SettingWord* const bands = find(bandWords, word)) {
-    entry.setBands(*bands, choice.settings);
-  } else if (const SettingWord* const whole = find(pictureWords, word)) {
-    choice.settings.setNumber(whole->key, entry.value(*whole));
-  } else if (word == "mix") {
-    setMix(option, entry.value(ScriptKind::Float), choice);
-  } else if (word == "mask") {
-    choice.mask = (fs::path(file).parent_path() / entry.text()).string();
-  } else if (word == "ref-edge") {
-    setRefEdge(option, static_cast<int>(entry.value(ScriptKind::Integer)), choice);
+  if (const SettingWord* const bands = bandWord(word)) {
+    entry.setBands(*bands, settings);
+  } else if (const SettingWord* const whole = pictureWord(word)) {
+    entry.set(whole->key, settings);
+  } else if (isSaid(mixWord, word)) {
+    setMix(settings, option, entry.value(ORBEL_KEY_NUMBER));
+  } else if (isSaid(maskWord, word)) {
+    settings.mask = (fs::path(file).parent_path() / entry.text()).string();
+  } else if (isSaid(referenceEdgeWord, word)) {
+    setReferenceEdge(settings, option, static_cast<int>(entry.value(ORBEL_KEY_INTEGER)));
   } else if (word == "description") {
     description = entry.text();
   } else {
@@ -126,39 +117,40 @@ std::string inQuotes(const std::string& text) {
   return stream.str().substr(4);
 }
 
-std::string valueText(double value, ScriptKind kind) {
-  return kind == ScriptKind::Flag ? (value != 0.0 ? "true" : "false") : fmt::format("{}", value);
+std::string valueText(const Settings& settings, const std::string& key) {
+  const double value = valueOf(settings, key);
+  return kindOf(key) == ORBEL_KEY_FLAG ? (value != 0.0 ? "true" : "false") : fmt::format("{}", value);
 }
 
 }  // namespace
 
-std::string readSettings(const std::string& file, SettingsChoice& choice) {
+std::string readSettings(const std::string& file, Settings& settings) {
   std::string description;
   try {
     const toml::table table = toml::parse(textOf(file), file);
-    for (const auto& [key, node] : table) apply(Entry(file, key, node), file, choice, description);
+    for (const auto& [key, node] : table) apply(Entry(file, key, node), file, settings, description);
   } catch (const toml::parse_error& error) {
     throw SettingsError(fmt::format("{}:{}: {}", file, error.source().begin.line, error.description()));
   }
   return description;
 }
 
-std::string settingsText(const SettingsChoice& choice, const std::string& description) {
+std::string settingsText(const Settings& settings, const std::string& description) {
   std::string text;
   if (!description.empty()) text += "description = " + inQuotes(description) + "\n";
   for (const SettingWord& word : bandWords) {
     std::string list;
-    for (const char* band : {"1", "2", "3", "4", "5"}) {
-      list += (list.empty() ? "" : ", ") + valueText(choice.settings.value(word.key + std::string(band)), word.kind);
+    for (int band = 1; band <= ORBEL_BANDS; ++band) {
+      list += (list.empty() ? "" : ", ") + valueText(settings, keyOf(word, band));
     }
     text += fmt::format("{} = [{}]\n", word.word, list);
   }
   for (const SettingWord& word : pictureWords) {
-    text += fmt::format("{} = {}\n", word.word, valueText(choice.settings.value(word.key), word.kind));
+    text += fmt::format("{} = {}\n", word.word, valueText(settings, word.key));
   }
-  text += fmt::format("mix = {}\n", choice.mix);
-  if (choice.mask) text += "mask = " + inQuotes(fs::absolute(*choice.mask).string()) + "\n";
-  text += fmt::format("ref-edge = {}\n", choice.refEdge.value_or(0));
+  text += fmt::format("{} = {}\n", mixWord.word, settings.run.mix);
+  if (settings.mask) text += "mask = " + inQuotes(fs::absolute(*settings.mask).string()) + "\n";
+  text += fmt::format("{} = {}\n", referenceEdgeWord.word, settings.run.reference_edge);
   return text;
 }
 

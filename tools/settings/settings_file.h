@@ -11,17 +11,17 @@
 
 #include <string>
 
-#include "settings/settings_choice.h"
+#include "settings/settings.h"
 
 namespace orbel {
 
-// Puts what the file holds over the choice, and returns its description. A mask's name counts from the file's folder.
+// Puts what the file holds over the settings, and returns its description. A mask's name counts from the file's folder.
 // Throws SettingsError, which names the file and the line, when the file can't be read, is no TOML, or holds a word or
 // a value that is no setting.
-std::string readSettings(const std::string& file, SettingsChoice& choice);
+std::string readSettings(const std::string& file, Settings& settings);
 
-// All of the choice, as a file that readSettings takes. A mask's name becomes absolute, so that the file may lie
+// All of the settings, as a file that readSettings takes. A mask's name becomes absolute, so that the file may lie
 // anywhere. An empty description is left out.
-std::string settingsText(const SettingsChoice& choice, const std::string& description);
+std::string settingsText(const Settings& settings, const std::string& description);
 
 }  // namespace orbel

@@ -6,23 +6,29 @@ namespace orbel {
 
 using nlohmann::ordered_json;
 
-ordered_json valueJson(double value, ScriptKind kind) {
-  if (kind == ScriptKind::Flag) return value != 0;
-  if (kind == ScriptKind::Integer) return static_cast<std::int32_t>(value);
+ordered_json valueJson(const Settings& settings, const std::string& key) {
+  const double value = valueOf(settings, key);
+  switch (kindOf(key)) {
+    case ORBEL_KEY_FLAG:
+      return value != 0;
+    case ORBEL_KEY_INTEGER:
+      return static_cast<std::int32_t>(value);
+    case ORBEL_KEY_NUMBER:
+      break;
+  }
   return value;
 }
 
-ordered_json settingsJson(const SettingsChoice& choice) {
+ordered_json settingsJson(const Settings& settings) {
   ordered_json json;
   for (const SettingWord& word : bandWords) {
-    for (const char* band : {"1", "2", "3", "4", "5"}) {
-      json[word.word].push_back(valueJson(choice.settings.value(word.key + std::string(band)), word.kind));
-    }
+    for (int band = 1; band <= ORBEL_BANDS; ++band) json[word.word].push_back(valueJson(settings, keyOf(word, band)));
   }
-  for (const SettingWord& word : pictureWords) json[word.word] = valueJson(choice.settings.value(word.key), word.kind);
-  json["mix"] = choice.mix;
-  json["mask"] = choice.mask ? ordered_json(*choice.mask) : ordered_json();
-  json["ref-edge"] = choice.refEdge ? ordered_json(*choice.refEdge) : ordered_json();
+  for (const SettingWord& word : pictureWords) json[word.word] = valueJson(settings, word.key);
+  json[mixWord.word] = settings.run.mix;
+  json[maskWord.word] = settings.mask ? ordered_json(*settings.mask) : ordered_json();
+  const int edge = settings.run.reference_edge;
+  json[referenceEdgeWord.word] = edge != 0 ? ordered_json(edge) : ordered_json();
   return json;
 }
 
