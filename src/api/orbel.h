@@ -151,6 +151,11 @@ ORBEL_API orbel_status orbel_picture_interleaved(orbel_picture* picture, size_t 
 ORBEL_API orbel_status orbel_picture_planar(orbel_picture* picture, size_t size, orbel_samples samples, int32_t width,
                                             int32_t height, int32_t channels, void* pixels, ptrdiff_t row_step);
 
+/* Copies the samples of one picture into another of the same size and channels, white to white. Integers go to other
+ * integers by v * white / white in double precision, to nearest; everything else as in a run. Both may be the same
+ * picture; else they don't overlap. */
+ORBEL_API orbel_status orbel_convert(const orbel_picture* source, const orbel_picture* target);
+
 /* ---- The run ----------------------------------------------------------------------------------------------------- */
 
 /* Told the part of the work that is done, 0 to 1, on the thread that made the call. Gives 0 to go on; anything else
@@ -211,8 +216,9 @@ typedef struct orbel_plan {
 
 ORBEL_API orbel_status orbel_plan_init(orbel_plan* plan, size_t size);
 
-/* What orbel_equalize would do with such a picture, whose samples aren't looked at, and what status it would begin
- * with. The plan is filled for ORBEL_OK and ORBEL_TOO_LARGE. A run goes by the same plan. options may be null. */
+/* What orbel_equalize would do with such a picture, whose base addresses and steps aren't looked at, and what status it
+ * would begin with; of the options, threads and message count. The plan is filled for ORBEL_OK and ORBEL_TOO_LARGE. A
+ * run goes by the same plan. options may be null. */
 ORBEL_API orbel_status orbel_plan_run(const orbel_settings* settings, const orbel_picture* source,
                                       const orbel_options* options, orbel_plan* plan);
 

@@ -59,11 +59,16 @@ Conversion conversionOf(int samples) {
   }
 }
 
-orbel_picture requirePicture(const orbel_picture* picture, const char* name) {
+orbel_picture requireShape(const orbel_picture* picture, const char* name) {
   const orbel_picture p = requireRecord(picture, name);
   if (p.width < 1 || p.height < 1) refuse(name, "width and height must be above 0");
   if (p.channels < 1 || p.channels > ORBEL_CHANNELS) refuse(name, "channels must be 1 to 4");
   if (p.samples < ORBEL_UINT8 || p.samples > ORBEL_FLOAT32) refuse(name, "samples is none of the four types");
+  return p;
+}
+
+orbel_picture requirePicture(const orbel_picture* picture, const char* name) {
+  const orbel_picture p = requireShape(picture, name);
   for (int i = 0; i < p.channels; ++i) {
     if (p.base[i] == nullptr) refuse(name, "base[" + std::to_string(i) + "] is null");
   }

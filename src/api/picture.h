@@ -20,8 +20,9 @@ int bytesOf(int samples);
 int coloursOf(const orbel_picture& picture);
 bool hasAlpha(const orbel_picture& picture);
 
-// Throws Refusal; name is the picture's in messages.
+// Throw Refusal; name is the picture's in messages. A shape may be without its samples.
 orbel_picture requirePicture(const orbel_picture* picture, const char* name);
+orbel_picture requireShape(const orbel_picture* picture, const char* name);
 
 // Throws Refusal when size or channels differ.
 void requireAlike(const orbel_picture& source, const orbel_picture& target);

@@ -83,11 +83,10 @@ orbel_status orbel_plan_init(orbel_plan* plan, size_t size) {
 
 orbel_status orbel_plan_run(const orbel_settings* settings, const orbel_picture* source, const orbel_options* options,
                             orbel_plan* plan) {
-  return guarded(options, [&](const orbel_options& o) {
+  return guarded(options, [&](const orbel_options&) {
     requireRecord(plan, "plan");
     const orbel_settings s = requireSettings(settings);
-    const orbel_picture picture = requirePicture(source, "source");
-    maskFor(o, picture);
+    const orbel_picture picture = requireShape(source, "source");
     const ScaledParameters parameters = parametersOf(s);
     const Plan levels = parameters.planFor({picture.width, picture.height});
     const int colours = coloursOf(picture);

@@ -18,6 +18,7 @@
 #include "pictures/exiftool.h"
 #include "files/failure.h"
 #include "files/target_file.h"
+#include "pictures/library.h"
 
 namespace orbel {
 
@@ -58,25 +59,25 @@ nlohmann::json answerTo(const nlohmann::json& question, int connection) {
   return nlohmann::json::parse(line);
 }
 
-Outcome workOn(const Job& job, const WorkOptions& options, int connection) {
+Outcome workOn(const Job& job, const JobOptions& options, int connection) {
   const auto waitFor = [&](double bytes) { answerTo({{"needs", bytes}}, connection); };
   const auto askExiftool = [&](const ExiftoolRequest& request) -> ExiftoolAnswer {
     const auto answer = answerTo({{"exiftool", request.arguments}, {"seconds", request.seconds}}, connection);
     return {answer.at("status"), answer.at("text")};
   };
   try {
-    return work(job, options, {waitFor, askExiftool});
+    return doJob(job, options, {waitFor, askExiftool});
   } catch (const std::bad_alloc&) {
-    return settled(job, Outcome::Status::Failed,
+    return outcomeOf(job, Outcome::Status::Failed,
                    Failure(job.input, "not enough memory for a picture of this size", Cause::NoMemory));
   } catch (const Failure& failure) {
-    return settled(job, Outcome::Status::Failed, failure);
+    return outcomeOf(job, Outcome::Status::Failed, failure);
   } catch (const std::exception& error) {
-    return settled(job, Outcome::Status::Failed, Failure(job.input, error.what()));
+    return outcomeOf(job, Outcome::Status::Failed, Failure(job.input, error.what()));
   }
 }
 
-[[noreturn]] void beWorker(const Job& job, const WorkOptions& options, bool verbose, int connection, pid_t parent) {
+[[noreturn]] void beWorker(const Job& job, const JobOptions& options, bool verbose, int connection, pid_t parent) {
   removeTemporaryOnSignals(exitInterrupted);
   prctl(PR_SET_PDEATHSIG, SIGTERM);
   if (getppid() != parent) _exit(exitInterrupted);
@@ -99,8 +100,8 @@ struct Worker {
 
 class Batch {
  public:
-  Batch(const std::vector<Job>& jobs, const WorkOptions& work, const BatchOptions& options, Talk& talk)
-      : jobs_(jobs), work_(work), options_(options), talk_(talk) {}
+  Batch(const std::vector<Job>& jobs, const JobOptions& work, const BatchOptions& options, Report& report)
+      : jobs_(jobs), work_(work), options_(options), report_(report) {}
 
   ExitCode run() {
     catchInterruptions();
@@ -112,7 +113,7 @@ class Batch {
         for (const Worker& worker : workers_) kill(worker.process, SIGTERM);
       }
       grantMemory();
-      talk_.tick();
+      report_.tick();
     }
     return interrupted != 0 ? exitInterrupted : anyFailed_ ? exitFileFailed : exitGood;
   }
@@ -125,7 +126,7 @@ class Batch {
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
       throw std::system_error(errno, std::generic_category(), "no connection to a new process");
     }
-    talk_.flush();  // or the new process would say it again
+    report_.flush();  // or the new process would say it again
     const pid_t self = getpid();
     const pid_t process = fork();
     if (process == 0) {
@@ -197,11 +198,11 @@ class Batch {
     if (worker.outcome) {
       outcome = *worker.outcome;
     } else {
-      outcome = settled(*worker.job, Outcome::Status::Failed, endOf(status, worker.job->input));
+      outcome = outcomeOf(*worker.job, Outcome::Status::Failed, endOf(status, worker.job->input));
       if (worker.job->output != pipeName) removeLeftovers(worker.job->output, worker.process);
     }
     anyFailed_ = anyFailed_ || outcome.status == Outcome::Status::Failed;
-    talk_.tell(outcome);
+    report_.tell(outcome);
   }
 
   static Failure endOf(int status, const std::string& input) {
@@ -226,9 +227,9 @@ class Batch {
   }
 
   const std::vector<Job>& jobs_;
-  const WorkOptions& work_;
+  const JobOptions& work_;
   const BatchOptions& options_;
-  Talk& talk_;
+  Report& report_;
   std::size_t next_ = 0;
   std::list<Worker> workers_;
   Exiftool exiftool_{[this](pid_t asker, const ExiftoolAnswer& answer) { passOn(asker, answer); }};
@@ -237,8 +238,8 @@ class Batch {
 
 }  // namespace
 
-ExitCode runBatch(const std::vector<Job>& jobs, const WorkOptions& work, const BatchOptions& batch, Talk& talk) {
-  return Batch(jobs, work, batch, talk).run();
+ExitCode runBatch(const std::vector<Job>& jobs, const JobOptions& work, const BatchOptions& batch, Report& report) {
+  return Batch(jobs, work, batch, report).run();
 }
 
 }  // namespace orbel

@@ -4,9 +4,9 @@
 
 #include <vector>
 
-#include "cli/commands.h"
-#include "batch/talk.h"
-#include "batch/work.h"
+#include "batch/job.h"
+#include "batch/report.h"
+#include "files/exit_code.h"
 
 namespace orbel {
 
@@ -19,6 +19,6 @@ struct BatchOptions {
 
 // Does the jobs, tells of each, and returns what the program ends with. On SIGINT, SIGTERM and SIGHUP the files in hand
 // are given up, and nothing is left of them.
-ExitCode runBatch(const std::vector<Job>& jobs, const WorkOptions& work, const BatchOptions& batch, Talk& talk);
+ExitCode runBatch(const std::vector<Job>& jobs, const JobOptions& work, const BatchOptions& batch, Report& report);
 
 }  // namespace orbel

@@ -1,32 +1,24 @@
 #include "batch/estimate.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <iomanip>
-#include <numeric>
 #include <sstream>
+#include <thread>
 
-#include "equalizer/bilateral_filter.h"
+#include "batch/equalize.h"
 #include "files/failure.h"
 
 namespace orbel {
 
 namespace {
 
-constexpr std::size_t bandCount = 5;
-constexpr std::int64_t largestSide = 65535;
 constexpr int longestHostSide = 32767;
 constexpr std::int64_t largestBlock = 0x7FFFFFFF;
 
-// What the plug-in has in memory at most, in bytes a pixel, its float image included: as measured with orbel apply on
-// 26 megapixels, less the host's own. How the finest band is smoothed decides.
-constexpr double moduleBytes = 14.5;
-constexpr double moduleBytesWithWideGaussian = 17.4;
-constexpr double moduleBytesWithWideGaussianOfLuminance = 21;
-constexpr double moduleBytesWithEdges = 22.5;
-constexpr float wideWindow = 32;
-// A process that has loaded the libraries and the module, and read and written a small picture.
+// A process that has loaded the libraries, and read and written a small picture.
 constexpr double processBytes = 62e6;
 
 // One tap of the edge-preserving filter on one core: between AVX-512 (0.05 to 0.075) and SSE2 (0.18) on an AMD EPYC, as
@@ -36,109 +28,66 @@ constexpr double nanosecondsPerTap = 0.1;
 // All else that is done about a pixel, on the same machine: reading and writing it above all. Between JPEG (40) and PNG
 // (150), as with JPEG 2000 and WebP.
 constexpr double nanosecondsPerPixel = 100;
-constexpr double nanosecondsPerPixelOfHevc = 1500;
 // The process itself, without exiftool.
 constexpr double secondsPerRun = 0.05;
 
-// A band's low-pass as the plug-in sees it, in its single precision.
-struct LowPass {
-  float radius;
-  float threshold;
-  bool keepsEdges;
-
-  float window() const { return std::ceil(4.0F * radius); }
-  bool works() const {
-    if (!(radius > 0.0F)) return false;
-    return !keepsEdges ||
-           (std::isfinite(bilateralCoefficient(radius)) && std::isfinite(bilateralCoefficient(threshold)));
-  }
-  double taps() const {
-    const double side = 2.0 * static_cast<double>(window()) + 1.0;
-    return !works() ? 0.0 : keepsEdges ? side * side : 2.0 * side;
-  }
-};
-
-std::string keyOf(const char* family, std::size_t band) { return family + std::to_string(band + 1); }
-
-LowPass lowPassOf(const Settings& settings, std::size_t band) {
-  return {static_cast<float>(settings.value(keyOf("RAD", band))),
-          static_cast<float>(settings.value(keyOf("THR", band))) * (1.0F / 255.0F),
-          settings.value(keyOf("EDG", band)) != 0.0};
+double processorsOf(int threads) {
+  return threads > 0 ? threads : static_cast<double>(std::max(1U, std::thread::hardware_concurrency()));
 }
 
-int halved(int length) { return length / 2 + length % 2; }
+double filteringSeconds(const orbel_plan& plan, int threads) {
+  return 1e-9 * nanosecondsPerTap * plan.taps / processorsOf(threads);
+}
 
-std::string radiusInBand(const Settings& settings, std::size_t band) {
+std::string radiusInBand(const orbel_settings& run, std::int32_t band) {
   std::ostringstream text;
-  text << "--radius " << settings.value(keyOf("RAD", band)) << " in band " << band + 1;
+  text << "--radius " << run.bands[band].radius << " in band " << band + 1;
   return text.str();
 }
 
-double secondsOf(const std::array<double, bandCount>& taps, unsigned cores) {
-  return 1e-9 * nanosecondsPerTap * std::accumulate(taps.begin(), taps.end(), 0.0) / std::max(cores, 1U);
-}
-
-double moduleBytesFor(const LowPass& finest, bool luminance) {
-  if (!finest.works()) return moduleBytes;
-  if (finest.keepsEdges) return moduleBytesWithEdges;
-  if (!(finest.window() > wideWindow)) return moduleBytes;
-  return luminance ? moduleBytesWithWideGaussianOfLuminance : moduleBytesWithWideGaussian;
-}
+double pixelsOf(const orbel_plan& plan) { return static_cast<double>(plan.levels[0].width) * plan.levels[0].height; }
 
 }  // namespace
 
-std::string timeText(double seconds) {
-  constexpr double minute = 60;
-  constexpr double hour = 60 * minute;
-  constexpr double day = 24 * hour;
-  constexpr double year = 365 * day;
-  if (seconds < 1) return "less than a second";
-  if (!(seconds < 1000 * year)) return "more than a thousand years";
-  const auto rounded = [&](double unit, const char* name) {
-    return "about " + std::to_string(std::lround(seconds / unit)) + name;
-  };
-  if (seconds < 1.5) return "about a second";
-  if (seconds < 2 * minute) return rounded(1, " seconds");
-  if (seconds < 2 * hour) return rounded(minute, " minutes");
-  if (seconds < 2 * day) return rounded(hour, " hours");
-  return seconds < 2 * year ? rounded(day, " days") : rounded(year, " years");
-}
-
-std::array<double, 5> tapsOf(const Settings& settings, int width, int height) {
-  const double planes = settings.value("LUMI") != 0.0 ? 1.0 : 3.0;
-  std::array<double, bandCount> taps{};
-  for (std::size_t band = 0; band < bandCount; ++band) {
-    taps[band] = lowPassOf(settings, band).taps() * width * height * planes;
-    width = halved(width);
-    height = halved(height);
+orbel_plan planFor(const std::string& file, const orbel_settings& run, const Picture& picture, int threads) {
+  orbel_picture shape{};
+  shape.size = sizeof shape;
+  shape.width = picture.width();
+  shape.height = picture.height();
+  shape.channels = picture.channels();
+  shape.samples = picture.samples() == SampleType::bytes   ? ORBEL_UINT8
+                  : picture.samples() == SampleType::words ? ORBEL_UINT16
+                                                           : ORBEL_FLOAT32;
+  orbel_options options;
+  orbel_options_init(&options, sizeof options);
+  options.threads = threads;
+  std::array<char, 256> message{};
+  options.message = message.data();
+  options.message_capacity = message.size();
+  orbel_plan plan;
+  orbel_plan_init(&plan, sizeof plan);
+  const orbel_status status = orbel_plan_run(&run, &shape, &options, &plan);
+  if (status == ORBEL_TOO_LARGE) {
+    std::ostringstream reason;
+    reason << radiusInBand(run, plan.refused_band) << " is too large for edge protection on this picture; at most "
+           << plan.largest_radius;
+    throw Failure(file, reason.str(), Cause::Settings);
   }
-  return taps;
+  requireGood(file, status, message.data());
+  return plan;
 }
 
-void requireThatWindowsFit(const std::string& file, const Settings& settings, int width, int height) {
-  for (std::size_t band = 0; band < bandCount; ++band) {
-    const LowPass lowPass = lowPassOf(settings, band);
-    const std::int64_t room = std::max<std::int64_t>(0, (largestSide - std::max(width, height)) / 2);
-    if (lowPass.keepsEdges && lowPass.works() && !(lowPass.window() <= static_cast<float>(room))) {
-      std::ostringstream reason;
-      reason << radiusInBand(settings, band) << " is too large for edge protection on this picture; at most "
-             << static_cast<double>(room) / 4;
-      throw Failure(file, reason.str(), Cause::Settings);
-    }
-    width = halved(width);
-    height = halved(height);
-  }
-}
-
-void requireShortWork(const std::string& file, const Settings& settings, int width, int height, unsigned cores,
+void requireShortWork(const std::string& file, const orbel_settings& run, const orbel_plan& plan, int threads,
                       double mostMinutes) {
-  const std::array<double, bandCount> taps = tapsOf(settings, width, height);
-  const double seconds = secondsOf(taps, cores);
+  const double seconds = filteringSeconds(plan, threads);
   if (mostMinutes == 0 || !(seconds > 60 * mostMinutes)) return;
-  const auto costliest = static_cast<std::size_t>(std::max_element(taps.begin(), taps.end()) - taps.begin());
+  const auto* const costliest =
+      std::max_element(std::begin(plan.levels), std::end(plan.levels),
+                       [](const orbel_level& a, const orbel_level& b) { return a.taps < b.taps; });
+  const auto band = static_cast<std::int32_t>(costliest - std::begin(plan.levels));
   throw Failure(file,
-                "these settings ask for " + timeText(seconds) + " of work, most of it for " +
-                    radiusInBand(settings, costliest) + "; --max-minutes 0 does it all the same",
+                "these settings ask for " + timeText(seconds) + " of work, most of it for " + radiusInBand(run, band) +
+                    "; --max-minutes 0 does it all the same",
                 Cause::TooLong);
 }
 
@@ -157,20 +106,21 @@ void requireThatHostHolds(const std::string& file, int width, int height) {
   }
 }
 
-double secondsOf(const RunShape& shape, const Settings& settings, unsigned cores) {
-  const double coding = 1e-9 * (shape.hevc ? nanosecondsPerPixelOfHevc : nanosecondsPerPixel);
-  const double filtering = secondsOf(tapsOf(settings, shape.width, shape.height), cores);
-  return secondsPerRun + filtering + coding * shape.width * shape.height;
+double secondsOf(const orbel_plan& plan, const RunShape& shape, int threads) {
+  const double pixels = pixelsOf(plan);
+  const double coding = shape.secondsPerMegapixel > 0 ? 1e-6 * shape.secondsPerMegapixel : 1e-9 * nanosecondsPerPixel;
+  return secondsPerRun + filteringSeconds(plan, threads) + coding * pixels;
 }
 
-double memoryOf(const RunShape& s, const Settings& settings) {
-  const double pixels = static_cast<double>(s.width) * s.height;
-  const double read = s.bands * s.readBytes;
-  const double blending = s.blended ? s.colours * s.documentBytes + 4 : 0;  // the original and the weights
-  const double module = moduleBytesFor(lowPassOf(settings, 0), settings.value("LUMI") != 0.0);
-  const double running = read + (s.colours + 3) * s.documentBytes + blending + module;
-  const double writing = read + s.bands * s.writtenBytes + s.colours * s.documentBytes + blending;
-  return processBytes + pixels * std::max(running, writing);
+double memoryOf(const orbel_plan& plan, const RunShape& s) {
+  double bytes = s.channels * s.readBytes;  // a pixel
+  if (s.readBytes != s.writtenBytes) bytes += s.channels * s.writtenBytes;
+  if (s.blended) bytes += static_cast<double>(sizeof(float));
+  if (s.documentBytes > 0) {
+    // The document, the module's result, the module's own three planes of floats, and the original to blend with.
+    bytes += (s.colours + 3 + (s.blended ? s.colours : 0)) * s.documentBytes + 3 * static_cast<double>(sizeof(float));
+  }
+  return processBytes + plan.bytes + pixelsOf(plan) * bytes;
 }
 
 void requireMemory(const std::string& file, double needed, double most) {
@@ -185,6 +135,23 @@ std::string memoryText(double bytes) {
   const bool large = bytes >= 1e9;
   text << std::fixed << std::setprecision(large ? 1 : 0) << bytes / (large ? 1e9 : 1e6) << (large ? " GB" : " MB");
   return text.str();
+}
+
+std::string timeText(double seconds) {
+  constexpr double minute = 60;
+  constexpr double hour = 60 * minute;
+  constexpr double day = 24 * hour;
+  constexpr double year = 365 * day;
+  if (seconds < 1) return "less than a second";
+  if (!(seconds < 1000 * year)) return "more than a thousand years";
+  const auto rounded = [&](double unit, const char* name) {
+    return "about " + std::to_string(std::lround(seconds / unit)) + name;
+  };
+  if (seconds < 1.5) return "about a second";
+  if (seconds < 2 * minute) return rounded(1, " seconds");
+  if (seconds < 2 * hour) return rounded(minute, " minutes");
+  if (seconds < 2 * day) return rounded(hour, " hours");
+  return seconds < 2 * year ? rounded(day, " days") : rounded(year, " years");
 }
 
 }  // namespace orbel

@@ -1,49 +1,43 @@
-// Foresees what a run asks for, so that a slip in the settings costs neither hours nor a riddle.
+// Foresees what a run asks for, so that a slip in the settings costs neither hours nor a riddle: the engine's plan, and
+// what the program itself does around it.
 #pragma once
 
-#include <array>
 #include <string>
 
-#include "settings/settings.h"
+#include "api/orbel.h"
+#include "pictures/picture.h"
 
 namespace orbel {
 
-// The samples that each band's low-pass visits, finest band first: its taps by the pixels of its level (each half the
-// size of the one before, rounded up) by the planes that are worked on, 1 for luminance and else 3. With
-// w = 2 * ceil(4 * radius) + 1, the edge-preserving filter has w * w taps and a Gaussian 2 * w. 0 for a band whose
-// radius or threshold means no low-pass at all.
-std::array<double, 5> tapsOf(const Settings& settings, int width, int height);
+// The engine's plan for a picture of which no more is known than its header. Throws Failure about the file for what the
+// engine would refuse: a window of an edge-preserving filter that has no room, or a setting out of its range.
+orbel_plan planFor(const std::string& file, const orbel_settings& run, const Picture& picture, int threads);
 
-// Throws Failure about the file when the plug-in would refuse the window of an edge-preserving filter: when a level and
-// the window on either side of it exceed 65535 samples in a direction.
-void requireThatWindowsFit(const std::string& file, const Settings& settings, int width, int height);
-
-// Throws Failure about the file, with the estimate, when the low-passes would take more than so many minutes on so many
-// cores. 0 minutes: no limit.
-void requireShortWork(const std::string& file, const Settings& settings, int width, int height, unsigned cores,
+// Throws Failure about the file, with the estimate, when the low-passes would take more than so many minutes. threads: 0
+// for all processors. 0 minutes: no limit.
+void requireShortWork(const std::string& file, const orbel_settings& run, const orbel_plan& plan, int threads,
                       double mostMinutes);
 
-// Throws Failure about the file when a side exceeds the host's 32767 pixels, or the plug-in's float image its 2 GiB.
+// Throws Failure about the file when a side exceeds a host's 32767 pixels, or a module's float image its 2 GiB.
 void requireThatHostHolds(const std::string& file, int width, int height);
 
-// What a run is made of, beside the picture's size.
+// What a run is made of, beside the plan.
 struct RunShape {
-  int width = 0;
-  int height = 0;
-  int bands = 0;         // of the file, with alpha
-  int colours = 0;       // of the document: 1 or 3
+  int channels = 0;      // of the file, with alpha
+  int colours = 0;       // 1 or 3
   int readBytes = 0;     // a sample of the file that is read
   int writtenBytes = 0;  // and of the one that is written
-  int documentBytes = 0;
+  int documentBytes = 0;  // a sample of a module's document; 0 for the engine, which needs none
   bool blended = false;  // with the original, by a weight a pixel
-  bool hevc = false;     // is what the written file is encoded with, which takes longest by far
+  double secondsPerMegapixel = 0;  // of encoding, where it takes longest by far
 };
 
-// Seconds that a run takes, with its process, reading and writing: the low-passes shared by the cores, the rest on one.
-double secondsOf(const RunShape& shape, const Settings& settings, unsigned cores);
+// Seconds that a run takes, with its process, reading and writing: the low-passes shared by the threads, the rest on
+// one.
+double secondsOf(const orbel_plan& plan, const RunShape& shape, int threads);
 
 // Bytes that a process of one run has in memory at most.
-double memoryOf(const RunShape& shape, const Settings& settings);
+double memoryOf(const orbel_plan& plan, const RunShape& shape);
 
 // Throws Failure about the file when needed exceeds most; 0 for most: nobody knows.
 void requireMemory(const std::string& file, double needed, double most);

@@ -1,13 +1,12 @@
 #include "batch/made_with.h"
 
-#include <glib.h>
-
 #include <array>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
 #include <utility>
 
+#include "files/digest.h"
 #include "settings/settings_json.h"
 #include "pictures/xmp_packet.h"
 
@@ -15,7 +14,6 @@ namespace orbel {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-using vips::VImage;
 
 namespace {
 
@@ -25,48 +23,24 @@ constexpr const char* timeWord = "time";
 // Of a text: far more than there is to tell. A picture may come from anywhere, and JSON is printed by recursion.
 constexpr std::size_t mostToTell = 4096;
 
-// The image library leaves out packets that don't fit into one segment of a JPEG file, with the rest of it.
-constexpr std::size_t mostXmpInJpeg = 60000;
-
 // Other kinds may never end, or never begin.
 bool isFile(const std::string& name) {
   std::error_code none;
   return fs::is_regular_file(name, none);
 }
 
-// In hexadecimal digits; empty when the file can't be read.
-std::string sha256Of(const std::string& file) {
-  if (!isFile(file)) return "";
-  std::ifstream stream(file, std::ios::binary);
-  GChecksum* const sum = g_checksum_new(G_CHECKSUM_SHA256);
-  std::array<char, 1 << 16> buffer{};
-  while (stream.read(buffer.data(), buffer.size()) || stream.gcount() > 0) {
-    g_checksum_update(sum, reinterpret_cast<const guchar*>(buffer.data()), stream.gcount());
-  }
-  std::string digest = stream.eof() ? g_checksum_get_string(sum) : "";
-  g_checksum_free(sum);
-  return digest;
-}
-
 std::string asciiOf(const json& object) { return object.dump(-1, ' ', true, json::error_handler_t::replace); }
 
 std::string bareName(const std::string& file) { return fs::path(file).filename().string(); }
 
-std::string xmpOf(const VImage& picture) {
-  if (picture.get_typeof(VIPS_META_XMP_NAME) == 0) return "";
-  std::size_t size = 0;
-  const auto* const bytes = static_cast<const char*>(picture.get_blob(VIPS_META_XMP_NAME, &size));
-  return {bytes, size};
-}
-
 }  // namespace
 
-json settingsOf(const WorkOptions& options, const std::optional<std::string>& plugin) {
-  json settings = settingsJson(options.choice);
-  if (const auto& mask = options.choice.mask) {
+json settingsOf(const JobOptions& options, const std::optional<std::string>& plugin) {
+  json settings = settingsJson(options.settings);
+  if (const auto& mask = options.settings.mask) {
     settings["mask"] = {{"name", bareName(*mask)}, {"sha256", sha256Of(*mask)}};
   }
-  if (options.samples) settings["depth"] = 8 * vips_format_sizeof(*options.samples);
+  if (options.samples) settings["depth"] = depthOf(*options.samples);
   if (options.save.quality) settings["quality"] = *options.save.quality;
   if (options.save.compression) settings["compression"] = *options.save.compression;
   if (options.hostDepth) settings["host-depth"] = *options.hostDepth;
@@ -91,16 +65,15 @@ std::optional<MadeWith> madeWithFrom(const std::string& text) {
   return made;
 }
 
-VImage remembering(const MadeWith& made, const VImage& picture, const FileFormat& format) {
+Picture remembering(const MadeWith& made, const Picture& picture, const FileFormat& format) {
   if (!format.kept.xmp) return picture;
   const auto packet = withProperty(xmpOf(picture), textOf(made));
-  if (!packet || (format.name == "JPEG" && packet->size() > mostXmpInJpeg)) return picture;
-  VImage copy = picture.copy();
-  vips_image_set_blob_copy(copy.get_image(), VIPS_META_XMP_NAME, packet->data(), packet->size());
-  return copy;
+  const std::size_t most = format.saver.mostXmp;
+  if (!packet || (most != 0 && packet->size() > most)) return picture;
+  return withXmp(picture, *packet);
 }
 
-std::optional<MadeWith> madeWithIn(const VImage& picture) {
+std::optional<MadeWith> madeWithIn(const Picture& picture) {
   const auto text = propertyIn(xmpOf(picture));
   return text ? madeWithFrom(*text) : std::nullopt;
 }

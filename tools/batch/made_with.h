@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "batch/work.h"
+#include "batch/job.h"
 
 namespace orbel {
 
@@ -23,7 +23,7 @@ struct MadeWith {  // NOLINT(bugprone-exception-escape): a move of JSON asserts,
 };
 
 // The settings of a run. A mask that can't be read has no digest; what reads it next says why.
-nlohmann::json settingsOf(const WorkOptions& options, const std::optional<std::string>& plugin);
+nlohmann::json settingsOf(const JobOptions& options, const std::optional<std::string>& plugin);
 
 // As a text in one line, of ASCII, and back. Nothing for what is no such text.
 std::string textOf(const MadeWith& made);
@@ -31,10 +31,10 @@ std::optional<MadeWith> madeWithFrom(const std::string& text);
 
 // The picture with this in its XMP packet, all else of which stays as it is. Where that can't be (no XMP in the format,
 // a packet that is none, or one that the format can't hold any more), the picture as it was.
-vips::VImage remembering(const MadeWith& made, const vips::VImage& picture, const FileFormat& format);
+Picture remembering(const MadeWith& made, const Picture& picture, const FileFormat& format);
 
 // What the picture's own metadata tell.
-std::optional<MadeWith> madeWithIn(const vips::VImage& picture);
+std::optional<MadeWith> madeWithIn(const Picture& picture);
 
 // The name of the recipe beside a result, the line of it that tells this, and what it tells.
 std::string recipeOf(const std::string& result);

@@ -208,7 +208,7 @@ Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {
   for (const auto& [folder, reason] : inputs.unreadable) {
     Job job;
     job.input = folder;
-    plan.settled.push_back(settled(job, Outcome::Status::Failed, Failure(folder, reason, Cause::Unreadable)));
+    plan.outcomes.push_back(outcomeOf(job, Outcome::Status::Failed, Failure(folder, reason, Cause::Unreadable)));
   }
   for (const Input& input : inputs.files) {
     if (input.file == pipeName && (inputs.files.size() > 1 || !a.output || (target == Target::Pipe && !a.extension))) {
@@ -216,13 +216,13 @@ Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {
     }
     Job job = jobFor(input, a, target);
     if (const std::string reason = results.reasonToLeave(input); !reason.empty()) {
-      plan.settled.push_back(settled(job, Outcome::Status::Skipped, Failure(input.file, reason, Cause::OwnResult)));
+      plan.outcomes.push_back(outcomeOf(job, Outcome::Status::Skipped, Failure(input.file, reason, Cause::OwnResult)));
       continue;
     }
     const std::string identity = *read.insert(identityOf(input.file)).first;
     if (const auto [same, isNew] = done.emplace(std::pair(identity, identityOf(job.output)), input.file); !isNew) {
       const Failure twice(input.file, "is an input already, as " + same->second, Cause::OutputTaken);
-      plan.settled.push_back(settled(job, Outcome::Status::Failed, twice));
+      plan.outcomes.push_back(outcomeOf(job, Outcome::Status::Failed, twice));
       continue;
     }
     plan.jobs.push_back(std::move(job));
@@ -234,7 +234,7 @@ Plan planJobs(const Inputs& inputs, const NamingArguments& a, bool recursive) {
   const auto end = std::stable_partition(plan.jobs.begin(), plan.jobs.end(), std::not_fn(isAnInput));
   for (auto job = end; job != plan.jobs.end(); ++job) {
     const Failure isInput(job->input, job->output + " is an input itself; -f overwrites it", Cause::OutputTaken);
-    plan.settled.push_back(settled(*job, Outcome::Status::Failed, isInput));
+    plan.outcomes.push_back(outcomeOf(*job, Outcome::Status::Failed, isInput));
   }
   plan.jobs.erase(end, plan.jobs.end());
   return plan;

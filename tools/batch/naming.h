@@ -7,7 +7,7 @@
 
 #include "batch/inputs.h"
 #include "batch/outcome.h"
-#include "batch/work.h"
+#include "batch/job.h"
 
 namespace orbel {
 
@@ -21,7 +21,7 @@ struct NamingArguments {
 
 struct Plan {
   std::vector<Job> jobs;
-  std::vector<Outcome> settled;  // what needs no work: skipped, or impossible
+  std::vector<Outcome> outcomes;  // what needs no work: skipped, or impossible
 };
 
 // The jobs for the inputs, each with an output of its own:

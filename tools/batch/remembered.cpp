@@ -13,6 +13,7 @@
 
 #include "settings/text_values.h"
 #include "files/write_all.h"
+#include "pictures/library.h"
 
 namespace orbel {
 

@@ -27,11 +27,11 @@ std::optional<fs::file_time_type> timeOf(const std::string& file) {
 }
 
 // As far as times tell. Equal ones say that the result was made at once.
-bool isOlder(const Job& job, const WorkOptions& options) {
+bool isOlder(const Job& job, const JobOptions& options) {
   const auto written = timeOf(job.output);
   const auto read = timeOf(job.input);
   if (!written || !read || *written < *read) return true;
-  const auto mask = options.choice.mask ? timeOf(*options.choice.mask) : std::nullopt;
+  const auto mask = options.settings.mask ? timeOf(*options.settings.mask) : std::nullopt;
   return mask && *written < *mask;
 }
 
@@ -41,7 +41,7 @@ bool isUntouched(const MadeWith& made, const std::string& result) {
 }
 
 // Empty when the job has to be done.
-std::string reasonNotTo(const Job& job, const std::optional<MadeWith>& made, const WorkOptions& options) {
+std::string reasonNotTo(const Job& job, const std::optional<MadeWith>& made, const JobOptions& options) {
   const bool otherwise = made && made->settings != options.madeWith;
   if (!otherwise) return job.output + " is up to date" + (made ? "" : ", by its time alone");
   if (job.overwrite || isUntouched(*made, job.output)) return "";
@@ -50,7 +50,7 @@ std::string reasonNotTo(const Job& job, const std::optional<MadeWith>& made, con
 
 }  // namespace
 
-void leaveOutWhatIsUpToDate(Plan& plan, const WorkOptions& options) {
+void leaveOutWhatIsUpToDate(Plan& plan, const JobOptions& options) {
   std::vector<Job> jobs;
   std::vector<bool> newer;  // than what they are made of
   std::vector<std::string> results;
@@ -66,7 +66,7 @@ void leaveOutWhatIsUpToDate(Plan& plan, const WorkOptions& options) {
     if (reason.empty()) {
       jobs.push_back(std::move(job));
     } else {
-      plan.settled.push_back(settled(job, Outcome::Status::Skipped, Failure(job.input, reason, Cause::UpToDate)));
+      plan.outcomes.push_back(outcomeOf(job, Outcome::Status::Skipped, Failure(job.input, reason, Cause::UpToDate)));
     }
   }
   plan.jobs = std::move(jobs);

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "batch/naming.h"
-#include "batch/work.h"
+#include "batch/job.h"
 
 namespace orbel {
 
@@ -10,6 +10,6 @@ namespace orbel {
 // its input and the mask, and tells that it was made with the settings of this run. One that tells no settings,
 // somebody's own file for one, is judged by time alone. One that tells others is done again, unless it has been changed
 // since it was made and may not be overwritten: then it holds work that is nowhere else.
-void leaveOutWhatIsUpToDate(Plan& plan, const WorkOptions& options);
+void leaveOutWhatIsUpToDate(Plan& plan, const JobOptions& options);
 
 }  // namespace orbel

@@ -14,15 +14,13 @@
 #include "batch/batch.h"
 #include "cli/commands.h"
 #include "files/failure.h"
-#include "pictures/finish.h"
 #include "batch/inputs.h"
-#include "files/machine.h"
 #include "batch/made_with.h"
 #include "plugin/module.h"
 #include "batch/naming.h"
 #include "cli/page_option.h"
 #include "cli/settings_options.h"
-#include "batch/talk.h"
+#include "batch/report.h"
 #include "batch/up_to_date.h"
 #include "cli/work_limits.h"
 
@@ -36,12 +34,12 @@ struct ApplyArguments {
   InputArguments inputs;
   NamingArguments naming;
   SettingsArguments settings;
-  TalkOptions talk;
+  ReportOptions report;
   BatchOptions batch;
-  WorkOptions work;
+  JobOptions job;
   bool plain = false;  // the last name is the output
   bool noBackup = false;
-  std::optional<VipsBandFormat> samples;
+  std::optional<SampleType> samples;
   std::optional<unsigned> jobs;
   std::optional<unsigned> threads;
   Limits limits;
@@ -61,8 +59,9 @@ constexpr const char* notes =
     "  orbel apply in.tif -o details.tif --factor 0 --half --planes --host-depth 32\n"
     "      detail alone, around middle grey\n"
     "\n"
-    "16-bit files are handed to the plug-in as floats, because its host's 16 bits have 32769 levels only and a file's\n"
-    "65536; --host-depth 16 does as the host would. 8-bit files are handed over as they are.\n"
+    "--plugin and --host-depth play a module as Photoshop would. It gets 8-bit files as they are and 16-bit files as\n"
+    "floats, because its host's 16 bits have 32769 levels only and a file's 65536; --host-depth 16 does as the host.\n"
+    "It knows radii in pixels alone: a reference edge is turned into scaled radii.\n"
     "What a format can't hold is told in a note; exiftool, where it is installed, puts back what the image library\n"
     "leaves out.";
 
@@ -93,13 +92,13 @@ void describeInputs(CLI::App& command, ApplyArguments& a) {
                   "Take the names in this file, or - for the standard input: one a line, or ended by zero bytes")
       ->group(group)
       ->type_name("FILE");
-  addPageOption(command, a.work.page)->group(group);
+  addPageOption(command, a.job.page)->group(group);
 }
 
 void describeOutput(CLI::App& command, ApplyArguments& a) {
   const char* group = "Output";
-  const std::vector<std::pair<std::string, VipsBandFormat>> depths = {
-      {"u8", VIPS_FORMAT_UCHAR}, {"u16", VIPS_FORMAT_USHORT}, {"float", VIPS_FORMAT_FLOAT}};
+  const std::vector<std::pair<std::string, SampleType>> depths = {
+      {"u8", SampleType::bytes}, {"u16", SampleType::words}, {"float", SampleType::floats}};
   command
       .add_option(
           "-o,--output", a.naming.output,
@@ -123,24 +122,24 @@ void describeOutput(CLI::App& command, ApplyArguments& a) {
       ->group(group)
       ->type_name("DEPTH")
       ->transform(oneOf(depths));
-  command.add_option("--quality", a.work.save.quality, "For JPEG, WebP, HEIF and JPEG 2000, 1 to 100 (default 95)")
+  command.add_option("--quality", a.job.save.quality, "For JPEG, WebP, HEIF and JPEG 2000, 1 to 100 (default 95)")
       ->group(group)
       ->type_name("N")
       ->check(CLI::Range(1, 100).description(""));
   command
-      .add_option("--compression", a.work.save.compression,
+      .add_option("--compression", a.job.save.compression,
                   "TIFF: none, lzw, deflate, packbits, zstd; PNG: 0 to 9; WebP, HEIF, JPEG 2000: lossy, lossless; "
                   "all: keep, as the input (the default)")
       ->group(group)
       ->type_name("HOW");
-  command.add_flag("--recipe", a.work.writesRecipe, "Write the settings beside the picture, as OUT.toml")->group(group);
+  command.add_flag("--recipe", a.job.writesRecipe, "Write the settings beside the picture, as OUT.toml")->group(group);
 }
 
 void describeWork(CLI::App& command, ApplyArguments& a) {
   const char* group = "Work";
   const auto positive = CLI::Range(1U, 4096U).description("");
   command
-      .add_flag("--dry-run", a.work.dryRun,
+      .add_flag("--dry-run", a.job.dryRun,
                 "Write nothing; say what would be done, and the time and memory for it; pictures are read to their end")
       ->group(group);
   command.add_option("-j,--jobs", a.jobs, "Files at the same time (default 1)")
@@ -154,12 +153,12 @@ void describeWork(CLI::App& command, ApplyArguments& a) {
   addLimitOptions(command, a.limits, group);
   command.add_flag("--fail-fast", a.batch.failFast, "Begin no more files after one that failed")->group(group);
   command
-      .add_option("--host-depth", a.work.hostDepth,
-                  "Bits of the samples that the plug-in gets: 8, 16 or 32 (default: 8 for 8-bit files, else 32)")
+      .add_option("--host-depth", a.job.hostDepth,
+                  "Play the plug-in module as a host would, on a document of 8, 16 or 32 bits")
       ->group(group)
       ->type_name("BITS")
       ->transform(oneOf<int>({{"8", 8}, {"16", 16}, {"32", 32}}));
-  command.add_option("--plugin", a.plugin, "Plug-in module to run (default: the one that comes with orbel)")
+  command.add_option("--plugin", a.plugin, "Play this plug-in module as a host would, in place of the engine")
       ->group(group)
       ->type_name("FILE");
 }
@@ -172,13 +171,13 @@ void describeMessages(CLI::App& command, ApplyArguments& a) {
                                                                {"json", Progress::Json},
                                                                {"none", Progress::None}};
   command
-      .add_option("--progress", a.talk.progress,
+      .add_option("--progress", a.report.progress,
                   "bar, lines, json or none, on the error output (default auto: a bar on a terminal)")
       ->group(group)
       ->type_name("KIND")
       ->transform(oneOf(kinds));
-  command.add_flag("--json", a.talk.json, "Results as JSON, an object a line")->group(group);
-  auto* quiet = command.add_flag("-q,--quiet", a.talk.quiet, "Say nothing but errors");
+  command.add_flag("--json", a.report.json, "Results as JSON, an object a line")->group(group);
+  auto* quiet = command.add_flag("-q,--quiet", a.report.quiet, "Say nothing but errors");
   quiet->group(group);
   command
       .add_flag("-v,--verbose", a.batch.verbose,
@@ -215,57 +214,57 @@ void requireWritable(const std::string& extension) {
 void shareOutMachine(ApplyArguments& a) {
   const unsigned processors = std::max(1U, std::thread::hardware_concurrency());
   a.batch.processes = a.jobs.value_or(1);
-  a.work.threads = a.threads.value_or(std::max(1U, processors / a.batch.processes));
-  if (a.threads || a.jobs) useThreads(a.work.threads);
-  a.batch.memory = a.work.mostMemory = a.limits.mostMemory();
-  a.work.mostMinutes = a.limits.mostMinutes;
+  a.job.threads = static_cast<int>(a.threads.value_or(std::max(1U, processors / a.batch.processes)));
+  a.batch.memory = a.job.mostMemory = a.limits.mostMemory();
+  a.job.mostMinutes = a.limits.mostMinutes;
 }
 
 // Among the results where programs read them, else in a line.
 void tellOfLeftAlone(const Inputs& inputs, const ApplyArguments& a, Plan& plan) {
-  if (a.talk.json) {
+  if (a.report.json) {
     for (const std::string& file : inputs.leftAlone) {
       Job job;
       job.input = file;
-      plan.settled.push_back(
-          settled(job, Outcome::Status::Skipped, Failure(file, "is no picture by its name", Cause::NoPicture)));
+      plan.outcomes.push_back(
+          outcomeOf(job, Outcome::Status::Skipped, Failure(file, "is no picture by its name", Cause::NoPicture)));
     }
-  } else if (!inputs.leftAlone.empty() && !a.talk.quiet) {
+  } else if (!inputs.leftAlone.empty() && !a.report.quiet) {
     fmt::print(stderr, "orbel: {}\n", printable(leftAloneText(inputs, a.batch.verbose)));
   }
 }
 
 ExitCode apply(ApplyArguments& a) {
-  a.work.choice = chooseSettings(a.settings);
-  if (printIfAsked(a.work.choice)) return exitGood;
+  a.job.settings = chooseSettings(a.settings);
+  if (printIfAsked(a.settings, a.job.settings)) return exitGood;
   takePlainForm(a);
   shareOutMachine(a);
-  if (isBlended(a.work.choice) && a.work.hostDepth.value_or(32) != 32) {
+  if (isBlended(a.job.settings) && a.job.hostDepth.value_or(32) != 32) {
     throw SettingsError("--mix and --mask blend floats: they go with --host-depth 32 alone");
   }
   if (a.naming.extension) requireWritable(*a.naming.extension);
   if (a.inputs.names.empty() && !a.inputs.list) throw SettingsError("no picture is named (orbel --help tells more)");
-  a.work.samples = a.samples;
-  a.work.keepsOriginal = a.naming.inPlace && !a.noBackup;
-  a.talk.dryRun = a.work.dryRun;
-  a.talk.resultsToErrors = a.naming.output == pipeName;
+  a.job.samples = a.samples;
+  a.job.keepsOriginal = a.naming.inPlace && !a.noBackup;
+  a.report.dryRun = a.job.dryRun;
+  a.report.resultsToErrors = a.naming.output == pipeName;
 
   const Inputs inputs = listInputs(a.inputs);
   Plan plan = planJobs(inputs, a.naming, a.inputs.recursive);
-  a.work.madeWith = settingsOf(a.work, a.plugin);
+  a.job.madeWith = settingsOf(a.work, a.plugin);
   leaveOutWhatIsUpToDate(plan, a.work);
-  a.work.entry = loadEntry(a.plugin.value_or(ownModule()));
+  // The host's bits are the plug-in's: without --plugin, of the one that comes with orbel.
+  if (a.plugin || a.job.hostDepth) a.job.plugin = loadEntry(a.plugin.value_or(ownModule()));
   tellOfLeftAlone(inputs, a, plan);
-  Talk talk(a.talk, plan.jobs.size() + plan.settled.size(), totalSize(plan.jobs));
-  for (const Outcome& outcome : plan.settled) talk.tell(outcome);
+  Report report(a.report, plan.jobs.size() + plan.outcomes.size(), totalSize(plan.jobs));
+  for (const Outcome& outcome : plan.outcomes) report.tell(outcome);
   for (const Job& job : plan.jobs) {
-    if (a.work.dryRun || !job.makesFolder) continue;
+    if (a.job.dryRun || !job.makesFolder) continue;
     std::error_code shownByTheFile;
     fs::create_directories(fs::path(job.output).parent_path(), shownByTheFile);
   }
-  const ExitCode code = runBatch(plan.jobs, a.work, a.batch, talk);
-  talk.summarize();
-  const bool anyFailed = std::any_of(plan.settled.begin(), plan.settled.end(),
+  const ExitCode code = runBatch(plan.jobs, a.work, a.batch, report);
+  report.summarize();
+  const bool anyFailed = std::any_of(plan.outcomes.begin(), plan.outcomes.end(),
                                      [](const Outcome& o) { return o.status == Outcome::Status::Failed; });
   return code == exitGood && anyFailed ? exitFileFailed : code;
 }

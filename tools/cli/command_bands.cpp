@@ -1,20 +1,23 @@
 // orbel bands: a picture taken apart, so that people see what each band's settings work on.
 
+#include <array>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 #include <new>
-#include <thread>
+#include <utility>
 
 #include "settings/bands.h"
 #include "cli/commands.h"
 #include "pictures/contact_sheet.h"
+#include "batch/equalize.h"
 #include "batch/estimate.h"
 #include "files/failure.h"
-#include "pictures/finish.h"
-#include "pictures/image_file.h"
-#include "plugin/module.h"
 #include "cli/page_option.h"
+#include "pictures/formats.h"
+#include "pictures/library.h"
+#include "pictures/picture.h"
+#include "pictures/save.h"
 #include "settings/settings_json.h"
 #include "cli/settings_options.h"
 #include "files/target_file.h"
@@ -23,7 +26,6 @@
 namespace orbel {
 
 namespace fs = std::filesystem;
-using vips::VImage;
 
 namespace {
 
@@ -32,31 +34,24 @@ struct BandsArguments {
   std::string folder;
   std::optional<int> page;
   SettingsArguments settings;
-  std::optional<std::string> plugin;
   bool overwrite = false;
   Limits limits;
   bool json = false;
   bool verbose = false;
 };
 
-// Upright, since PNG files keep no orientation, and without alpha, which would hide what the bands hold.
-VImage colourOf(const std::string& input, std::optional<int> page) {
-  const VImage upright = loadPicture(input, page).autorot();
-  return hasAlpha(upright) ? upright.extract_band(0, VImage::option()->set("n", colourBands(upright))) : upright;
-}
-
 class BandFiles {
  public:
   // Throws Failure when one of the files is there and may not be replaced.
-  BandFiles(const BandsArguments& arguments, const std::vector<BandRun>& runs, bool floats) : arguments_(arguments) {
+  BandFiles(const BandsArguments& arguments, const std::vector<BandView>& views, bool floats) : arguments_(arguments) {
     const std::string extension = floats ? ".tif" : ".png";
-    for (const BandRun& run : runs) names_.push_back(inFolder(run.name + extension));
+    for (const BandView& view : views) names_.push_back(inFolder(view.name + extension));
     names_.push_back(inFolder("contact-sheet.png"));
     for (const std::string& name : names_) requireReplaceable(name, arguments.overwrite, true);
     fs::create_directories(arguments.folder);
   }
 
-  void writeNext(const VImage& picture) {
+  void writeNext(const Picture& picture) {
     const std::string& name = names_.at(written_++);
     TargetFile target(name, arguments_.overwrite);
     savePicture(picture, writableFormat(extensionOf(name), name), target.descriptor(), name);
@@ -73,60 +68,68 @@ class BandFiles {
   std::size_t written_ = 0;
 };
 
-void run(const BandsArguments& arguments, const std::vector<BandRun>& runs, const VImage& picture, BandFiles& files) {
-  const PluginEntry entry = loadEntry(arguments.plugin ? *arguments.plugin : ownModule());
-  const Document original = documentOf(picture, 32);
-  ContactSheet sheet;
-  for (const BandRun& band : runs) {
-    Document document = original;
-    runPlugin(entry, band.settings.script(), document);
-    VImage result = picture.copy_memory();
-    putDocument(document, result);
-    files.writeNext(result);
-    sheet.add(result, band.label);
+// The picture taken apart once, and put together for each view.
+class Stack {
+ public:
+  Stack(std::string file, const orbel_settings& run, const Picture& picture) : file_(std::move(file)) {
+    orbel_options_init(&options_, sizeof options_);
+    options_.message = message_.data();
+    options_.message_capacity = message_.size();
+    const orbel_picture source = picture.record();
+    require(orbel_stack_create(&run, &source, &options_, &stack_));
   }
-  files.writeNext(sheet.sheet());
-}
+  ~Stack() { orbel_stack_free(stack_); }
+  Stack(const Stack&) = delete;
+  Stack& operator=(const Stack&) = delete;
 
-// As for apply with a blend, which keeps the original too, and with the result beside the picture.
-double memoryFor(const VImage& picture, const Settings& settings) {
-  const int sampleBytes = depthOf(picture) / 8;
-  return memoryOf({picture.width(), picture.height(), 2 * picture.bands(), colourBands(picture), sampleBytes,
-                   sampleBytes, sizeof(float), true},
-                  settings);
-}
+  void weigh(const orbel_settings& run, const Picture& into) const {
+    const orbel_picture target = into.record();
+    require(orbel_stack_weigh(stack_, &run, &target, &options_));
+  }
 
+ private:
+  void require(orbel_status status) const { requireGood(file_, status, message_.data()); }
+
+  std::string file_;
+  std::array<char, 256> message_{};
+  orbel_options options_{};
+  orbel_stack* stack_ = nullptr;
+};
+
+// Upright, since PNG files keep no orientation, and without alpha, which would hide what the bands hold.
 void takeApart(const BandsArguments& arguments) {
-  const SettingsChoice choice = chooseSettings(arguments.settings);
-  if (printIfAsked(choice)) return;
+  const Settings settings = chooseSettings(arguments.settings);
+  if (printIfAsked(arguments.settings, settings)) return;
   const ImageLibrary library("orbel", arguments.verbose);
   removeTemporaryOnSignals(exitInterrupted);
+  const std::string& input = arguments.input;
   try {
-    const VImage picture = colourOf(arguments.input, arguments.page);
-    const int width = picture.width();
-    const int height = picture.height();
-    const std::vector<BandRun> runs = bandRuns(settingsFor(choice, width, height));
-    requireThatHostHolds(arguments.input, width, height);
-    const double mostMemory = arguments.limits.mostMemory();
-    for (const BandRun& band : runs) {
-      requireThatWindowsFit(arguments.input, band.settings, width, height);
-      requireShortWork(arguments.input, band.settings, width, height, std::thread::hardware_concurrency(),
-                       arguments.limits.mostMinutes);
-      requireMemory(arguments.input, memoryFor(picture, band.settings), mostMemory);
+    const Picture picture = uprightColours(loadPicture(input, arguments.page));
+    const std::vector<BandView> views = bandViews(runFor(settings, picture.width(), picture.height()));
+    const orbel_settings& run = views.front().run;
+    const orbel_plan plan = planFor(input, run, picture, 0);
+    requireShortWork(input, run, plan, 0, arguments.limits.mostMinutes);
+    // The stack's copy, and the view beside the picture.
+    const int bytes = 3 * bytesOf(picture.samples());
+    const double memory = memoryOf(plan, {picture.channels(), picture.colours(), bytes, bytes, 0, false, 0});
+    requireMemory(input, memory, arguments.limits.mostMemory());
+    BandFiles files(arguments, views, picture.samples() == SampleType::floats);
+    const Stack stack(input, run, picture);
+    ContactSheet sheet;
+    for (const BandView& view : views) {
+      const Picture result = roomFor(picture, picture.samples());
+      stack.weigh(view.run, result);
+      files.writeNext(result);
+      sheet.add(result, view.label);
     }
-    BandFiles files(arguments, runs, picture.format() == VIPS_FORMAT_FLOAT);
-    run(arguments, runs, picture, files);
+    files.writeNext(sheet.sheet());
     if (arguments.json) {
-      std::cout << jsonText({{"input", arguments.input}, {"files", files.names()}});
+      std::cout << jsonText({{"input", input}, {"files", files.names()}});
     } else {
       for (const std::string& name : files.names()) std::cout << name << '\n';
     }
-  } catch (const PluginRefusal& refusal) {
-    throw Failure(arguments.input, refusal.what(), Cause::PluginRefused);
-  } catch (const vips::VError& error) {
-    throw Failure(arguments.input, error.what(), Cause::Damaged);
   } catch (const std::bad_alloc&) {
-    throw Failure(arguments.input, "not enough memory for a picture of this size", Cause::NoMemory);
+    throw Failure(input, "not enough memory for a picture of this size", Cause::NoMemory);
   }
 }
 
@@ -150,9 +153,6 @@ void addBandsCommand(CLI::App& program, ExitCode&) {
   addSettingsOptions(*command, a.settings);
   const char* work = "Work";
   addLimitOptions(*command, a.limits, work);
-  command->add_option("--plugin", a.plugin, "Plug-in module to run (default: the one that comes with orbel)")
-      ->group(work)
-      ->type_name("FILE");
   command->add_flag("-v,--verbose", a.verbose, "Show the image library's warnings as well")->group("Messages");
   command->callback([arguments] { takeApart(*arguments); });
 }

@@ -28,9 +28,9 @@ std::string extensionsOf(const FileFormat& format) {
 
 std::string depthsOf(const FileFormat& format) {
   std::string text;
-  for (const VipsBandFormat samples : format.samples) {
-    const char* name = samples == VIPS_FORMAT_UCHAR ? "8" : samples == VIPS_FORMAT_USHORT ? "16" : "float";
-    text += (text.empty() ? "" : ", ") + std::string(name);
+  for (const SampleType samples : format.samples) {
+    const std::string name = samples == SampleType::floats ? "float" : std::to_string(depthOf(samples));
+    text += (text.empty() ? "" : ", ") + name;
   }
   return text;
 }

@@ -12,7 +12,8 @@
 #include "cli/commands.h"
 #include "batch/estimate.h"
 #include "files/failure.h"
-#include "pictures/image_file.h"
+#include "pictures/library.h"
+#include "pictures/picture.h"
 #include "batch/inputs.h"
 #include "batch/made_with.h"
 #include "pictures/metadata.h"
@@ -34,23 +35,16 @@ struct InfoArguments {
   bool verbose = false;
 };
 
-double memoryFor(const vips::VImage& picture) {
-  const int bytes = depthOf(picture) / 8;
-  const int documentBytes = bytes == 1 ? 1 : 4;
-  RunShape shape;
-  shape.width = picture.width();
-  shape.height = picture.height();
-  shape.bands = picture.bands();
-  shape.colours = colourBands(picture);
-  shape.readBytes = bytes;
-  shape.writtenBytes = bytes;
-  shape.documentBytes = documentBytes;
-  return memoryOf(shape, Settings());
+// At the settings that are built in.
+double memoryFor(const std::string& file, const Picture& picture) {
+  const int bytes = bytesOf(picture.samples());
+  const orbel_plan plan = planFor(file, Settings().run, picture, 0);
+  return memoryOf(plan, {picture.channels(), picture.colours(), bytes, bytes, 0, false, 0});
 }
 
 // Of the settings that a picture was made with, those that are not built in.
 std::string unusualOf(const json& madeWith) {
-  const json usual = settingsJson(SettingsChoice());
+  const json usual = settingsJson(Settings());
   std::string text;
   for (const auto& [word, value] : madeWith.items()) {
     if (!usual.contains(word) || usual[word] != value) text += (text.empty() ? "" : ", ") + word + " " + value.dump();
@@ -60,25 +54,22 @@ std::string unusualOf(const json& madeWith) {
 
 json describe(const std::string& file, std::optional<int> page) {
   Notes remarks;
-  const vips::VImage picture = openPicture(file, remarks, page);
-  requireThatHostHolds(file, picture.width(), picture.height());
+  const Picture picture = openPicture(file, remarks, page);
   const Metadata metadata = metadataOf(picture);
   const auto made = madeWithIn(picture);
-  const int orientation = vips_image_get_orientation(picture.get_image());
-  const std::string loader = picture.get_string(VIPS_META_LOADER);
   return {{"file", file},
           {"width", picture.width()},
           {"height", picture.height()},
-          {"bits", depthOf(picture)},
-          {"colour", colourBands(picture) == 3},
-          {"alpha", hasAlpha(picture)},
-          {"orientation", orientation},
+          {"bits", depthOf(picture.samples())},
+          {"colour", picture.colours() == 3},
+          {"alpha", picture.hasAlpha()},
+          {"orientation", picture.orientation()},
           {"icc", metadata.icc},
           {"exif", metadata.exif},
           {"xmp", metadata.xmp},
           {"iptc", metadata.iptc},
-          {"loader", loader.substr(0, loader.find("load"))},
-          {"memory", memoryFor(picture)},
+          {"loader", picture.loader()},
+          {"memory", memoryFor(file, picture)},
           {"made_with", made ? made->settings : json()},
           {"notes", remarks}};
 }

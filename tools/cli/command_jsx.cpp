@@ -19,9 +19,9 @@ struct JsxArguments {
 };
 
 void writeScript(const JsxArguments& arguments) {
-  const SettingsChoice choice = chooseSettings(arguments.settings);
-  if (printIfAsked(choice)) return;
-  const std::string script = photoshopScript(choice);
+  const Settings settings = chooseSettings(arguments.settings);
+  if (printIfAsked(arguments.settings, settings)) return;
+  const std::string script = photoshopScript(settings);
   if (arguments.output) {
     writeTextFile(*arguments.output, script, arguments.force);
   } else {

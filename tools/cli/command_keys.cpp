@@ -12,23 +12,42 @@ namespace orbel {
 
 namespace {
 
-const char* typeOf(ScriptKind kind) {
-  return kind == ScriptKind::Float ? "number" : kind == ScriptKind::Flag ? "on or off" : "whole number";
+const char* typeOf(orbel_key_kind kind) {
+  return kind == ORBEL_KEY_NUMBER ? "number" : kind == ORBEL_KEY_FLAG ? "on or off" : "whole number";
 }
 
-// orbel draws no overlay unless it is asked for one.
-double defaultOf(const ScriptKey& key) { return Settings().value(nameOf(key.code)); }
+// "gain 1", "half": the member that a key sets.
+std::string memberOf(const std::string& key) {
+  for (const SettingWord& word : bandWords) {
+    if (key.rfind(word.key, 0) == 0) return word.word + std::string(" ") + key.back();
+  }
+  for (const SettingWord& word : pictureWords) {
+    if (key == word.key) return word.word;
+  }
+  return "";
+}
 
 void printKeys(bool asJson) {
   nlohmann::ordered_json list = nlohmann::ordered_json::array();
-  for (const ScriptKey& key : scriptKeys) {
-    const nlohmann::ordered_json value = valueJson(defaultOf(key), key.kind);
+  const Settings defaults;
+  for (int i = 0; i < ORBEL_KEYS; ++i) {
+    const std::string key = orbel_key(i);
+    const nlohmann::ordered_json value = valueJson(defaults, key);
+    double least = 0;
+    double most = 0;
+    orbel_key_range(key.c_str(), &least, &most);
     if (asJson) {
-      list.push_back({{"key", nameOf(key.code)}, {"name", key.name}, {"type", typeOf(key.kind)}, {"default", value}});
+      list.push_back({{"key", key},
+                      {"name", memberOf(key)},
+                      {"type", typeOf(kindOf(key))},
+                      {"default", value},
+                      {"least", least},
+                      {"most", most}});
     } else {
-      const std::string text =
-          key.kind == ScriptKind::Flag ? (value ? "on" : "off") : fmt::format("{}", defaultOf(key));
-      std::cout << fmt::format("{}  {:<16} {:<13} default {}\n", nameOf(key.code), key.name, typeOf(key.kind), text);
+      const bool flag = kindOf(key) == ORBEL_KEY_FLAG;
+      const std::string text = flag ? (value ? "on" : "off") : fmt::format("{}", valueOf(defaults, key));
+      const std::string range = flag ? "" : fmt::format(", {} to {}", least, most);
+      std::cout << fmt::format("{}  {:<12} {:<13} default {}{}\n", key, memberOf(key), typeOf(kindOf(key)), text, range);
     }
   }
   if (asJson) std::cout << jsonText(list);

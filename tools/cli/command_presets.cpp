@@ -40,8 +40,8 @@ void list(const PresetsArguments& arguments, ExitCode& outcome) {
     ordered_json entry = presetJson(preset);
     std::string note;
     try {
-      SettingsChoice choice;
-      note = readSettings(preset.file, choice);
+      Settings settings;
+      note = readSettings(preset.file, settings);
       entry["description"] = note;
     } catch (const SettingsError& error) {
       note = error.what();
@@ -55,20 +55,20 @@ void list(const PresetsArguments& arguments, ExitCode& outcome) {
 }
 
 void show(const PresetsArguments& arguments) {
-  SettingsChoice choice;
+  Settings settings;
   const std::string file = presetFile(arguments.name);
-  const std::string description = readSettings(file, choice);
+  const std::string description = readSettings(file, settings);
   if (!arguments.json) {
-    std::cout << "# " << file << '\n' << settingsText(choice, description);
+    std::cout << "# " << file << '\n' << settingsText(settings, description);
     return;
   }
-  std::cout << jsonText({{"file", file}, {"description", description}, {"settings", settingsJson(choice)}});
+  std::cout << jsonText({{"file", file}, {"description", description}, {"settings", settingsJson(settings)}});
 }
 
 void save(const PresetsArguments& arguments) {
-  const SettingsChoice choice = chooseSettings(arguments.settings);
-  if (printIfAsked(choice)) return;
-  const std::string text = settingsText(choice, arguments.description);
+  const Settings settings = chooseSettings(arguments.settings);
+  if (printIfAsked(arguments.settings, settings)) return;
+  const std::string text = settingsText(settings, arguments.description);
   const std::string file = ownPresetFile(arguments.name);
   fs::create_directories(fs::path(file).parent_path());
   writeTextFile(file, text, arguments.force);
@@ -84,8 +84,8 @@ void check(const PresetsArguments& arguments, ExitCode& outcome) {
   for (const std::string& name : arguments.names) {
     std::string problem;
     try {
-      SettingsChoice choice;
-      readSettings(presetFile(name), choice);
+      Settings settings;
+      readSettings(presetFile(name), settings);
     } catch (const SettingsError& error) {
       problem = error.what();
       outcome = exitUsage;

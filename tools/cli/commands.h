@@ -3,10 +3,9 @@
 
 #include <CLI/CLI.hpp>
 
-namespace orbel {
+#include "files/exit_code.h"
 
-// What the program ends with.
-enum ExitCode { exitGood = 0, exitFileFailed = 1, exitUsage = 2, exitNoPlugin = 3, exitInterrupted = 130 };
+namespace orbel {
 
 // Each adds its subcommand to the program. Its work is done in the command's callback, once the command line has been
 // parsed; it may throw SettingsError (exit 2), NoPlugin (exit 3) or any other exception (exit 1), or put an exit code

@@ -38,19 +38,9 @@ void addSwitch(CLI::App& command, const char* group, const char* yes, const char
 
 }  // namespace
 
-void setMix(const std::string& option, double mix, SettingsChoice& choice) {
-  if (!(mix >= 0 && mix <= 100)) throw SettingsError(option + ": a mix goes from 0 to 100");
-  choice.mix = mix;
-}
-
-void setRefEdge(const std::string& option, int pixels, SettingsChoice& choice) {
-  if (pixels < 0) throw SettingsError(option + ": an edge can't be below 0 pixels");
-  choice.refEdge = pixels == 0 ? std::nullopt : std::optional(pixels);
-}
-
 void addSettingsOptions(CLI::App& command, SettingsArguments& a) {
   const char* bands = "Bands (five values, finest first, or one for all)";
-  add(command, bands, "--contrast", a.contrast, "LIST",
+  add(command, bands, "--gain,--contrast", a.gain, "LIST",
       "Gain of each band in percent, -1000 to 1000; 100 leaves a band as it is (default 100)");
   add(command, bands, "--radius", a.radius, "LIST",
       "Radius of each band in pixels of its level; 0: no low-pass (default 3)");
@@ -58,18 +48,18 @@ void addSettingsOptions(CLI::App& command, SettingsArguments& a) {
       "Contrast of protected edges, 0 to 255 (default 255,10,10,10,10)");
   add(command, bands, "--edges,--edge", a.edges, "LIST", "Edge protection, on or off (default off,on,on,on,on)");
   addEach(command, bands, "--band", a.bands, "N:WORD=VALUE,...",
-          "Values of one band; the words are contrast, radius, threshold and edges");
+          "Values of one band; the words are gain, radius, threshold and edges");
 
   const char* whole = "Whole picture";
-  add(command, whole, "--factor", a.factor, "NUMBER", "Gain of the coarse residual in percent (default 100)");
+  add(command, whole, "--residual,--factor", a.residual, "NUMBER", "Gain of the coarse residual in percent (default 100)");
   addSwitch(command, whole, "--half", "Add middle grey at the end", "--no-half", "Add none (default)", a.half);
   addSwitch(command, whole, "--luminance", "Work on luminance and keep the colours (default)", "--planes",
             "Work on red, green and blue each", a.luminance);
-  add(command, whole, "--cross", a.cross, "PIXELS", "Draw the cross overlay, so many pixels wide (default 0: none)");
+  add(command, whole, "--overlay,--cross", a.overlay, "PIXELS", "Draw an overlay of two diagonals and a stripe, so many pixels wide (default 0: none)");
   add(command, whole, "--mix", a.mix, "PERCENT", "How much of the result to blend into the original (default 100)");
   add(command, whole, "--mask", a.mask, "IMAGE",
       "Let the result show where this picture is white, the original where it is black; of the same proportions");
-  add(command, whole, "--ref-edge", a.refEdge, "PIXELS",
+  add(command, whole, "--reference-edge,--ref-edge", a.referenceEdge, "PIXELS",
       "The radii are meant for a picture with so long an edge, and scale with the picture (0: take them as they are)");
 
   const char* settings = "Settings";
@@ -81,30 +71,33 @@ void addSettingsOptions(CLI::App& command, SettingsArguments& a) {
       ->group(settings);
 }
 
-SettingsChoice chooseSettings(const SettingsArguments& a) {
-  SettingsChoice choice;
-  Settings& settings = choice.settings;
-  if (a.preset) readSettings(presetFile(*a.preset), choice);
-  if (a.contrast) settings.setBands("--contrast", "CON", *a.contrast);
-  if (a.radius) settings.setBands("--radius", "RAD", *a.radius);
-  if (a.threshold) settings.setBands("--threshold", "THR", *a.threshold);
-  if (a.edges) settings.setBands("--edges", "EDG", *a.edges);
-  if (a.factor) settings.set("--factor", "FCTR", *a.factor);
-  if (a.half) settings.setNumber("HALF", *a.half ? 1 : 0);
-  if (a.luminance) settings.setNumber("LUMI", *a.luminance ? 1 : 0);
-  if (a.cross) settings.set("--cross", "WDTH", *a.cross);
-  if (a.mix) setMix("--mix", numberFrom("--mix", *a.mix), choice);
-  if (a.mask) choice.mask = a.mask;
-  if (a.refEdge) setRefEdge("--ref-edge", integerFrom("--ref-edge", *a.refEdge), choice);
-  for (const std::string& band : a.bands) settings.setBand("--band", band);
-  for (const std::string& pair : a.pairs) settings.setPair("--set", pair);
-  choice.printSettings = a.printSettings;
-  return choice;
+Settings chooseSettings(const SettingsArguments& a) {
+  Settings settings;
+  const auto bands = [&](const char* option, const char* word, const Text& values) {
+    if (values) setBands(settings, option, *bandWord(word), *values);
+  };
+  if (a.preset) readSettings(presetFile(*a.preset), settings);
+  bands("--gain", "gain", a.gain);
+  bands("--radius", "radius", a.radius);
+  bands("--threshold", "threshold", a.threshold);
+  bands("--edges", "edges", a.edges);
+  if (a.residual) setKey(settings, "--residual", "FCTR", *a.residual);
+  if (a.half) settings.run.half = *a.half ? 1 : 0;
+  if (a.luminance) settings.run.luminance = *a.luminance ? 1 : 0;
+  if (a.overlay) setKey(settings, "--overlay", "WDTH", *a.overlay);
+  if (a.mix) setMix(settings, "--mix", numberFrom("--mix", *a.mix));
+  if (a.mask) settings.mask = a.mask;
+  if (a.referenceEdge) {
+    setReferenceEdge(settings, "--reference-edge", integerFrom("--reference-edge", *a.referenceEdge));
+  }
+  for (const std::string& band : a.bands) setBand(settings, "--band", band);
+  for (const std::string& pair : a.pairs) setPair(settings, "--set", pair);
+  return settings;
 }
 
-bool printIfAsked(const SettingsChoice& choice) {
-  if (choice.printSettings) std::cout << settingsText(choice, "");
-  return choice.printSettings;
+bool printIfAsked(const SettingsArguments& arguments, const Settings& settings) {
+  if (arguments.printSettings) std::cout << settingsText(settings, "");
+  return arguments.printSettings;
 }
 
 }  // namespace orbel

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "settings/settings_choice.h"
+#include "settings/settings.h"
 
 namespace CLI {
 class App;
@@ -16,19 +16,19 @@ namespace orbel {
 // The options as they were typed; lists and values are still text.
 struct SettingsArguments {
   std::optional<std::string> preset;
-  std::optional<std::string> contrast;
+  std::optional<std::string> gain;
   std::optional<std::string> radius;
   std::optional<std::string> threshold;
   std::optional<std::string> edges;
   std::vector<std::string> bands;
   std::vector<std::string> pairs;
-  std::optional<std::string> factor;
+  std::optional<std::string> residual;
   std::optional<bool> half;
   std::optional<bool> luminance;
-  std::optional<std::string> cross;
+  std::optional<std::string> overlay;
   std::optional<std::string> mix;
   std::optional<std::string> mask;
-  std::optional<std::string> refEdge;
+  std::optional<std::string> referenceEdge;
   bool printSettings = false;
 };
 
@@ -37,9 +37,9 @@ void addSettingsOptions(CLI::App& command, SettingsArguments& arguments);
 
 // What the arguments ask for. Each of these wins over those before it: what is built in, the preset, lists and options
 // for the whole picture, options for one band, keys. Throws SettingsError, which names the option or the file.
-SettingsChoice chooseSettings(const SettingsArguments& arguments);
+Settings chooseSettings(const SettingsArguments& arguments);
 
-// With --print-settings: prints the choice to standard output, as a settings file, and returns true.
-bool printIfAsked(const SettingsChoice& choice);
+// With --print-settings: prints the settings to standard output, as a settings file, and returns true.
+bool printIfAsked(const SettingsArguments& arguments, const Settings& settings);
 
 }  // namespace orbel

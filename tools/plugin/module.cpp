@@ -4,8 +4,8 @@
 
 #include <filesystem>
 
-#include "plugin/elf_file.h"
 #include "files/program_folder.h"
+#include "plugin/elf_file.h"
 
 namespace orbel {
 

@@ -4,19 +4,20 @@
 #include <cstring>
 #include <memory>
 
+#include "host/script_keys.h"
 #include "plugin/memory_handles.h"
 
-namespace orbel {
-
-// What the interface's tokens point at.
+// What the interface's tokens point at; their names are the interface's own.
 struct PIReadDescriptorToken {
-  std::vector<ScriptValue> values;
+  std::vector<orbel::ScriptValue> values;
   DescriptorKeyID* expectedKeys;
   std::size_t next;  // the value in hand is the one before
 };
 struct PIWriteDescriptorToken {
-  std::vector<ScriptValue> values;
+  std::vector<orbel::ScriptValue> values;
 };
+
+namespace orbel {
 
 namespace {
 
@@ -130,5 +131,15 @@ std::vector<ScriptValue> valuesOf(PIDescriptorHandle descriptor) {
 
 ReadDescriptorProcs& readProcedures() { return readTable; }
 WriteDescriptorProcs& writeProcedures() { return writeTable; }
+
+std::vector<ScriptValue> scriptOf(const orbel_settings& settings) {
+  std::vector<ScriptValue> script;
+  for (const ScriptKey& key : scriptKeys) {
+    double value = 0;
+    orbel_settings_get(&settings, nameOf(key).text, &value);
+    script.push_back({key.code, descriptorType(key.kind), value});
+  }
+  return script;
+}
 
 }  // namespace orbel

@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "api/orbel.h"
 #include "host/host_interface.h"
 
 namespace orbel {
@@ -12,6 +13,10 @@ struct ScriptValue {
   DescriptorTypeID type;  // typeFloat, typeBoolean or typeInteger
   double number;          // holds every value of the three types
 };
+
+// All 24 keys of settings, in the order of the plug-in's record. The host interface knows radii in pixels alone, and no
+// mix: a reference edge has to be in the radii already.
+std::vector<ScriptValue> scriptOf(const orbel_settings& settings);
 
 // A descriptor in a handle of handleProcedures(); null when there is no memory.
 PIDescriptorHandle makeDescriptor(const std::vector<ScriptValue>& values);

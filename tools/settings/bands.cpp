@@ -6,41 +6,36 @@ namespace orbel {
 
 namespace {
 
-constexpr int bandCount = 5;
-
-std::string keyOf(const char* family, int band) { return family + std::to_string(band); }
-
-// Nothing but the band, or nothing but the residual for band 0.
-Settings alone(Settings settings, int band) {
-  for (int other = 1; other <= bandCount; ++other) {
-    if (other != band) settings.setNumber(keyOf("CON", other), 0);
+// Nothing but the band, or nothing but the residual for ORBEL_BANDS.
+orbel_settings alone(orbel_settings run, int shown) {
+  for (int band = 0; band < ORBEL_BANDS; ++band) {
+    if (band != shown) run.bands[band].gain = 0;
   }
-  if (band != 0) settings.setNumber("FCTR", 0);
-  settings.setNumber("HALF", band != 0 ? 1 : 0);
-  settings.setNumber("LUMI", 0);
-  settings.setNumber("WDTH", 0);
-  return settings;
+  if (shown != ORBEL_BANDS) run.residual = 0;
+  run.half = shown != ORBEL_BANDS ? 1 : 0;
+  run.luminance = 0;
+  run.overlay = 0;
+  run.mix = 100;
+  return run;
 }
 
-std::string describe(const Settings& settings, int band) {
-  const double gain = settings.value(keyOf("CON", band));
-  const double radius = settings.value(keyOf("RAD", band));
-  if (settings.value(keyOf("EDG", band)) == 0) return fmt::format("gain {:.4g} %, radius {:.4g}", gain, radius);
-  return fmt::format("gain {:.4g} %, radius {:.4g}, edges from {:.4g}", gain, radius,
-                     settings.value(keyOf("THR", band)));
+std::string describe(const orbel_band& band) {
+  if (band.edges == 0) return fmt::format("gain {:.4g} %, radius {:.4g}", band.gain, band.radius);
+  return fmt::format("gain {:.4g} %, radius {:.4g}, edges from {:.4g}", band.gain, band.radius, band.threshold);
 }
 
 }  // namespace
 
-std::vector<BandRun> bandRuns(const Settings& settings) {
-  std::vector<BandRun> runs;
-  for (int band = 1; band <= bandCount; ++band) {
-    const char* const end = band == 1 ? " (finest)" : band == bandCount ? " (coarsest)" : "";
-    runs.push_back({fmt::format("band{}", band), fmt::format("Band {}{}\n{}", band, end, describe(settings, band)),
-                    alone(settings, band)});
+std::vector<BandView> bandViews(const orbel_settings& run) {
+  std::vector<BandView> views;
+  for (int i = 0; i < ORBEL_BANDS; ++i) {
+    const char* const end = i == 0 ? " (finest)" : i == ORBEL_BANDS - 1 ? " (coarsest)" : "";
+    const std::string label = fmt::format("Band {}{}\n{}", i + 1, end, describe(run.bands[i]));
+    views.push_back({fmt::format("band{}", i + 1), label, alone(run, i)});
   }
-  runs.push_back({"residual", fmt::format("Residual\nfactor {:.4g} %", settings.value("FCTR")), alone(settings, 0)});
-  return runs;
+  const std::string label = fmt::format("Residual\ngain {:.4g} %", run.residual);
+  views.push_back({"residual", label, alone(run, ORBEL_BANDS)});
+  return views;
 }
 
 }  // namespace orbel

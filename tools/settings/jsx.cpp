@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "pictures/finish.h"
+#include "host/script_keys.h"
 
 namespace orbel {
 
@@ -12,36 +12,43 @@ const char* putterOf(ScriptKind kind) {
   return kind == ScriptKind::Float ? "putDouble" : kind == ScriptKind::Flag ? "putBoolean" : "putInteger";
 }
 
-std::string putLine(const ScriptKey& key, const SettingsChoice& choice) {
-  const std::string name = nameOf(key.code);
-  const double number = choice.settings.value(name);
+std::string textOf(std::uint32_t code) {
+  std::string text;
+  for (const int shift : {24, 16, 8, 0}) text += static_cast<char>(code >> shift & 0xFF);
+  return text;
+}
+
+std::string putLine(const ScriptKey& key, const Settings& settings) {
+  const std::string name = nameOf(key).text;
+  const double number = valueOf(settings, name);
   std::string value = fmt::format("{}", number);
   if (key.kind == ScriptKind::Flag) value = number != 0 ? "true" : "false";
-  if (choice.refEdge && name.rfind("RAD", 0) == 0) value += " * scale";
+  if (settings.run.reference_edge != 0 && key.member == SettingMember::radius) value += " * scale";
   return fmt::format("  settings.{}(charIDToTypeID(\"{}\"), {}); // {}\n", putterOf(key.kind), name, value, key.name);
 }
 
 }  // namespace
 
-std::string photoshopScript(const SettingsChoice& choice) {
-  if (isBlended(choice)) {
+std::string photoshopScript(const Settings& settings) {
+  if (isBlended(settings)) {
     throw SettingsError(
         "a Photoshop script has no --mix and no --mask: run it on a copy of the layer, and use the "
         "layer's opacity and mask");
   }
+  const std::string eventId = textOf(filterEventId);
   // In the language of ExtendScript, which is that of 1999.
   std::string script =
       "// Orbel Band Equalizer on the active document. Run it with File > Scripts > Browse.\n"
       "(function () {\n";
-  if (choice.refEdge) {
+  if (settings.run.reference_edge != 0) {
     script += fmt::format(
         "  // The radii are meant for a picture with a long edge of {0} pixels.\n"
         "  var document = app.activeDocument;\n"
         "  var scale = Math.max(document.width.as(\"px\"), document.height.as(\"px\")) / {0};\n",
-        *choice.refEdge);
+        settings.run.reference_edge);
   }
   script += "  var settings = new ActionDescriptor();\n";
-  for (const ScriptKey& key : scriptKeys) script += putLine(key, choice);
+  for (const ScriptKey& key : scriptKeys) script += putLine(key, settings);
   script += fmt::format(
       "  try {{\n"
       "    // Photoshop knows a filter with a scope of its own by that scope.\n"
@@ -55,7 +62,7 @@ std::string photoshopScript(const SettingsChoice& choice) {
       "    }}\n"
       "  }}\n"
       "}})();\n",
-      filterScope, nameOf(filterEventId));
+      filterScope, eventId);
   return script;
 }
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "settings/settings_choice.h"
+#include "settings/settings.h"
 
 namespace orbel {
 

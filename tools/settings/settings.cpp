@@ -98,7 +98,8 @@ void setPair(Settings& settings, const std::string& option, const std::string& p
 void setBands(Settings& settings, const std::string& option, const SettingWord& word, const std::string& values) {
   std::vector<std::string> parts = split(values, ',');
   if (parts.size() == 1) parts.resize(ORBEL_BANDS, parts.front());
-  if (parts.size() != ORBEL_BANDS) throw SettingsError(option + ": " + quoted(values) + " is neither one value nor five");
+  if (parts.size() != ORBEL_BANDS)
+    throw SettingsError(option + ": " + quoted(values) + " is neither one value nor five");
   for (int band = 1; band <= ORBEL_BANDS; ++band) {
     setKey(settings, option, keyOf(word, band), parts[static_cast<std::size_t>(band) - 1]);
   }

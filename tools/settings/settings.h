@@ -16,9 +16,9 @@ struct Settings {
   Settings();  // the engine's defaults
 };
 
-// A setting with a value for each band ("gain": the keys CON1 to CON5), or one for the whole picture ("residual": FCTR).
-// The words are those of the command line and of settings files alike; where there are two, both are understood, and
-// the first is written.
+// A setting with a value for each band ("gain": the keys CON1 to CON5), or one for the whole picture ("residual":
+// FCTR). The words are those of the command line and of settings files alike; where there are two, both are understood,
+// and the first is written.
 struct SettingWord {
   const char* word;
   const char* other;  // null where there is one

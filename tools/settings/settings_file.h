@@ -1,12 +1,12 @@
 // Settings as TOML files: the words of the command line, one a line.
 //
 //   description = "What it is for, in a sentence."
-//   contrast = [100, 140, 160, 130, 110]    # one value for each band, finest first, or one for all
+//   gain = [100, 140, 160, 130, 110]    # one value for each band, finest first, or one for all
 //   edges = [false, true, true, true, true]
-//   factor = 100
+//   residual = 100
 //
-// The words: contrast, radius, threshold, edges; factor, half, luminance, cross; mix, mask, ref-edge; description. All
-// may be left out.
+// The words: gain, radius, threshold, edges; residual, half, luminance, overlay; mix, mask, reference-edge;
+// description. Older ones stay: contrast, factor, cross, ref-edge. All may be left out.
 #pragma once
 
 #include <string>

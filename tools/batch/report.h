@@ -12,7 +12,7 @@ namespace orbel {
 
 enum class Progress { Auto, Bar, Lines, Json, None };
 
-struct TalkOptions {
+struct ReportOptions {
   Progress progress = Progress::Auto;  // Auto: a bar where the error output is a terminal
   bool quiet = false;                  // errors only
   bool json = false;                   // results as JSON, one object a line
@@ -20,10 +20,10 @@ struct TalkOptions {
   bool resultsToErrors = false;  // a picture goes to the standard output
 };
 
-class Talk {
+class Report {
  public:
   // bytes: the size of all files together, by which the time that is left is told.
-  Talk(const TalkOptions& options, std::size_t files, double bytes);
+  Report(const ReportOptions& options, std::size_t files, double bytes);
 
   // Of one file. Results go to the standard output; failures, notes and progress to the error output.
   void tell(const Outcome& outcome);
@@ -47,7 +47,7 @@ class Talk {
   void clearBar();
   void printProgress() const;
 
-  TalkOptions options_;
+  ReportOptions options_;
   std::size_t files_;
   double bytes_;
   double bytesDone_ = 0;

@@ -1,4 +1,4 @@
-// One file from its reading to its writing.
+// One file, from its reading to its writing: check, decode, equalize, write.
 #pragma once
 
 #include <functional>
@@ -6,11 +6,12 @@
 #include <optional>
 #include <string>
 
-#include "pictures/exiftool.h"
-#include "pictures/image_file.h"
 #include "batch/outcome.h"
+#include "pictures/exiftool.h"
+#include "pictures/picture.h"
+#include "pictures/save.h"
 #include "plugin/plugin_host.h"
-#include "cli/settings_options.h"
+#include "settings/settings.h"
 
 namespace orbel {
 
@@ -25,12 +26,12 @@ struct Job {
   Notes notes{};  // that are known beforehand
 };
 
-struct WorkOptions {
-  SettingsChoice choice;
-  nlohmann::json madeWith;  // what results remember of all this
-  PluginEntry entry = nullptr;
-  std::optional<VipsBandFormat> samples;  // of the output; as the input's if not given
-  std::optional<int> hostDepth;           // the least that loses nothing if not given
+struct JobOptions {
+  Settings settings;
+  nlohmann::json madeWith;            // what results remember of all this
+  PluginEntry plugin = nullptr;       // a module to play as a host does, instead of the engine
+  std::optional<int> hostDepth;       // of a module's document; the least that loses nothing if not given
+  std::optional<SampleType> samples;  // of the output; as the input's if not given
   SaveOptions save;
   std::optional<int> page;  // of the inputs
   bool keepsOriginal = false;
@@ -38,11 +39,11 @@ struct WorkOptions {
   bool dryRun = false;
   double mostMinutes = 10;
   double mostMemory = 0;  // bytes; 0: no limit
-  unsigned threads = 1;   // for the estimate of time
+  int threads = 0;        // 0: as many as there are processors
 };
 
 // The outcome of a job that wasn't done.
-Outcome settled(const Job& job, Outcome::Status status, const Failure& why);
+Outcome outcomeOf(const Job& job, Outcome::Status status, const Failure& why);
 
 // What a job needs of the process that began it.
 struct Surroundings {
@@ -52,6 +53,6 @@ struct Surroundings {
 
 // Does the job; in a dry run all but the work itself and the writing: the picture is read to its end. Throws Failure,
 // and std::bad_alloc.
-Outcome work(const Job& job, const WorkOptions& options, const Surroundings& surroundings);
+Outcome doJob(const Job& job, const JobOptions& options, const Surroundings& surroundings);
 
 }  // namespace orbel

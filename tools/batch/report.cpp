@@ -1,4 +1,4 @@
-#include "batch/talk.h"
+#include "batch/report.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -24,7 +24,7 @@ constexpr double secondsBeforeBar = 1;
 
 }  // namespace
 
-Talk::Talk(const TalkOptions& options, std::size_t files, double bytes)
+Report::Report(const ReportOptions& options, std::size_t files, double bytes)
     : options_(options), files_(files), bytes_(bytes) {
   if (options_.progress == Progress::Auto) {
     const bool bar = isatty(STDERR_FILENO) != 0 && !options_.quiet;
@@ -32,20 +32,20 @@ Talk::Talk(const TalkOptions& options, std::size_t files, double bytes)
   }
 }
 
-void Talk::flush() {
+void Report::flush() {
   std::fflush(stdout);
   std::fflush(stderr);
 }
 
-double Talk::secondsGone() const {
+double Report::secondsGone() const {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
 }
 
-double Talk::secondsLeft() const { return bytesDone_ > 0 ? secondsGone() * std::max(0.0, bytes_ / bytesDone_ - 1) : 0; }
+double Report::secondsLeft() const { return bytesDone_ > 0 ? secondsGone() * std::max(0.0, bytes_ / bytesDone_ - 1) : 0; }
 
-double Talk::megapixelsPerSecond() const { return megapixels_ / std::max(secondsGone(), 1e-3); }
+double Report::megapixelsPerSecond() const { return megapixels_ / std::max(secondsGone(), 1e-3); }
 
-std::string Talk::line(const Outcome& o) const {
+std::string Report::line(const Outcome& o) const {
   if (o.status == Outcome::Status::Skipped) return o.line();
   const std::string shape = fmt::format("{} x {}, {} bits", o.width, o.height, o.bits);
   if (options_.dryRun) {
@@ -55,7 +55,7 @@ std::string Talk::line(const Outcome& o) const {
   return fmt::format("{} -> {} ({})", o.input, o.output, shape);
 }
 
-void Talk::report(const Outcome& o) {
+void Report::report(const Outcome& o) {
   if (o.status == Outcome::Status::Failed) fmt::print(stderr, "orbel: {}\n", printable(o.line()));
   if (!options_.quiet) {
     for (const std::string& note : o.notes) {
@@ -70,7 +70,7 @@ void Talk::report(const Outcome& o) {
   }
 }
 
-void Talk::tell(const Outcome& outcome) {
+void Report::tell(const Outcome& outcome) {
   clearBar();
   bytesDone_ += sizeOfFile(outcome.input);
   estimatedSeconds_ += outcome.estimatedSeconds;
@@ -84,7 +84,7 @@ void Talk::tell(const Outcome& outcome) {
   tick();
 }
 
-void Talk::printProgress() const {
+void Report::printProgress() const {
   const std::size_t gone = done_ + failed_ + skipped_;
   if (options_.progress == Progress::Json) {
     fmt::print(stderr, "{}",
@@ -99,12 +99,12 @@ void Talk::printProgress() const {
   }
 }
 
-void Talk::tick() {
+void Report::tick() {
   if (options_.progress != Progress::Bar || secondsGone() < secondsBeforeBar) return;
   drawBar();
 }
 
-void Talk::drawBar() {
+void Report::drawBar() {
   constexpr std::size_t cells = 30;
   const std::size_t gone = done_ + failed_ + skipped_;
   const auto full = static_cast<std::size_t>(bytes_ > 0 ? static_cast<double>(cells) * bytesDone_ / bytes_ : 0);
@@ -115,12 +115,12 @@ void Talk::drawBar() {
   barIsThere_ = true;
 }
 
-void Talk::clearBar() {
+void Report::clearBar() {
   if (barIsThere_) fmt::print(stderr, "\r\033[K");
   barIsThere_ = false;
 }
 
-void Talk::summarize() {
+void Report::summarize() {
   clearBar();
   const std::size_t left = files_ - done_ - failed_ - skipped_;
   if (files_ < 2 || options_.quiet) return;
