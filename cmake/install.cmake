@@ -1,16 +1,34 @@
 # What cmake --install puts where, by component, and the Debian packages that cpack -G DEB makes of it:
-# orbel: the program, its presets and the plug-in module; libband-equalizer-dev: the static library for other programs.
+# orbel: the program, its presets and the plug-in module; liborbel-dev: the front door, a shared library, for other
+# programs; libband-equalizer-dev: the toolkit behind it, a static library.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(ORBEL_MODULE_DESTINATION ${CMAKE_INSTALL_LIBDIR}/orbel)
 set(ORBEL_PRESETS_DESTINATION ${CMAKE_INSTALL_DATADIR}/orbel/presets)
 
+# By which other projects find a library: files for CMake and pkg-config.
+function(orbel_install_library name component)
+  set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/${name})
+  install(EXPORT ${name} FILE ${name}Targets.cmake NAMESPACE ${name}:: DESTINATION ${config_folder}
+    COMPONENT ${component})
+  configure_package_config_file(cmake/${name}Config.cmake.in ${name}Config.cmake INSTALL_DESTINATION ${config_folder})
+  write_basic_package_version_file(${name}ConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name}Config.cmake ${CMAKE_CURRENT_BINARY_DIR}/${name}ConfigVersion.cmake
+    DESTINATION ${config_folder} COMPONENT ${component})
+
+  # Relative, so that the files may be moved as a whole.
+  set(pkgconfig_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  file(RELATIVE_PATH prefix_from_pkgconfig /${pkgconfig_folder} /)
+  configure_file(cmake/${name}.pc.in ${name}.pc @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc DESTINATION ${pkgconfig_folder} COMPONENT ${component})
+endfunction()
+
 # After all targets are there: a function, because the destinations above are needed before.
 function(orbel_install)
   # First of all, or the first file that is missing would be named without a reason.
   string(CONFIGURE [[
-    foreach(file "$<TARGET_FILE:orbel>" "$<TARGET_FILE:OrbelBandEqualizer>" "$<TARGET_FILE:band_equalizer>"
+    foreach(file "$<TARGET_FILE:orbel>" "$<TARGET_FILE:OrbelBandEqualizer>" "$<TARGET_FILE:band_equalizer>" "$<TARGET_FILE:orbel_shared>"
         "@CMAKE_BINARY_DIR@/orbel.1" "@CMAKE_BINARY_DIR@/orbel.bash" "@CMAKE_BINARY_DIR@/_orbel"
         "@CMAKE_BINARY_DIR@/orbel.fish")
       if(NOT EXISTS "${file}")
@@ -30,24 +48,16 @@ function(orbel_install)
     COMPONENT orbel)
   install(TARGETS OrbelBandEqualizer LIBRARY DESTINATION ${ORBEL_MODULE_DESTINATION} COMPONENT module)
 
-  set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/band_equalizer)
+  install(TARGETS orbel_shared EXPORT orbel
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT door
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT door)
+  orbel_install_library(orbel door)
   install(TARGETS band_equalizer EXPORT band_equalizer
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev
     FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/band_equalizer COMPONENT dev)
-  install(EXPORT band_equalizer FILE band_equalizerTargets.cmake NAMESPACE band_equalizer::
-    DESTINATION ${config_folder} COMPONENT dev)
-  configure_package_config_file(cmake/band_equalizerConfig.cmake.in band_equalizerConfig.cmake
-    INSTALL_DESTINATION ${config_folder})
-  write_basic_package_version_file(band_equalizerConfigVersion.cmake COMPATIBILITY SameMinorVersion)
-  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/band_equalizerConfig.cmake
-    ${CMAKE_CURRENT_BINARY_DIR}/band_equalizerConfigVersion.cmake DESTINATION ${config_folder} COMPONENT dev)
+  orbel_install_library(band_equalizer dev)
 
-  # Relative, so that the files may be moved as a whole.
-  set(pkgconfig_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-  file(RELATIVE_PATH prefix_from_pkgconfig /${pkgconfig_folder} /)
-  configure_file(cmake/band_equalizer.pc.in band_equalizer.pc @ONLY)
-  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/band_equalizer.pc DESTINATION ${pkgconfig_folder} COMPONENT dev)
-
+  install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/liborbel-dev RENAME copyright COMPONENT door)
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/orbel RENAME copyright COMPONENT orbel)
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libband-equalizer-dev RENAME copyright COMPONENT dev)
 endfunction()
@@ -56,9 +66,10 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "Orbel Band Equalizer maintainers <orbel@localhost>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
-set(CPACK_COMPONENTS_ALL orbel module dev)
+set(CPACK_COMPONENTS_ALL orbel module door dev)
 set(CPACK_COMPONENT_ORBEL_GROUP orbel)
 set(CPACK_COMPONENT_MODULE_GROUP orbel)
+set(CPACK_COMPONENT_DOOR_GROUP door)
 set(CPACK_COMPONENT_DEV_GROUP dev)
 set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -72,6 +83,13 @@ set(CPACK_DEBIAN_ORBEL_DESCRIPTION
   "Takes pictures apart into five bands of detail and a residual, weighs each, and\n"
   "puts them together again: one file or thousands, with presets.")
 string(JOIN "" CPACK_DEBIAN_ORBEL_DESCRIPTION ${CPACK_DEBIAN_ORBEL_DESCRIPTION})
+set(CPACK_DEBIAN_DOOR_PACKAGE_NAME liborbel-dev)
+set(CPACK_DEBIAN_DOOR_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DOOR_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_DOOR_DESCRIPTION
+  "equalizer for the detail in photographs: library\n"
+  "The engine for other programs, in C, with files for CMake and pkg-config.")
+string(JOIN "" CPACK_DEBIAN_DOOR_DESCRIPTION ${CPACK_DEBIAN_DOOR_DESCRIPTION})
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libband-equalizer-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS g++)

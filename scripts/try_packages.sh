@@ -22,6 +22,7 @@ mount -t proc proc "$bare/proc"  # orbel finds its module by it
 inside apt-get update -q >/dev/null
 mkdir "$bare/tmp/try"
 cp "$build"/orbel_*.deb "$bare/tmp/try/orbel.deb"
+cp "$build"/liborbel-dev_*.deb "$bare/tmp/try/door.deb"
 cp "$build"/libband-equalizer-dev_*.deb "$bare/tmp/try/dev.deb"
 cp "$root/examples/chelsea.png" "$bare/tmp/try"
 cp -r "$root/tests/packaging" "$bare/tmp/try"
@@ -33,19 +34,22 @@ inside orbel presets list
 inside orbel apply /tmp/try/chelsea.png -o /tmp/try/out.png -p clarity
 inside orbel bands /tmp/try/chelsea.png -o /tmp/try/bands
 
-echo "== libband-equalizer-dev, by CMake and by pkg-config"
-install /tmp/try/dev.deb g++ cmake make pkg-config
+echo "== liborbel-dev and libband-equalizer-dev, by CMake and by pkg-config"
+install /tmp/try/door.deb /tmp/try/dev.deb g++ cmake make pkg-config
 inside sh -ec '
   cd /tmp/try
   cmake -S packaging -B found >/dev/null
   cmake --build found >/dev/null
+  found/uses_orbel
   found/uses_band_equalizer
+  cc packaging/uses_orbel.c $(pkg-config --cflags --libs orbel) -o door_by_pkg_config
+  ./door_by_pkg_config
   g++ -std=c++17 packaging/uses_band_equalizer.cpp $(pkg-config --cflags --libs band_equalizer) -o by_pkg_config
   ./by_pkg_config
   ldd by_pkg_config'
 
 echo "== and away again"
-inside apt-get purge -q -y orbel libband-equalizer-dev >/dev/null
+inside apt-get purge -q -y orbel liborbel-dev libband-equalizer-dev >/dev/null
 if inside find /usr -iname '*orbel*' -o -iname '*band*equalizer*' | grep .; then
   echo "left behind"
   exit 1

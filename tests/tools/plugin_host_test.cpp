@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "host/filter_entry.h"
-#include "settings/settings.h"
+#include "plugin/script_descriptor.h"
 
 using namespace orbel;
 
@@ -88,7 +88,7 @@ void expectKeys(std::int16_t selector, void* record, std::intptr_t*, std::int16_
   DescriptorKeyID expected[] = {fourCharacters("RAD2"), fourCharacters("CON1"), 0};
   PIReadDescriptor token = read.openReadDescriptorProc(scripting.descriptor, expected);
   for (const ScriptValue& value :
-       {ScriptValue{fourCharacters("RAD2"), typeFloat, 2.5}, ScriptValue{fourCharacters("EDG5"), typeBoolean, 1},
+       {ScriptValue{fourCharacters("RAD2"), typeFloat, -2.5}, ScriptValue{fourCharacters("EDG5"), typeBoolean, 1},
         ScriptValue{fourCharacters("WDTH"), typeInteger, 7}}) {
     DescriptorKeyID key = 0;
     DescriptorTypeID type = 0;
@@ -109,19 +109,21 @@ void expectKeys(std::int16_t selector, void* record, std::intptr_t*, std::int16_
   EXPECT_EQ(read.closeReadDescriptorProc(token), errMissingParameter);
 }
 
-TEST(PluginHost, PlaysTheGivenKeysAlone) {
-  Settings settings;
-  for (const char* pair : {"RAD2=2.5", "EDG5=yes", "WDTH=7"}) settings.setPair("--set", pair);
+TEST(PluginHost, PlaysTheGivenKeys) {
+  const std::vector<ScriptValue> script = {{fourCharacters("RAD2"), typeFloat, -2.5},
+                                           {fourCharacters("EDG5"), typeBoolean, 1},
+                                           {fourCharacters("WDTH"), typeInteger, 7}};
   Document document = smallDocument(3);
-  runPlugin(expectKeys, settings.script(), document);
+  runPlugin(expectKeys, script, document);
 }
 
 TEST(PluginHost, GetsBackWhatThePluginRanWith) {
-  Settings settings;
-  settings.setBands("--contrast", "CON", "90,110,120,130,140");
+  orbel_settings settings;
+  orbel_settings_init(&settings, sizeof settings);
+  for (int i = 0; i < ORBEL_BANDS; ++i) settings.bands[i].gain = 90 + 10 * i;
   Document document = smallDocument(3);
-  const std::vector<ScriptValue> recorded = runPlugin(PluginMain, settings.script(), document);
-  const std::vector<ScriptValue> expected = settings.wholeScript();
+  const std::vector<ScriptValue> expected = scriptOf(settings);
+  const std::vector<ScriptValue> recorded = runPlugin(PluginMain, expected, document);
   ASSERT_EQ(recorded.size(), expected.size());
   for (std::size_t i = 0; i < expected.size(); ++i) {
     EXPECT_EQ(recorded[i].key, expected[i].key);

@@ -38,46 +38,55 @@ TEST_F(SettingsTest, LaterSourcesWin) {
   SettingsArguments arguments;
   arguments.preset = "a.toml";
   saveText("a.toml", "contrast = [1, 1, 1, 1, 1]\nradius = 7\nhalf = true\nmix = 40\nref-edge = 900\n");
-  arguments.contrast = "2,2,2,2,2";
-  arguments.bands = {"3:contrast=3,edges=off", "4:contrast=3", "5:contrast=3"};
+  arguments.gain = "2,2,2,2,2";
+  arguments.bands = {"3:gain=3,edges=off", "4:contrast=3", "5:gain=3"};
   arguments.pairs = {"CON4=4", "CON5=4", "CON5=5"};
   arguments.half = false;
   arguments.mix = "60";
-  const SettingsChoice choice = chooseSettings(arguments);
+  const Settings settings = chooseSettings(arguments);
   const std::pair<const char*, double> expected[] = {{"CON1", 2}, {"CON2", 2}, {"CON3", 3},   {"CON4", 4}, {"CON5", 5},
                                                      {"RAD1", 7}, {"RAD5", 7}, {"EDG1", 0},   {"EDG2", 1}, {"EDG3", 0},
                                                      {"HALF", 0}, {"LUMI", 1}, {"THR1", 255}, {"WDTH", 0}};
-  for (const auto& [key, value] : expected) EXPECT_EQ(choice.settings.value(key), value) << key;
-  EXPECT_EQ(choice.mix, 60);
-  EXPECT_EQ(choice.refEdge, 900);
+  for (const auto& [key, value] : expected) EXPECT_EQ(valueOf(settings, key), value) << key;
+  EXPECT_EQ(settings.run.mix, 60);
+  EXPECT_EQ(settings.run.reference_edge, 900);
 }
 
 TEST_F(SettingsTest, ComeBackFromTheirText) {
-  SettingsChoice choice;
-  choice.settings.setBands("", "CON", "0.1,-3,1000,123.4567890123,1e-7");
-  choice.settings.setBands("", "EDG", "on,off,on,off,on");
-  choice.settings.setPair("", "WDTH=32767");
-  choice.settings.setPair("", "LUMI=off");
-  choice.mix = 33.3;
-  choice.mask = fs::absolute("it's a \"mask\"\\\n\x01 ü.png");
-  choice.refEdge = 6000;
-  const std::string text = settingsText(choice, "Says \"what\"\nit is for.");
-  SettingsChoice back;
-  back.settings.setBands("", "RAD", "99");
+  Settings settings;
+  setBands(settings, "", *bandWord("gain"), "0.1,-3,1000,123.4567890123,1e-7");
+  setBands(settings, "", *bandWord("edges"), "on,off,on,off,on");
+  setPair(settings, "", "WDTH=32767");
+  setPair(settings, "", "LUMI=off");
+  settings.run.mix = 33.3;
+  settings.mask = fs::absolute("it's a \"mask\"\\\n\x01 ü.png");
+  settings.run.reference_edge = 6000;
+  const std::string text = settingsText(settings, "Says \"what\"\nit is for.");
+  Settings back;
+  setBands(back, "", *bandWord("radius"), "99");
   saveText("back.toml", text);
   EXPECT_EQ(readSettings("back.toml", back), "Says \"what\"\nit is for.");
   EXPECT_EQ(settingsText(back, "Says \"what\"\nit is for."), text);
-  EXPECT_EQ(back.settings.wholeScript().size(), choice.settings.wholeScript().size());
-  EXPECT_EQ(back.settings.value("CON4"), 123.4567890123);
-  EXPECT_EQ(back.settings.value("RAD1"), 3);
-  EXPECT_EQ(back.mask, choice.mask);
+  EXPECT_EQ(back.run.bands[3].gain, 123.4567890123);
+  EXPECT_EQ(back.run.bands[0].radius, 3);
+  EXPECT_EQ(back.mask, settings.mask);
+}
+
+TEST_F(SettingsTest, RadiiScaleWithThePicture) {
+  Settings settings;
+  setBands(settings, "", *bandWord("radius"), "1,2,3,4,5");
+  EXPECT_EQ(runFor(settings, 4000, 3000).bands[4].radius, 5);
+  settings.run.reference_edge = 2000;
+  EXPECT_EQ(runFor(settings, 3000, 4000).bands[0].radius, 2);
+  EXPECT_EQ(runFor(settings, 4000, 3000).bands[4].radius, 10);
+  EXPECT_EQ(runFor(settings, 4000, 3000).bands[4].threshold, 10);
 }
 
 TEST_F(SettingsTest, AMaskCountsFromTheFilesFolder) {
-  SettingsChoice choice;
+  Settings settings;
   saveText("sub/a.toml", "mask = 'white.png'");
-  readSettings("sub/a.toml", choice);
-  EXPECT_EQ(choice.mask, std::string("sub/white.png"));
+  readSettings("sub/a.toml", settings);
+  EXPECT_EQ(settings.mask, std::string("sub/white.png"));
 }
 
 TEST_F(SettingsTest, NameTheFileAndTheLine) {

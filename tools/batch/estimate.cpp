@@ -49,7 +49,7 @@ double pixelsOf(const orbel_plan& plan) { return static_cast<double>(plan.levels
 
 }  // namespace
 
-orbel_plan planFor(const std::string& file, const orbel_settings& run, const Picture& picture, int threads) {
+orbel_picture shapeOf(const Picture& picture) {
   orbel_picture shape{};
   shape.size = sizeof shape;
   shape.width = picture.width();
@@ -58,6 +58,10 @@ orbel_plan planFor(const std::string& file, const orbel_settings& run, const Pic
   shape.samples = picture.samples() == SampleType::bytes   ? ORBEL_UINT8
                   : picture.samples() == SampleType::words ? ORBEL_UINT16
                                                            : ORBEL_FLOAT32;
+  return shape;
+}
+
+orbel_plan planFor(const std::string& file, const orbel_settings& run, const orbel_picture& shape, int threads) {
   orbel_options options;
   orbel_options_init(&options, sizeof options);
   options.threads = threads;

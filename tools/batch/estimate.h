@@ -9,9 +9,12 @@
 
 namespace orbel {
 
-// The engine's plan for a picture of which no more is known than its header. Throws Failure about the file for what the
-// engine would refuse: a window of an edge-preserving filter that has no room, or a setting out of its range.
-orbel_plan planFor(const std::string& file, const orbel_settings& run, const Picture& picture, int threads);
+// A picture's description without its samples, of which no more has to be known than the header.
+orbel_picture shapeOf(const Picture& picture);
+
+// The engine's plan for a picture of such a shape. Throws Failure about the file for what the engine would refuse: a
+// window of an edge-preserving filter that has no room, or a setting out of its range.
+orbel_plan planFor(const std::string& file, const orbel_settings& run, const orbel_picture& shape, int threads);
 
 // Throws Failure about the file, with the estimate, when the low-passes would take more than so many minutes. threads: 0
 // for all processors. 0 minutes: no limit.

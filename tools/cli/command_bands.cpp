@@ -107,7 +107,7 @@ void takeApart(const BandsArguments& arguments) {
     const Picture picture = uprightColours(loadPicture(input, arguments.page));
     const std::vector<BandView> views = bandViews(runFor(settings, picture.width(), picture.height()));
     const orbel_settings& run = views.front().run;
-    const orbel_plan plan = planFor(input, run, picture, 0);
+    const orbel_plan plan = planFor(input, run, shapeOf(picture), 0);
     requireShortWork(input, run, plan, 0, arguments.limits.mostMinutes);
     // The stack's copy, and the view beside the picture.
     const int bytes = 3 * bytesOf(picture.samples());
