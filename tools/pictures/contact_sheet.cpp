@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
-#include "pictures/image_file.h"
+#include "pictures/errors.h"
+#include "pictures/samples.h"
+#include "pictures/vips_picture.h"
 
 namespace orbel {
 
@@ -17,7 +19,7 @@ constexpr double white = 255;
 
 VImage reduced(const VImage& picture) {
   const double scale = std::min(1.0, static_cast<double>(longestSide) / std::max(picture.width(), picture.height()));
-  return withSamples(scale < 1 ? picture.resize(scale) : picture, VIPS_FORMAT_UCHAR);
+  return scaledTo(VIPS_FORMAT_UCHAR, scale < 1 ? picture.resize(scale) : picture);
 }
 
 // Dark on white.
@@ -27,27 +29,34 @@ VImage labelPicture(const std::string& text, int bands) {
   return bands == 1 ? paper : VImage::bandjoin({paper, paper, paper});
 }
 
-}  // namespace
-
-void ContactSheet::add(const VImage& picture, const std::string& label) {
-  const VImage small = reduced(picture);
+VImage labelled(const VImage& small, const std::string& label) {
   const VImage text =
       labelPicture(label, small.bands()).copy(VImage::option()->set("interpretation", small.interpretation()));
-  cells_.push_back(small
-                       .join(text, VIPS_DIRECTION_VERTICAL,
-                             VImage::option()
-                                 ->set("expand", true)
-                                 ->set("shim", gap / 2)
-                                 ->set("background", std::vector<double>{white}))
-                       .copy_memory());
+  return small
+      .join(text, VIPS_DIRECTION_VERTICAL,
+            VImage::option()->set("expand", true)->set("shim", gap / 2)->set("background", std::vector<double>{white}))
+      .copy_memory();
 }
 
-VImage ContactSheet::sheet() const {
-  const VImage joined = VImage::arrayjoin(
-      cells_,
-      VImage::option()->set("across", columns)->set("shim", gap)->set("background", std::vector<double>{white}));
-  return joined.embed(gap, gap, joined.width() + 2 * gap, joined.height() + 2 * gap,
-                      VImage::option()->set("extend", VIPS_EXTEND_WHITE));
+}  // namespace
+
+void ContactSheet::add(const Picture& picture, const std::string& label) {
+  cells_.push_back(translated(nameOf(picture), Cause::Other,
+                              [&] { return pictureOf(labelled(reduced(imageOf(picture)), label), nameOf(picture)); }));
+}
+
+Picture ContactSheet::sheet() const {
+  const std::string& name = nameOf(cells_.front());
+  return translated(name, Cause::Other, [&] {
+    std::vector<VImage> cells;
+    for (const Picture& cell : cells_) cells.push_back(imageOf(cell));
+    const VImage joined = VImage::arrayjoin(
+        cells,
+        VImage::option()->set("across", columns)->set("shim", gap)->set("background", std::vector<double>{white}));
+    return pictureOf(joined.embed(gap, gap, joined.width() + 2 * gap, joined.height() + 2 * gap,
+                                  VImage::option()->set("extend", VIPS_EXTEND_WHITE)),
+                     name);
+  });
 }
 
 }  // namespace orbel

@@ -2,27 +2,28 @@
 
 #include <algorithm>
 #include <cctype>
+#include <vips/vips8>
 
 #include "files/failure.h"
 #include "pictures/file_headers.h"
-#include "pictures/image_file.h"
+#include "pictures/hidden_metadata.h"
 
 namespace orbel {
 
 namespace {
 
-constexpr VipsBandFormat bits8 = VIPS_FORMAT_UCHAR;
-constexpr VipsBandFormat bits16 = VIPS_FORMAT_USHORT;
-constexpr VipsBandFormat floats = VIPS_FORMAT_FLOAT;
-constexpr Loader jpeg{"jpeg"};
-constexpr Loader png{"png"};
-constexpr Loader tiff{"tiff", garblesIptc, tiffCompression};
-constexpr Loader webp{"webp", resolutionInExif, webpCompression};
+constexpr SampleType bits8 = SampleType::bytes;
+constexpr SampleType bits16 = SampleType::words;
+constexpr SampleType floats = SampleType::floats;
+constexpr Loader jpeg{"jpeg", seesMetadata};
+constexpr Loader png{"png", seesSomeMetadata, nullptr, pngHidesMetadata};
+constexpr Loader tiff{"tiff", garblesIptc, tiffCompression, tiffHidesMetadata};
+constexpr Loader webp{"webp", resolutionInExif | seesMetadata, webpCompression};
 constexpr Loader heif{"heif", resolutionInExif | lendsMetadata};
 constexpr Loader jpeg2000{"jp2k", pagesAreOne};
-constexpr Loader netpbm{"ppm", whiteUnsaid | sizeClipped};
+constexpr Loader netpbm{"ppm", whiteUnsaid | sizeClipped | seesMetadata};
 constexpr Loader magick{"magick", pagesAreOne};
-constexpr Loader gif{"gif"};
+constexpr Loader gif{"gif", goesOnInComments};
 constexpr Loader jpegXl{"jxl"};
 
 const Saver none{};
@@ -43,6 +44,7 @@ Saver tiffSaver() {
 Saver jpegSaver() {
   Saver saver{"jpegsave_target", 95, {}};
   saver.halvesChroma = true;
+  saver.mostXmp = 60000;  // about what one segment holds; a larger one goes, and the metadata behind it
   return saver;
 }
 
@@ -51,12 +53,23 @@ Saver pngSaver() {
   for (int level = 0; level <= 9; ++level) {
     saver.compressions.push_back({std::to_string(level), {"compression", level}});
   }
+  saver.checksSums = true;
   return saver;
 }
 
-Saver lossyOrLossless(const char* operation, bool wholeFirst) {
-  Saver saver{operation, 95, {{"lossy", {"lossless", 0}}, {"lossless", {"lossless", 1}}}};
-  saver.wholeFirst = wholeFirst;
+Saver lossyOrLossless(const char* operation) {
+  return {operation, 95, {{"lossy", {"lossless", 0}}, {"lossless", {"lossless", 1}}}};
+}
+
+Saver heifSaver() {
+  Saver saver = lossyOrLossless("heifsave_target");
+  saver.nanosecondsPerPixel = 1500;
+  return saver;
+}
+
+Saver jpeg2000Saver() {
+  Saver saver = lossyOrLossless("jp2ksave_target");
+  saver.wholeFirst = true;
   return saver;
 }
 
@@ -79,9 +92,7 @@ const std::vector<FileFormat>& fileFormats() {
   constexpr Metadata noExif{true, false, true, false};
   constexpr Metadata exifAndXmp{false, true, true, false};
   constexpr Metadata texts{false, true, true, true};
-  const Saver webpSaver = lossyOrLossless("webpsave_target", false);
-  const Saver heifSaver = lossyOrLossless("heifsave_target", false);
-  const Saver jp2Saver = lossyOrLossless("jp2ksave_target", true);
+  const Saver webpSaver = lossyOrLossless("webpsave_target");
   const Saver ppmSaver = netpbmSaver(VIPS_FOREIGN_PPM_FORMAT_PPM);
   const Saver pgmSaver = netpbmSaver(VIPS_FOREIGN_PPM_FORMAT_PGM);
   const Saver pfmSaver = netpbmSaver(VIPS_FOREIGN_PPM_FORMAT_PFM);
@@ -90,8 +101,8 @@ const std::vector<FileFormat>& fileFormats() {
       {{"png"}, "PNG", png, pngSaver(), 0, true, {bits8, bits16}, noIptc, texts},
       {{"tif", "tiff"}, "TIFF", tiff, tiffSaver(), 0, true, {bits8, bits16, floats}, noExif, texts},
       {{"webp"}, "WebP", webp, webpSaver, 0, true, {bits8}, noIptc, exifAndXmp},
-      {{"heic", "heif"}, "HEIF", heif, heifSaver, 0, true, {bits8}, noIptc, exifAndXmp},
-      {{"jp2"}, "JPEG 2000", jpeg2000, jp2Saver, 0, true, {bits8, bits16}, nothing, texts},
+      {{"heic", "heif"}, "HEIF", heif, heifSaver(), 0, true, {bits8}, noIptc, exifAndXmp},
+      {{"jp2"}, "JPEG 2000", jpeg2000, jpeg2000Saver(), 0, true, {bits8, bits16}, nothing, texts},
       {{"ppm"}, "PPM", netpbm, ppmSaver, 3, false, {bits8, bits16}, nothing, nothing},
       {{"pgm"}, "PGM", netpbm, pgmSaver, 1, false, {bits8, bits16}, nothing, nothing},
       {{"pfm"}, "PFM", netpbm, pfmSaver, 0, false, {floats}, nothing, nothing},
@@ -120,12 +131,10 @@ const FileFormat* findFormat(const std::string& extension) {
   return found == all.end() ? nullptr : &*found;
 }
 
-const FileFormat* formatOf(const vips::VImage& opened) {
-  const std::string loader = opened.get_string(VIPS_META_LOADER);
+const FileFormat* formatOf(const Picture& opened) {
+  const std::string loader = opened.loader();
   const auto& all = fileFormats();
-  const auto found = std::find_if(all.begin(), all.end(), [&](const FileFormat& f) {
-    return loader.rfind(f.loader.name + std::string("load"), 0) == 0;
-  });
+  const auto found = std::find_if(all.begin(), all.end(), [&](const FileFormat& f) { return loader == f.loader.name; });
   return found == all.end() ? nullptr : &*found;
 }
 
@@ -152,18 +161,18 @@ const FileFormat& writableFormat(const std::string& extension, const std::string
                 Cause::OutputFormat);
 }
 
-std::string samplesName(VipsBandFormat samples) {
+std::string samplesName(SampleType samples) {
   return samples == bits8 ? "8-bit samples" : samples == bits16 ? "16-bit samples" : "float samples";
 }
 
-void requireThatFormatHolds(const FileFormat& format, const vips::VImage& picture, VipsBandFormat samples,
+void requireThatFormatHolds(const FileFormat& format, const Picture& picture, SampleType samples,
                             const std::string& name) {
   const auto refuse = [&](const std::string& what, const std::string& advice) {
     throw Failure(name, format.name + " files hold no " + what + "; " + advice, Cause::OutputFormat);
   };
-  if (hasAlpha(picture) && !format.alpha) refuse("alpha channel", "TIFF files do");
-  if (format.colours == 1 && colourBands(picture) == 3) refuse("colour", "TIFF files do");
-  if (format.colours == 3 && colourBands(picture) == 1) refuse("grey pictures", "TIFF files do");
+  if (picture.hasAlpha() && !format.alpha) refuse("alpha channel", "TIFF files do");
+  if (format.colours == 1 && picture.colours() == 3) refuse("colour", "TIFF files do");
+  if (format.colours == 3 && picture.colours() == 1) refuse("grey pictures", "TIFF files do");
   if (std::find(format.samples.begin(), format.samples.end(), samples) == format.samples.end()) {
     refuse(samplesName(samples), "TIFF files do, or choose another depth with -d");
   }

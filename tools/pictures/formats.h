@@ -1,9 +1,12 @@
 // The file formats that pictures are read from and written in.
 #pragma once
 
+#include <cstddef>
+#include <limits>
 #include <string>
 #include <vector>
-#include <vips/vips8>
+
+#include "pictures/picture.h"
 
 namespace orbel {
 
@@ -15,14 +18,17 @@ struct Metadata {
   bool iptc = false;
 };
 
-// What the image library leaves to us where it reads a format.
+// What is peculiar to a format where the image library reads it.
 enum LoaderTrait : unsigned {
-  pagesAreOne = 1,       // what it calls pages is one picture: at several resolutions, or in layers
-  resolutionInExif = 2,  // and there alone, where its savers write the picture's own
-  garblesIptc = 4,       // it counts in bytes where the file counts in words, and gets a part
-  whiteUnsaid = 8,       // white is 1 in float colour, and it doesn't say so
-  sizeClipped = 16,      // it takes a side that can't be for 1
-  lendsMetadata = 32,    // copies of a picture have it no longer than the picture itself
+  pagesAreOne = 1,         // what it calls pages is one picture: at several resolutions, or in layers
+  resolutionInExif = 2,    // and there alone, where its savers write the picture's own
+  garblesIptc = 4,         // it counts in bytes where the file counts in words, and gets a part
+  whiteUnsaid = 8,         // white is 1 in float colour, and it doesn't say so
+  sizeClipped = 16,        // it takes a side that can't be for 1
+  lendsMetadata = 32,      // copies of a picture have it no longer than the picture itself
+  seesMetadata = 64,       // all of it
+  seesSomeMetadata = 128,  // of a file that has any, or nearly always
+  goesOnInComments = 256,  // metadata may follow behind a comment, which exiftool in haste takes for the end
 };
 
 struct Loader {
@@ -31,6 +37,8 @@ struct Loader {
   // A file's compression by its word for --compression, or by the name of one that is none; empty where it can't be
   // told. Null where the library's own settings are as good as any.
   std::string (*compressionOf)(const std::string& file, int page) = nullptr;
+  // Whether a file may hold metadata beside those that the library sees. Null where nobody has looked: it may.
+  bool (*hidesMetadata)(const std::string& file, const Metadata& seen) = nullptr;
 
   bool has(LoaderTrait trait) const { return (traits & trait) != 0; }
 };
@@ -57,6 +65,9 @@ struct Saver {
   bool predicts = false;                  // differences of neighbours are packed, by the kind of the samples
   bool halvesChroma = false;              // or doesn't, as asked
   bool wholeFirst = false;                // in memory: its encoder tries for ever to write to a disk that is full
+  bool checksSums = false;                // exiftool does, in the written file, unless it is told to make haste
+  std::size_t mostXmp = std::numeric_limits<std::size_t>::max();  // bytes of a packet that it doesn't leave out
+  double nanosecondsPerPixel = 100;                               // of reading and writing; see batch/estimate.cpp
 };
 
 struct FileFormat {
@@ -66,7 +77,7 @@ struct FileFormat {
   Saver saver;
   int colours;  // bands beside alpha: 1, 3, or 0 for either
   bool alpha;
-  std::vector<VipsBandFormat> samples;
+  std::vector<SampleType> samples;
   Metadata kept;      // by the image library
   Metadata repaired;  // by exiftool, beyond that
 
@@ -82,7 +93,7 @@ std::string extensionOf(const std::string& name);
 const FileFormat* findFormat(const std::string& extension);
 
 // The first format of the loader that the picture came by, or null.
-const FileFormat* formatOf(const vips::VImage& opened);
+const FileFormat* formatOf(const Picture& opened);
 
 // Whether files of this extension are a camera's raw data, which want a developer's decisions first.
 bool isCameraRaw(const std::string& extension);
@@ -95,11 +106,11 @@ inline constexpr const char* convertFirst = "convert it to a 16-bit TIFF first; 
 const FileFormat& writableFormat(const std::string& extension, const std::string& name);
 
 // "8-bit samples", …
-std::string samplesName(VipsBandFormat samples);
+std::string samplesName(SampleType samples);
 
 // Throws Failure about the file when the format would lose something of a picture with these samples: alpha, colour or
 // depth.
-void requireThatFormatHolds(const FileFormat& format, const vips::VImage& picture, VipsBandFormat samples,
+void requireThatFormatHolds(const FileFormat& format, const Picture& picture, SampleType samples,
                             const std::string& name);
 
 }  // namespace orbel

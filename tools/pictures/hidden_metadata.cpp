@@ -71,7 +71,7 @@ bool pngHidesMetadata(const std::string& file, const Metadata& seen) {
   }
 }
 
-bool tiffHidesMetadata(const std::string& file) {
+bool tiffHidesMetadata(const std::string& file, const Metadata& /*seen*/) {
   Numbers numbers(file);
   numbers.setBigEndian(numbers.text(2) == "MM");
   const bool big = numbers.number(2) == 43;  // BigTIFF

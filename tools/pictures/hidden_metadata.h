@@ -10,6 +10,6 @@ namespace orbel {
 
 // seen: by the image library.
 bool pngHidesMetadata(const std::string& file, const Metadata& seen);
-bool tiffHidesMetadata(const std::string& file);
+bool tiffHidesMetadata(const std::string& file, const Metadata& seen);
 
 }  // namespace orbel

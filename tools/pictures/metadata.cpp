@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
-#include "pictures/hidden_metadata.h"
+#include "pictures/read_metadata.h"
 #include "pictures/tag_copy.h"
+#include "pictures/vips_picture.h"
 
 namespace orbel {
 
@@ -28,18 +29,21 @@ std::string list(const Metadata& m) {
 
 Metadata both(const Metadata& a, const Metadata& b) { return without(a, without(a, b)); }
 
-bool isBy(const char* loader, const vips::VImage& picture) {
-  return std::string(picture.get_string(VIPS_META_LOADER)).rfind(loader, 0) == 0;
+bool has(const Picture& picture, const char* field) { return imageOf(picture).get_typeof(field) != 0; }
+
+// For what the library reads and the table of formats doesn't have, nothing is known.
+Loader loaderOf(const Picture& picture) {
+  const FileFormat* const format = formatOf(picture);
+  return format != nullptr ? format->loader : Loader{nullptr};
 }
 
 // Whether the file may hold metadata that the library doesn't see.
-bool mayHoldMore(const std::string& file, const vips::VImage& picture) {
-  for (const char* readWhole : {"jpeg", "webp", "ppm"}) {
-    if (isBy(readWhole, picture)) return false;
-  }
-  if (file == pipeName) return !isBy("png", picture) || any(metadataOf(picture));
-  if (isBy("png", picture)) return pngHidesMetadata(file, metadataOf(picture));
-  return !isBy("tiff", picture) || tiffHidesMetadata(file);
+bool mayHoldMore(const std::string& file, const Picture& picture) {
+  const Loader loader = loaderOf(picture);
+  const Metadata seen = metadataOf(picture);
+  if (loader.has(seesMetadata)) return false;
+  if (file == pipeName) return !loader.has(seesSomeMetadata) || any(seen);
+  return loader.hidesMetadata == nullptr || loader.hidesMetadata(file, seen);
 }
 
 Metadata either(const Metadata& a, const Metadata& b) {
@@ -71,17 +75,16 @@ std::string missingTags(const TagLosses& losses, const Metadata& possible) {
 
 }  // namespace
 
-Metadata metadataOf(const vips::VImage& picture) {
-  const auto has = [&](const char* name) { return picture.get_typeof(name) != 0; };
-  return {has(VIPS_META_ICC_NAME), has(VIPS_META_EXIF_NAME) || has("exif-ifd0-Make"), has(VIPS_META_XMP_NAME),
-          has(VIPS_META_IPTC_NAME) || has(droppedIptc)};
+Metadata metadataOf(const Picture& picture) {
+  return {has(picture, VIPS_META_ICC_NAME), has(picture, VIPS_META_EXIF_NAME) || has(picture, "exif-ifd0-Make"),
+          has(picture, VIPS_META_XMP_NAME), has(picture, VIPS_META_IPTC_NAME) || has(picture, droppedIptc)};
 }
 
-Notes completeMetadata(const std::string& input, const vips::VImage& picture, TargetFile* target,
-                       const FileFormat& format, const AskExiftool& askExiftool) {
+Notes completeMetadata(const std::string& input, const Picture& picture, TargetFile* target, const FileFormat& format,
+                       const AskExiftool& askExiftool) {
   const Metadata there = metadataOf(picture);
   Metadata kept = both(there, format.kept);
-  kept.iptc = kept.iptc && picture.get_typeof(droppedIptc) == 0;
+  kept.iptc = kept.iptc && !has(picture, droppedIptc);
   const Metadata possible = either(format.kept, format.repaired);
   const Metadata lost = both(without(there, kept), format.repaired);
   Metadata unplaced = without(there, possible);
@@ -92,8 +95,7 @@ Notes completeMetadata(const std::string& input, const vips::VImage& picture, Ta
     const auto note = [&](const std::string& why) {
       notes.push_back((hides ? "may be missing" : "missing") + why + ": " + list(doubtful));
     };
-    // GIF files may go on behind their first comment, which is where haste stops.
-    const bool isHasty = format.name == "PNG" && !isBy("gif", picture);
+    const bool isHasty = format.saver.checksSums && !loaderOf(picture).has(goesOnInComments);
     const TagCopyOptions options = {kept.exif, format.repaired.xmp && !kept.xmp, format.repaired.iptc, isHasty};
     if (input == pipeName || target == nullptr) {
       note(", since exiftool has no part in pipes");

@@ -4,11 +4,9 @@
 
 #include "files/failure.h"
 #include "pictures/file_headers.h"
-#include "pictures/image_file.h"
+#include "pictures/vips_picture.h"
 
 namespace orbel {
-
-using vips::VImage;
 
 namespace {
 
@@ -27,8 +25,7 @@ const Compression* find(const FileFormat& format, const std::string& word) {
   return found == all.end() ? nullptr : &*found;
 }
 
-void keepCompression(const std::string& was, const FileFormat& format, SaveOptions& options,
-                     std::vector<std::string>& notes) {
+void keepCompression(const std::string& was, const FileFormat& format, SaveOptions& options, Notes& notes) {
   if (find(format, was) != nullptr) {
     options.compression = was;
   } else if (!format.saver.standIn.empty()) {
@@ -38,15 +35,16 @@ void keepCompression(const std::string& was, const FileFormat& format, SaveOptio
   }
 }
 
-std::optional<ChromaShare> chromaOf(const std::string& input, const VImage& opened) {
+std::optional<ChromaShare> chromaOf(const std::string& input, const Picture& opened) {
   if (input != pipeName) return jpegChroma(input);
   // The library tells whether the chroma is whole; otherwise it takes all ways of sharing for one.
   const char* const field = "jpeg-chroma-subsample";
-  const bool whole = opened.get_typeof(field) != 0 && opened.get_string(field) == std::string("4:4:4");
+  const vips::VImage& image = imageOf(opened);
+  const bool whole = image.get_typeof(field) != 0 && image.get_string(field) == std::string("4:4:4");
   return whole ? std::optional<ChromaShare>(ChromaShare{}) : std::nullopt;
 }
 
-void keepChroma(const ChromaShare& was, SaveOptions& options, std::vector<std::string>& notes) {
+void keepChroma(const ChromaShare& was, SaveOptions& options, Notes& notes) {
   options.halfChroma = was.across == 2 && was.down == 2;
   const bool full = was.across == 1 && was.down == 1;
   if (!full && !*options.halfChroma) {
@@ -67,8 +65,8 @@ void requireThatFormatKnows(const FileFormat& format, const SaveOptions& options
   }
 }
 
-SaveOptions keepPacking(const std::string& input, int page, const VImage& opened, const FileFormat& format,
-                        const SaveOptions& asked, std::vector<std::string>& notes) {
+SaveOptions keepPacking(const std::string& input, int page, const Picture& opened, const FileFormat& format,
+                        const SaveOptions& asked, Notes& notes) {
   SaveOptions options = asked;
   const FileFormat* const was = formatOf(opened);
   if (options.compression == keepWord) options.compression.reset();
@@ -84,15 +82,15 @@ SaveOptions keepPacking(const std::string& input, int page, const VImage& opened
   return options;
 }
 
-void setPacking(const FileFormat& format, VipsBandFormat samples, const SaveOptions& options, vips::VOption& saver) {
+void setPacking(const FileFormat& format, SampleType samples, const SaveOptions& options, vips::VOption& saver) {
   if (format.saver.quality != 0) saver.set("Q", options.quality.value_or(format.saver.quality));
   for (const SaverOption& option : format.saver.options) saver.set(option.name, option.value);
   if (const Compression* const compression = options.compression ? find(format, *options.compression) : nullptr) {
     saver.set(compression->option.name, compression->option.value);
   }
   if (format.saver.predicts) {
-    const bool floats = samples == VIPS_FORMAT_FLOAT;
-    saver.set("predictor", floats ? VIPS_FOREIGN_TIFF_PREDICTOR_FLOAT : VIPS_FOREIGN_TIFF_PREDICTOR_HORIZONTAL);
+    saver.set("predictor", samples == SampleType::floats ? VIPS_FOREIGN_TIFF_PREDICTOR_FLOAT
+                                                         : VIPS_FOREIGN_TIFF_PREDICTOR_HORIZONTAL);
   }
   if (options.halfChroma) {
     saver.set("subsample_mode", *options.halfChroma ? VIPS_FOREIGN_SUBSAMPLE_ON : VIPS_FOREIGN_SUBSAMPLE_OFF);

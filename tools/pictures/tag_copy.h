@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
+#include "files/target_file.h"
 #include "pictures/exiftool.h"
 #include "pictures/tag_loss.h"
-#include "files/target_file.h"
 
 namespace orbel {
 

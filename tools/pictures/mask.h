@@ -1,0 +1,23 @@
+// Masks: pictures that say how much of a result shows where.
+//
+// A mask is white where the result shows in full and black where the original stays; transparent counts as black, and a
+// mask in colour is taken by the mean of red, green and blue. It lies over the picture as both are shown, whatever
+// their orientation tags say. One of another size is scaled when it has the picture's proportions, to a pixel.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "pictures/picture.h"
+
+namespace orbel {
+
+// Throws Failure when maskWeights would, as far as the header of the mask's file tells.
+void requireThatMaskFits(const std::string& mask, const Picture& picture);
+
+// How much of the result each pixel shows, 0 to 1, in rows of the picture. A mask of floats may hold anything: it is
+// clipped, and what is no number counts as black. Throws Failure about the mask when it can't be read, and when its
+// proportions are others than the picture's.
+std::vector<float> maskWeights(const std::string& mask, const Picture& picture);
+
+}  // namespace orbel

@@ -1,0 +1,97 @@
+#include "pictures/picture.h"
+
+#include <cstddef>
+#include <new>
+
+#include "pictures/errors.h"
+#include "pictures/samples.h"
+#include "pictures/vips_picture.h"
+
+namespace orbel {
+
+using vips::VImage;
+
+namespace {
+
+// All that the fresh image doesn't have: what describes the samples is its own.
+void copyMetadata(const VImage& from, const VImage& to) {
+  gchar** const names = vips_image_get_fields(from.get_image());
+  for (gchar** name = names; *name != nullptr; ++name) {
+    if (to.get_typeof(*name) != 0) continue;
+    GValue value = G_VALUE_INIT;
+    if (vips_image_get(from.get_image(), *name, &value) != 0) continue;
+    vips_image_set(to.get_image(), *name, &value);
+    g_value_unset(&value);
+  }
+  g_strfreev(names);
+}
+
+}  // namespace
+
+int bytesOf(SampleType samples) { return samples == SampleType::bytes ? 1 : samples == SampleType::words ? 2 : 4; }
+int depthOf(SampleType samples) { return 8 * bytesOf(samples); }
+
+int Picture::width() const { return impl_->image.width(); }
+int Picture::height() const { return impl_->image.height(); }
+int Picture::colours() const { return colourBands(impl_->image); }
+bool Picture::hasAlpha() const { return impl_->image.bands() != colours(); }
+SampleType Picture::samples() const { return samplesOf(impl_->image.format()); }
+int Picture::orientation() const { return vips_image_get_orientation(impl_->image.get_image()); }
+
+std::string Picture::loader() const {
+  if (impl_->image.get_typeof(VIPS_META_LOADER) == 0) return "";
+  const std::string operation = impl_->image.get_string(VIPS_META_LOADER);
+  return operation.substr(0, operation.find("load"));
+}
+
+orbel_picture Picture::record() const {
+  const orbel_samples types[] = {ORBEL_UINT8, ORBEL_UINT16, ORBEL_FLOAT32};
+  // Whoever wants to write owns the memory; the library's pointers tell less than that.
+  void* const data = const_cast<void*>(impl_->image.data());
+  const std::ptrdiff_t rowStep = std::ptrdiff_t{width()} * channels() * bytesOf(samples());
+  orbel_picture record;
+  orbel_picture_interleaved(&record, sizeof record, types[static_cast<int>(samples())], width(), height(), channels(),
+                            data, rowStep);
+  return record;
+}
+
+Picture roomFor(const Picture& like, SampleType samples) {
+  const VImage& image = imageOf(like);
+  const VipsInterpretation model =
+      samples == like.samples() ? image.interpretation() : modelFor(formatFor(samples), image);
+  const VImage room(vips_image_new_memory());
+  VipsImage* const fresh = room.get_image();
+  vips_image_init_fields(fresh, image.width(), image.height(), image.bands(), formatFor(samples), VIPS_CODING_NONE,
+                         model, image.xres(), image.yres());
+  fresh->Xoffset = image.xoffset();
+  fresh->Yoffset = image.yoffset();
+  copyMetadata(image, room);
+  if (vips_image_write_prepare(fresh) != 0) throw std::bad_alloc();
+  return pictureOf(room, nameOf(like));
+}
+
+Picture uprightColours(const Picture& decoded) {
+  return translated(nameOf(decoded), Cause::Damaged, [&] {
+    VImage upright = imageOf(decoded).autorot();
+    if (decoded.hasAlpha()) upright = upright.extract_band(0, VImage::option()->set("n", decoded.colours()));
+    return pictureOf(upright.copy_memory(), nameOf(decoded));
+  });
+}
+
+std::string xmpOf(const Picture& picture) {
+  const VImage& image = imageOf(picture);
+  if (image.get_typeof(VIPS_META_XMP_NAME) != VIPS_TYPE_BLOB) return "";
+  std::size_t size = 0;
+  const auto* const bytes = static_cast<const char*>(image.get_blob(VIPS_META_XMP_NAME, &size));
+  return {bytes, size};
+}
+
+Picture withXmp(const Picture& picture, const std::string& packet) {
+  return translated(nameOf(picture), Cause::Other, [&] {
+    const VImage copy = imageOf(picture).copy();
+    vips_image_set_blob_copy(copy.get_image(), VIPS_META_XMP_NAME, packet.data(), packet.size());
+    return pictureOf(copy, nameOf(picture));
+  });
+}
+
+}  // namespace orbel
