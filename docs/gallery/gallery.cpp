@@ -16,7 +16,8 @@
 #include "filters/kernel.h"
 #include "filters/unsharp_mask.h"
 #include "image/kiv_image.h"
-#include "pictures/image_file.h"
+#include "pictures/library.h"
+#include "pictures/vips_picture.h"
 #include "tone/blend_kernels.h"
 #include "tone/tone_curves.h"
 
@@ -39,15 +40,13 @@ struct Chapter {
   std::vector<Operation> operations;
 };
 
-KivImage imageOf(const VImage& picture) {
-  const Document document = documentOf(picture);
-  KivImage image(document.width, document.height, static_cast<int>(document.planes.size()));
-  for (int p = 0; p < image.channels; ++p) {
-    const unsigned char* from = document.planes[static_cast<std::size_t>(p)].data();
-    for (int y = 0; y < image.size.height; ++y) {
-      for (int x = 0; x < image.size.width; ++x) *image.At(p, x, y) = static_cast<float>(*from++) / white8;
-    }
-  }
+KivImage planesOf(const Picture& picture) {
+  const orbel_picture from = picture.record();
+  KivImage image(from.width, from.height, from.channels);
+  orbel_picture to;
+  orbel_picture_planar(&to, sizeof to, ORBEL_FLOAT32, from.width, from.height, from.channels, image.planes[0],
+                       image.stride);
+  if (orbel_convert(&from, &to) != ORBEL_OK) throw std::bad_alloc();
   return image;
 }
 
@@ -201,7 +200,7 @@ std::vector<Chapter> chapters() {
 
 void run(const std::string& photo, const std::string& folder) {
   std::filesystem::create_directories(folder);
-  const KivImage before = imageOf(loadPicture(photo));
+  const KivImage before = planesOf(loadPicture(photo));
   std::ofstream page(folder + ".md");
   const std::string leaf = std::filesystem::path(folder).filename().string();
   page << "# Gallery\n\nEvery operation of the toolkit on one photograph: before at the left, after at the right. Made "

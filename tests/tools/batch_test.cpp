@@ -5,8 +5,9 @@
 #include <set>
 
 #include "host/filter_entry.h"
-#include "plugin/plugin_run.h"
 #include "orbel_run.h"
+#include "pictures/vips_picture.h"
+#include "plugin/plugin_run.h"
 #include "settings/settings.h"
 
 using namespace orbel;
@@ -78,6 +79,8 @@ class Trial : public Orbel {
 
   std::vector<Case> cases_;
 };
+
+VImage decoded(const std::string& name) { return imageOf(loadPicture(name)); }
 
 orbel_picture recordOf(const VImage& picture) {
   const orbel_samples samples = picture.format() == VIPS_FORMAT_UCHAR    ? ORBEL_UINT8

@@ -4,9 +4,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "cli/settings_options.h"
 #include "orbel_run.h"
 #include "settings/settings_file.h"
-#include "cli/settings_options.h"
 
 using namespace orbel;
 

@@ -15,9 +15,9 @@
 #include <optional>
 #include <system_error>
 
-#include "pictures/exiftool.h"
 #include "files/failure.h"
 #include "files/target_file.h"
+#include "pictures/exiftool.h"
 #include "pictures/library.h"
 
 namespace orbel {
@@ -69,7 +69,7 @@ Outcome workOn(const Job& job, const JobOptions& options, int connection) {
     return doJob(job, options, {waitFor, askExiftool});
   } catch (const std::bad_alloc&) {
     return outcomeOf(job, Outcome::Status::Failed,
-                   Failure(job.input, "not enough memory for a picture of this size", Cause::NoMemory));
+                     Failure(job.input, "not enough memory for a picture of this size", Cause::NoMemory));
   } catch (const Failure& failure) {
     return outcomeOf(job, Outcome::Status::Failed, failure);
   } catch (const std::exception& error) {

@@ -11,7 +11,8 @@ namespace orbel {
 void requireGood(const std::string& file, orbel_status status, const std::string& message) {
   if (status == ORBEL_OK) return;
   if (status == ORBEL_NO_MEMORY) throw std::bad_alloc();
-  throw Failure(file, message, status == ORBEL_BAD_SETTING || status == ORBEL_TOO_LARGE ? Cause::Settings : Cause::Other);
+  throw Failure(file, message,
+                status == ORBEL_BAD_SETTING || status == ORBEL_TOO_LARGE ? Cause::Settings : Cause::Other);
 }
 
 void equalizeByEngine(const std::string& file, const orbel_settings& run, int threads, const orbel_picture& source,

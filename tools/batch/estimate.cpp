@@ -25,9 +25,6 @@ constexpr double processBytes = 62e6;
 // with AVX2. A Gaussian has too few taps to matter.
 constexpr double nanosecondsPerTap = 0.1;
 
-// All else that is done about a pixel, on the same machine: reading and writing it above all. Between JPEG (40) and PNG
-// (150), as with JPEG 2000 and WebP.
-constexpr double nanosecondsPerPixel = 100;
 // The process itself, without exiftool.
 constexpr double secondsPerRun = 0.05;
 
@@ -111,9 +108,7 @@ void requireThatHostHolds(const std::string& file, int width, int height) {
 }
 
 double secondsOf(const orbel_plan& plan, const RunShape& shape, int threads) {
-  const double pixels = pixelsOf(plan);
-  const double coding = shape.secondsPerMegapixel > 0 ? 1e-6 * shape.secondsPerMegapixel : 1e-9 * nanosecondsPerPixel;
-  return secondsPerRun + filteringSeconds(plan, threads) + coding * pixels;
+  return secondsPerRun + filteringSeconds(plan, threads) + 1e-9 * shape.nanosecondsPerPixel * pixelsOf(plan);
 }
 
 double memoryOf(const orbel_plan& plan, const RunShape& s) {

@@ -16,8 +16,8 @@ orbel_picture shapeOf(const Picture& picture);
 // window of an edge-preserving filter that has no room, or a setting out of its range.
 orbel_plan planFor(const std::string& file, const orbel_settings& run, const orbel_picture& shape, int threads);
 
-// Throws Failure about the file, with the estimate, when the low-passes would take more than so many minutes. threads: 0
-// for all processors. 0 minutes: no limit.
+// Throws Failure about the file, with the estimate, when the low-passes would take more than so many minutes. threads:
+// 0 for all processors. 0 minutes: no limit.
 void requireShortWork(const std::string& file, const orbel_settings& run, const orbel_plan& plan, int threads,
                       double mostMinutes);
 
@@ -26,13 +26,13 @@ void requireThatHostHolds(const std::string& file, int width, int height);
 
 // What a run is made of, beside the plan.
 struct RunShape {
-  int channels = 0;      // of the file, with alpha
-  int colours = 0;       // 1 or 3
-  int readBytes = 0;     // a sample of the file that is read
-  int writtenBytes = 0;  // and of the one that is written
-  int documentBytes = 0;  // a sample of a module's document; 0 for the engine, which needs none
-  bool blended = false;  // with the original, by a weight a pixel
-  double secondsPerMegapixel = 0;  // of encoding, where it takes longest by far
+  int channels = 0;                  // of the file, with alpha
+  int colours = 0;                   // 1 or 3
+  int readBytes = 0;                 // a sample of the file that is read
+  int writtenBytes = 0;              // and of the one that is written
+  int documentBytes = 0;             // a sample of a module's document; 0 for the engine, which needs none
+  bool blended = false;              // with the original, by a weight a pixel
+  double nanosecondsPerPixel = 100;  // of reading and writing
 };
 
 // Seconds that a run takes, with its process, reading and writing: the low-passes shared by the threads, the rest on

@@ -100,10 +100,13 @@ class Road {
     if (options_.plugin != nullptr) requireThatHostHolds(job_.input, outcome_.width, outcome_.height);
     const orbel_plan plan = planFor(job_.input, run_, shapeOf(*opened_), options_.threads);
     requireShortWork(job_.input, run_, plan, options_.threads, options_.mostMinutes);
-    const RunShape shape = {opened_->channels(),        opened_->colours(),
-                            bytesOf(opened_->samples()), bytesOf(samples_),
-                            options_.plugin != nullptr ? documentDepth() / 8 : 0, isBlended(options_.settings),
-                            format_->saver.secondsPerMegapixel};
+    const RunShape shape = {opened_->channels(),
+                            opened_->colours(),
+                            bytesOf(opened_->samples()),
+                            bytesOf(samples_),
+                            options_.plugin != nullptr ? documentDepth() / 8 : 0,
+                            isBlended(options_.settings),
+                            format_->saver.nanosecondsPerPixel};
     outcome_.memory = memoryOf(plan, shape);
     outcome_.estimatedSeconds = secondsOf(plan, shape, options_.threads);
     requireMemory(job_.input, outcome_.memory, options_.mostMemory);

@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "files/digest.h"
-#include "settings/settings_json.h"
 #include "pictures/xmp_packet.h"
+#include "settings/settings_json.h"
 
 namespace orbel {
 
@@ -68,8 +68,7 @@ std::optional<MadeWith> madeWithFrom(const std::string& text) {
 Picture remembering(const MadeWith& made, const Picture& picture, const FileFormat& format) {
   if (!format.kept.xmp) return picture;
   const auto packet = withProperty(xmpOf(picture), textOf(made));
-  const std::size_t most = format.saver.mostXmp;
-  if (!packet || (most != 0 && packet->size() > most)) return picture;
+  if (!packet || packet->size() > format.saver.mostXmp) return picture;
   return withXmp(picture, *packet);
 }
 

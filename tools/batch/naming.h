@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "batch/inputs.h"
-#include "batch/outcome.h"
 #include "batch/job.h"
+#include "batch/outcome.h"
 
 namespace orbel {
 

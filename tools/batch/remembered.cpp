@@ -11,9 +11,9 @@
 #include <exception>
 #include <system_error>
 
-#include "settings/text_values.h"
 #include "files/write_all.h"
 #include "pictures/library.h"
+#include "settings/text_values.h"
 
 namespace orbel {
 

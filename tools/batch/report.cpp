@@ -41,7 +41,9 @@ double Report::secondsGone() const {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
 }
 
-double Report::secondsLeft() const { return bytesDone_ > 0 ? secondsGone() * std::max(0.0, bytes_ / bytesDone_ - 1) : 0; }
+double Report::secondsLeft() const {
+  return bytesDone_ > 0 ? secondsGone() * std::max(0.0, bytes_ / bytesDone_ - 1) : 0;
+}
 
 double Report::megapixelsPerSecond() const { return megapixels_ / std::max(secondsGone(), 1e-3); }
 

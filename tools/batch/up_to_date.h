@@ -1,8 +1,8 @@
 // What -u leaves out.
 #pragma once
 
-#include "batch/naming.h"
 #include "batch/job.h"
+#include "batch/naming.h"
 
 namespace orbel {
 

@@ -12,17 +12,17 @@
 #include <vector>
 
 #include "batch/batch.h"
-#include "cli/commands.h"
-#include "files/failure.h"
 #include "batch/inputs.h"
 #include "batch/made_with.h"
-#include "plugin/module.h"
 #include "batch/naming.h"
-#include "cli/page_option.h"
-#include "cli/settings_options.h"
 #include "batch/report.h"
 #include "batch/up_to_date.h"
+#include "cli/commands.h"
+#include "cli/page_option.h"
+#include "cli/settings_options.h"
 #include "cli/work_limits.h"
+#include "files/failure.h"
+#include "plugin/module.h"
 
 namespace orbel {
 
@@ -77,7 +77,7 @@ CLI::Validator oneOf(const std::vector<std::pair<std::string, Value>>& words) {
               }
               known += (known.empty() ? "" : ", ") + word;
             }
-            return ::quoted(text) + " is none of " + known;
+            return orbel::quoted(text) + " is none of " + known;
           },
           ""};
 }
@@ -250,8 +250,8 @@ ExitCode apply(ApplyArguments& a) {
 
   const Inputs inputs = listInputs(a.inputs);
   Plan plan = planJobs(inputs, a.naming, a.inputs.recursive);
-  a.job.madeWith = settingsOf(a.work, a.plugin);
-  leaveOutWhatIsUpToDate(plan, a.work);
+  a.job.madeWith = settingsOf(a.job, a.plugin);
+  leaveOutWhatIsUpToDate(plan, a.job);
   // The host's bits are the plug-in's: without --plugin, of the one that comes with orbel.
   if (a.plugin || a.job.hostDepth) a.job.plugin = loadEntry(a.plugin.value_or(ownModule()));
   tellOfLeftAlone(inputs, a, plan);
@@ -262,7 +262,7 @@ ExitCode apply(ApplyArguments& a) {
     std::error_code shownByTheFile;
     fs::create_directories(fs::path(job.output).parent_path(), shownByTheFile);
   }
-  const ExitCode code = runBatch(plan.jobs, a.work, a.batch, report);
+  const ExitCode code = runBatch(plan.jobs, a.job, a.batch, report);
   report.summarize();
   const bool anyFailed = std::any_of(plan.outcomes.begin(), plan.outcomes.end(),
                                      [](const Outcome& o) { return o.status == Outcome::Status::Failed; });

@@ -7,21 +7,21 @@
 #include <new>
 #include <utility>
 
-#include "settings/bands.h"
-#include "cli/commands.h"
-#include "pictures/contact_sheet.h"
 #include "batch/equalize.h"
 #include "batch/estimate.h"
-#include "files/failure.h"
+#include "cli/commands.h"
 #include "cli/page_option.h"
+#include "cli/settings_options.h"
+#include "cli/work_limits.h"
+#include "files/failure.h"
+#include "files/target_file.h"
+#include "pictures/contact_sheet.h"
 #include "pictures/formats.h"
 #include "pictures/library.h"
 #include "pictures/picture.h"
 #include "pictures/save.h"
+#include "settings/bands.h"
 #include "settings/settings_json.h"
-#include "cli/settings_options.h"
-#include "files/target_file.h"
-#include "cli/work_limits.h"
 
 namespace orbel {
 
@@ -111,7 +111,7 @@ void takeApart(const BandsArguments& arguments) {
     requireShortWork(input, run, plan, 0, arguments.limits.mostMinutes);
     // The stack's copy, and the view beside the picture.
     const int bytes = 3 * bytesOf(picture.samples());
-    const double memory = memoryOf(plan, {picture.channels(), picture.colours(), bytes, bytes, 0, false, 0});
+    const double memory = memoryOf(plan, {picture.channels(), picture.colours(), bytes, bytes, 0, false});
     requireMemory(input, memory, arguments.limits.mostMemory());
     BandFiles files(arguments, views, picture.samples() == SampleType::floats);
     const Stack stack(input, run, picture);

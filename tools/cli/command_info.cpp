@@ -9,16 +9,16 @@
 #include <string>
 #include <vector>
 
-#include "cli/commands.h"
 #include "batch/estimate.h"
-#include "files/failure.h"
-#include "pictures/library.h"
-#include "pictures/picture.h"
 #include "batch/inputs.h"
 #include "batch/made_with.h"
-#include "pictures/metadata.h"
 #include "batch/outcome.h"
+#include "cli/commands.h"
 #include "cli/page_option.h"
+#include "files/failure.h"
+#include "pictures/library.h"
+#include "pictures/metadata.h"
+#include "pictures/picture.h"
 #include "settings/settings.h"
 #include "settings/settings_json.h"
 
@@ -39,7 +39,7 @@ struct InfoArguments {
 double memoryFor(const std::string& file, const Picture& picture) {
   const int bytes = bytesOf(picture.samples());
   const orbel_plan plan = planFor(file, Settings().run, shapeOf(picture), 0);
-  return memoryOf(plan, {picture.channels(), picture.colours(), bytes, bytes, 0, false, 0});
+  return memoryOf(plan, {picture.channels(), picture.colours(), bytes, bytes, 0, false});
 }
 
 // Of the settings that a picture was made with, those that are not built in.

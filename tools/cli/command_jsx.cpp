@@ -4,9 +4,9 @@
 #include <memory>
 
 #include "cli/commands.h"
-#include "settings/jsx.h"
 #include "cli/settings_options.h"
 #include "files/text_file.h"
+#include "settings/jsx.h"
 
 namespace orbel {
 

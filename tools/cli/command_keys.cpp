@@ -47,7 +47,8 @@ void printKeys(bool asJson) {
       const bool flag = kindOf(key) == ORBEL_KEY_FLAG;
       const std::string text = flag ? (value ? "on" : "off") : fmt::format("{}", valueOf(defaults, key));
       const std::string range = flag ? "" : fmt::format(", {} to {}", least, most);
-      std::cout << fmt::format("{}  {:<12} {:<13} default {}{}\n", key, memberOf(key), typeOf(kindOf(key)), text, range);
+      std::cout << fmt::format("{}  {:<12} {:<13} default {}{}\n", key, memberOf(key), typeOf(kindOf(key)), text,
+                               range);
     }
   }
   if (asJson) std::cout << jsonText(list);

@@ -7,11 +7,11 @@
 #include <memory>
 
 #include "cli/commands.h"
+#include "cli/settings_options.h"
+#include "files/text_file.h"
 #include "settings/presets.h"
 #include "settings/settings_file.h"
 #include "settings/settings_json.h"
-#include "cli/settings_options.h"
-#include "files/text_file.h"
 
 namespace orbel {
 

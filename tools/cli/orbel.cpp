@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "batch/outcome.h"
 #include "cli/commands.h"
 #include "plugin/module.h"
-#include "batch/outcome.h"
 #include "settings/settings.h"
 
 namespace orbel {

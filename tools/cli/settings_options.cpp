@@ -51,11 +51,13 @@ void addSettingsOptions(CLI::App& command, SettingsArguments& a) {
           "Values of one band; the words are gain, radius, threshold and edges");
 
   const char* whole = "Whole picture";
-  add(command, whole, "--residual,--factor", a.residual, "NUMBER", "Gain of the coarse residual in percent (default 100)");
+  add(command, whole, "--residual,--factor", a.residual, "NUMBER",
+      "Gain of the coarse residual in percent (default 100)");
   addSwitch(command, whole, "--half", "Add middle grey at the end", "--no-half", "Add none (default)", a.half);
   addSwitch(command, whole, "--luminance", "Work on luminance and keep the colours (default)", "--planes",
             "Work on red, green and blue each", a.luminance);
-  add(command, whole, "--overlay,--cross", a.overlay, "PIXELS", "Draw an overlay of two diagonals and a stripe, so many pixels wide (default 0: none)");
+  add(command, whole, "--overlay,--cross", a.overlay, "PIXELS",
+      "Draw an overlay of two diagonals and a stripe, so many pixels wide (default 0: none)");
   add(command, whole, "--mix", a.mix, "PERCENT", "How much of the result to blend into the original (default 100)");
   add(command, whole, "--mask", a.mask, "IMAGE",
       "Let the result show where this picture is white, the original where it is black; of the same proportions");

@@ -18,7 +18,7 @@ void addLimitOptions(CLI::App& command, Limits& limits, const char* group) {
       // Before that one, which takes -1 for the largest number.
       ->transform(CLI::Validator(
           [](const std::string& text) {
-            return text.find('-') == std::string::npos ? "" : ::quoted(text) + " is not a size of memory";
+            return text.find('-') == std::string::npos ? "" : orbel::quoted(text) + " is not a size of memory";
           },
           ""));
   command
@@ -27,7 +27,7 @@ void addLimitOptions(CLI::App& command, Limits& limits, const char* group) {
       ->group(group)
       ->type_name("N")
       ->check([](const std::string& text) {
-        return numberFrom("--max-minutes", text) < 0 ? ::quoted(text) + " is below 0" : "";
+        return numberFrom("--max-minutes", text) < 0 ? orbel::quoted(text) + " is below 0" : "";
       });
 }
 

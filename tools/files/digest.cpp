@@ -22,5 +22,4 @@ std::string sha256Of(const std::string& file) {
   return digest;
 }
 
-
 }  // namespace orbel

@@ -67,7 +67,8 @@ struct Saver {
   bool wholeFirst = false;                // in memory: its encoder tries for ever to write to a disk that is full
   bool checksSums = false;                // exiftool does, in the written file, unless it is told to make haste
   std::size_t mostXmp = std::numeric_limits<std::size_t>::max();  // bytes of a packet that it doesn't leave out
-  double nanosecondsPerPixel = 100;                               // of reading and writing; see batch/estimate.cpp
+  // Of reading and writing, on an AMD EPYC: between JPEG (40) and PNG (150), as with JPEG 2000 and WebP.
+  double nanosecondsPerPixel = 100;
 };
 
 struct FileFormat {

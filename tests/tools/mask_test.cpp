@@ -1,18 +1,16 @@
-// What surrounds the plug-in: radii that scale, masks, and the blend with the original.
+// Masks, the blend with the original, and bands that add up.
 
-#include "pictures/finish.h"
-
-#include <cmath>
-#include <cstring>
+#include "pictures/mask.h"
 
 #include "files/failure.h"
 #include "orbel_run.h"
+#include "pictures/vips_picture.h"
 
 using namespace orbel;
 
 namespace {
 
-class FinishTest : public Orbel {
+class MaskTest : public Orbel {
  protected:
   int orbel(const std::string& line) const { return run(line).code(); }
 };
@@ -34,42 +32,8 @@ VImage corner(int width, int height, int edge, double white = 255) {
 
 VImage colours(const VImage& picture) { return picture.extract_band(0, VImage::option()->set("n", 3)); }
 
-SettingsChoice masked(const std::string& file, double mix = 100) {
-  SettingsChoice choice;
-  choice.mask = file;
-  choice.mix = mix;
-  return choice;
-}
-
-TEST_F(FinishTest, RadiiScaleWithThePicture) {
-  SettingsChoice choice;
-  choice.settings.setBands("", "RAD", "1,2,3,4,5");
-  EXPECT_EQ(settingsFor(choice, 4000, 3000).value("RAD5"), 5);
-  choice.refEdge = 2000;
-  EXPECT_EQ(settingsFor(choice, 3000, 4000).value("RAD1"), 2);
-  EXPECT_EQ(settingsFor(choice, 4000, 3000).value("RAD5"), 10);
-  EXPECT_EQ(settingsFor(choice, 4000, 3000).value("THR5"), 10);
-}
-
-TEST_F(FinishTest, BlendIsExactAtItsEnds) {
-  struct Case {
-    float original, result, weight, blend;
-  };
-  for (const Case& c : {Case{0.1F, 0.7F, 0, 0.1F}, Case{0.1F, 0.7F, 1, 0.7F}, Case{0.25F, 0.75F, 0.5F, 0.5F},
-                        Case{2, -1, 0.25F, 1.25F}, Case{0.1F, NAN, 0, 0.1F}, Case{INFINITY, 0.7F, 1, 0.7F}}) {
-    Document original{1, 1, 32, {std::vector<unsigned char>(4)}};
-    Document result = original;
-    std::memcpy(original.planes[0].data(), &c.original, 4);
-    std::memcpy(result.planes[0].data(), &c.result, 4);
-    blend(original, {c.weight}, result);
-    float blended = 0;
-    std::memcpy(&blended, result.planes[0].data(), 4);
-    EXPECT_EQ(blended, c.blend);
-  }
-}
-
-// The weight at three places of an upright picture of 40 x 20: in the white corner, beside it, and below it.
-TEST_F(FinishTest, MasksAreWhiteWhereTheResultShows) {
+// At three places of an upright picture of 40 x 20: in the white corner, beside it, and below it.
+TEST_F(MaskTest, MasksAreWhiteWhereTheResultShows) {
   const VImage grey = corner(40, 20, 10);
   const VImage opaque = (VImage::black(40, 20) + 255).cast(VIPS_FORMAT_UCHAR);
   const auto as = [](VipsInterpretation model) { return VImage::option()->set("interpretation", model); };
@@ -83,26 +47,26 @@ TEST_F(FinishTest, MasksAreWhiteWhereTheResultShows) {
       {"half.png", corner(20, 10, 5)}};
   for (const auto& [name, mask] : masks) {
     save(name, mask);
-    const std::vector<float> weights = weightsOf(masked(name, 50), VImage::black(40, 20));
-    EXPECT_NEAR(weights.at(5 * 40 + 5), 0.5F, 1e-6F) << name;
+    const std::vector<float> weights = maskWeights(name, pictureOf(VImage::black(40, 20), ""));
+    EXPECT_NEAR(weights.at(5 * 40 + 5), 1, 1e-6F) << name;
     EXPECT_NEAR(weights.at(5 * 40 + 15), 0, 1e-6F) << name;
     EXPECT_NEAR(weights.at(15 * 40 + 5), 0, 1e-6F) << name;
   }
   for (const VImage& wrong : {corner(20, 40, 10), corner(40, 24, 10), corner(10, 7, 3)}) {
     save("wrong.png", wrong);
-    EXPECT_THROW(weightsOf(masked("wrong.png"), VImage::black(40, 20)), Failure);
+    EXPECT_THROW(maskWeights("wrong.png", pictureOf(VImage::black(40, 20), "")), Failure);
   }
-  EXPECT_THROW(weightsOf(masked("nowhere.png"), VImage::black(40, 20)), Failure);
+  EXPECT_THROW(maskWeights("nowhere.png", pictureOf(VImage::black(40, 20), "")), Failure);
 }
 
 // Turned upright, every picture shows its mask's white corner at the top left.
-TEST_F(FinishTest, MasksLieOverThePictureAsItIsShown) {
+TEST_F(MaskTest, MasksLieOverThePictureAsItIsShown) {
   save("mask.png", corner(40, 20, 10));
   for (int orientation = 1; orientation <= 8; ++orientation) {
     const bool turned = orientation > 4;
     VImage picture = VImage::black(turned ? 20 : 40, turned ? 40 : 20);
     picture.set(VIPS_META_ORIENTATION, orientation);
-    std::vector<float> weights = weightsOf(masked("mask.png"), picture);
+    std::vector<float> weights = maskWeights("mask.png", pictureOf(picture, ""));
     VImage stored = VImage::new_from_memory(weights.data(), weights.size() * sizeof(float), picture.width(),
                                             picture.height(), 1, VIPS_FORMAT_FLOAT);
     stored.set(VIPS_META_ORIENTATION, orientation);
@@ -112,7 +76,7 @@ TEST_F(FinishTest, MasksLieOverThePictureAsItIsShown) {
   }
 }
 
-TEST_F(FinishTest, BlendsBeforeTheDepthGoesBack) {
+TEST_F(MaskTest, BlendsBeforeTheDepthGoesBack) {
   save("in.png", noisy(64, 48));
   save("mask.png", corner(64, 48, 24));
   ASSERT_EQ(orbel("in.png full.tif -d float --contrast 250"), 0);
@@ -136,7 +100,7 @@ TEST_F(FinishTest, BlendsBeforeTheDepthGoesBack) {
 }
 
 // The bands less middle grey, and the residual, are the equalized picture.
-TEST_F(FinishTest, BandsAddUp) {
+TEST_F(MaskTest, BandsAddUp) {
   save("in.tif", (colours(noisy(70, 50)).cast(VIPS_FORMAT_FLOAT) / 255)
                      .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_scRGB)));
   const std::string settings = " --contrast 150,0,80,-20,300 --edges on,off,on,off,on --factor 90";
