@@ -101,6 +101,7 @@ std::string objection(const VImage& picture) {
 }
 
 // The library counts IPTC in TIFF files in bytes where they count in words: it reads a part and writes a broken block.
+// It has that of Photoshop's own files without the frame that it writes as it stands into JPEG files.
 void dropIptc(VImage& picture) {
   if (picture.get_typeof(VIPS_META_IPTC_NAME) == 0) return;
   picture = picture.copy();
@@ -342,7 +343,7 @@ void requireThatItDecodes(const VImage& opened, const std::string& name) {
   try {
     opened.avg();
   } catch (const VError&) {
-    throw Failure(name, lastError());
+    throw Failure(name, lastError(), Cause::Damaged);
   }
 }
 
