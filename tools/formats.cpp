@@ -19,7 +19,7 @@ constexpr Loader webp{"webp", resolutionInExif, webpCompression};
 constexpr Loader heif{"heif", resolutionInExif | lendsMetadata};
 constexpr Loader jpeg2000{"jp2k", pagesAreOne};
 constexpr Loader netpbm{"ppm", whiteUnsaid | sizeClipped};
-constexpr Loader magick{"magick", pagesAreOne};
+constexpr Loader magick{"magick", pagesAreOne | garblesIptc};
 constexpr Loader gif{"gif"};
 constexpr Loader jpegXl{"jxl"};
 
@@ -41,6 +41,7 @@ Saver tiffSaver() {
 Saver jpegSaver() {
   Saver saver{"jpegsave_target", 95, {}};
   saver.halvesChroma = true;
+  saver.mostXmp = 60000;  // which fits into one segment
   return saver;
 }
 

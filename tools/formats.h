@@ -1,6 +1,7 @@
 // The file formats that pictures are read from and written in.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 #include <vips/vips8>
@@ -17,7 +18,7 @@ struct Metadata {
 enum LoaderTrait : unsigned {
   pagesAreOne = 1,       // what it calls pages is one picture: at several resolutions, or in layers
   resolutionInExif = 2,  // and there alone, where its savers write the picture's own
-  garblesIptc = 4,       // it counts in bytes where the file counts in words, and gets a part
+  garblesIptc = 4,       // it gets a part, or without the frame that it has in a JPEG file
   whiteUnsaid = 8,       // white is 1 in float colour, and it doesn't say so
   sizeClipped = 16,      // it takes a side that can't be for 1
   lendsMetadata = 32,    // copies of a picture have it no longer than the picture itself
@@ -54,6 +55,7 @@ struct Saver {
   std::vector<SaverOption> options{};     // that are always set
   bool predicts = false;                  // differences of neighbours are packed, by the kind of the samples
   bool halvesChroma = false;              // or doesn't, as asked
+  std::size_t mostXmp = SIZE_MAX;         // bytes; a longer packet is left out
   bool wholeFirst = false;                // in memory: its encoder tries for ever to write to a disk that is full
 };
 

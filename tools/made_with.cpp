@@ -8,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "metadata.h"
 #include "settings_json.h"
 #include "xmp_packet.h"
 
@@ -22,9 +23,6 @@ constexpr const char* timeWord = "time";
 
 // Of a text: far more than there is to tell. A picture may come from anywhere, and JSON is printed by recursion.
 constexpr std::size_t mostToTell = 4096;
-
-// The image library leaves out packets that don't fit into one segment of a JPEG file, with the rest of it.
-constexpr std::size_t mostXmpInJpeg = 60000;
 
 // Other kinds may never end, or never begin.
 bool isFile(const std::string& name) {
@@ -49,13 +47,6 @@ std::string sha256Of(const std::string& file) {
 std::string asciiOf(const json& object) { return object.dump(-1, ' ', true, json::error_handler_t::replace); }
 
 std::string bareName(const std::string& file) { return fs::path(file).filename().string(); }
-
-std::string xmpOf(const VImage& picture) {
-  if (picture.get_typeof(VIPS_META_XMP_NAME) == 0) return "";
-  std::size_t size = 0;
-  const auto* const bytes = static_cast<const char*>(picture.get_blob(VIPS_META_XMP_NAME, &size));
-  return {bytes, size};
-}
 
 }  // namespace
 
@@ -91,11 +82,8 @@ std::optional<MadeWith> madeWithFrom(const std::string& text) {
 
 VImage remembering(const MadeWith& made, const VImage& picture, const FileFormat& format) {
   if (!format.kept.xmp) return picture;
-  const auto packet = withProperty(xmpOf(picture), textOf(made));
-  if (!packet || (format.name == "JPEG" && packet->size() > mostXmpInJpeg)) return picture;
-  VImage copy = picture.copy();
-  vips_image_set_blob_copy(copy.get_image(), VIPS_META_XMP_NAME, packet->data(), packet->size());
-  return copy;
+  const auto packet = withProperty(format.name == "HEIF" ? unwrapped(xmpOf(picture)) : xmpOf(picture), textOf(made));
+  return packet && packet->size() <= format.saver.mostXmp ? withXmp(*packet, picture) : picture;
 }
 
 std::optional<MadeWith> madeWithIn(const VImage& picture) {

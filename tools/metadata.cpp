@@ -30,8 +30,23 @@ bool isBy(const char* loader, const vips::VImage& picture) {
   return std::string(picture.get_string(VIPS_META_LOADER)).rfind(loader, 0) == 0;
 }
 
+// Empty where the picture has none.
+std::string blockOf(const char* kind, const vips::VImage& picture) {
+  if (picture.get_typeof(kind) == 0) return "";
+  std::size_t size = 0;
+  const auto* const bytes = static_cast<const char*>(picture.get_blob(kind, &size));
+  return {bytes, size};
+}
+
+// The library drops tags that are longer, whatever it writes.
+constexpr std::size_t mostExif = 65535;
+
+// In JPEG files, what doesn't fit into the first segment, of which alone the library knows, is told of there.
+bool isExtended(const std::string& xmp) { return xmp.find("HasExtendedXMP") != std::string::npos; }
+
 // Whether the file may hold metadata that the library doesn't see.
 bool mayHoldMore(const std::string& file, const vips::VImage& picture) {
+  if (isExtended(xmpOf(picture))) return true;
   for (const char* readWhole : {"jpeg", "webp", "ppm"}) {
     if (isBy(readWhole, picture)) return false;
   }
@@ -75,11 +90,31 @@ Metadata metadataOf(const vips::VImage& picture) {
           has(VIPS_META_IPTC_NAME) || has(droppedIptc)};
 }
 
+std::string xmpOf(const vips::VImage& picture) { return blockOf(VIPS_META_XMP_NAME, picture); }
+
+vips::VImage withXmp(const std::string& packet, const vips::VImage& picture) {
+  vips::VImage copy = picture.copy();
+  vips_image_set_blob_copy(copy.get_image(), VIPS_META_XMP_NAME, packet.data(), packet.size());
+  return copy;
+}
+
+vips::VImage withHiddenXmp(const std::string& input, const vips::VImage& picture, const FileFormat& format,
+                           const AskExiftool& askExiftool) {
+  const bool mayHaveSome = format.kept.xmp && input != pipeName && !metadataOf(picture).xmp && !isBy("tiff", picture) &&
+                           mayHoldMore(input, picture);
+  const std::string packet = mayHaveSome ? xmpPacketIn(input, askExiftool) : "";
+  return packet.empty() ? picture : withXmp(packet, picture);
+}
+
 Notes completeMetadata(const std::string& input, const vips::VImage& picture, TargetFile* target,
                        const FileFormat& format, const AskExiftool& askExiftool) {
   const Metadata there = metadataOf(picture);
   Metadata kept = both(there, format.kept);
   kept.iptc = kept.iptc && picture.get_typeof(droppedIptc) == 0;
+  kept.exif = kept.exif && blockOf(VIPS_META_EXIF_NAME, picture).size() <= mostExif;
+  const std::string xmp = xmpOf(picture);
+  const bool isLongXmp = xmp.size() > format.saver.mostXmp || isExtended(xmp);
+  kept.xmp = kept.xmp && !isLongXmp;
   const Metadata possible = either(format.kept, format.repaired);
   const Metadata lost = both(without(there, kept), format.repaired);
   Metadata unplaced = without(there, possible);
@@ -92,7 +127,8 @@ Notes completeMetadata(const std::string& input, const vips::VImage& picture, Ta
     };
     // GIF files may go on behind their first comment, which is where haste stops.
     const bool isHasty = format.name == "PNG" && !isBy("gif", picture);
-    const TagCopyOptions options = {kept.exif, format.repaired.xmp && !kept.xmp, format.repaired.iptc, isHasty};
+    const bool takesXmp = format.repaired.xmp && !kept.xmp;
+    const TagCopyOptions options = {kept.exif, takesXmp, isLongXmp, format.repaired.iptc, isHasty};
     if (input == pipeName || target == nullptr) {
       note(", since exiftool has no part in pipes");
     } else if (const TagCopy copy = copyTags(input, *target, options, askExiftool); !copy.installed) {

@@ -69,8 +69,9 @@ void append(Notes& notes, const Notes& more) { notes.insert(notes.end(), more.be
 void writeTo(TargetFile& target, const Job& job, const WorkOptions& options, const FileFormat& format,
              const SaveOptions& save, const VImage& picture, const AskExiftool& askExiftool, Notes& notes) {
   const MadeWith made{options.madeWith, target.begun()};
-  savePicture(remembering(made, picture, format), format, target.descriptor(), job.output, save);
-  append(notes, completeMetadata(job.input, picture, &target, format, askExiftool));
+  const VImage whole = withHiddenXmp(job.input, picture, format, askExiftool);
+  savePicture(remembering(made, whole, format), format, target.descriptor(), job.output, save);
+  append(notes, completeMetadata(job.input, whole, &target, format, askExiftool));
   target.replace(options.keepsOriginal);
   if (options.writesRecipe) {
     writeTextFile(recipeOf(job.output), settingsText(options.choice, "") + recipeLine(made), job.overwriteRecipe,
