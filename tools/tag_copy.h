@@ -19,8 +19,7 @@ struct TagCopyOptions {
   bool takesXmp = false;
   bool xmpByTags = false;  // into what is there, and as many segments as it wants
   bool takesIptc = false;
-  bool isHasty =
-      false;  // without a look at the sums of the written file, and at what a picture may hold behind its end
+  bool isHasty = false;  // no look at the written file's sums, and at what the picture's may hold behind its end
 };
 
 // Tags of structure, which are the writer's own, are left out, and the colour profile. Throws Failure.
