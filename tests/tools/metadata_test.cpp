@@ -196,6 +196,16 @@ TEST_F(Tags, OutliveAnExiftoolThatHangsOrDies) {
   EXPECT_EQ(answers[5].text, "five\n");
 }
 
+TEST_F(Tags, LeaveNoExiftoolBehindAProgramThatIsKilled) {
+  makePictures();
+  replaceExiftool("exec exiftool \"$@\"");
+  const pid_t process = start(split("apply plain.tif plain.png -o results/"));
+  EXPECT_TRUE(await([] { return exiftoolRuns(); }));
+  kill(process, SIGKILL);
+  finish(process);
+  EXPECT_TRUE(await([] { return !exiftoolRuns(); }));
+}
+
 TEST_F(Orbel, LooksForHiddenTagsInEitherByteOrderAndBigTiff) {
   struct Case {
     std::string content;
