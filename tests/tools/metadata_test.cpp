@@ -134,6 +134,45 @@ TEST_F(Tags, AreNamedWhenTheyDidNotComeOver) {
   EXPECT_EQ(load("d.png").height(), 256);
 }
 
+// What is too long for the library or for a segment of a JPEG file, and for an account of it in one piece.
+TEST_F(Tags, ComeOverAtAnyLength) {
+  makePictures();
+  const std::string text(70000, 'x');
+  saveText("text", text);
+  said("exiftool -q -m -overwrite_original '-XMP-dc:Source<=text' plain.jpg");
+  said("exiftool -q -m -overwrite_original '-XMP-dc:Source<=text' '-EXIF:UserComment<=text' plain.png plain.tif");
+  const std::pair<const char*, const char*> ways[] = {{"jpg", "jpg"}, {"jpg", "png"}, {"png", "png"},
+                                                      {"png", "jpg"}, {"tif", "jpg"}, {"tif", "tif"}};
+  for (const auto& [from, into] : ways) {
+    SCOPED_TRACE(std::string(from) + " " + into);
+    const std::string result = std::string(from) + "." + into;
+    EXPECT_EQ(runWell(std::string("plain.") + from + " " + result).errors, "");
+    EXPECT_EQ(said("exiftool -s3 -XMP-dc:Source " + result), text + "\n");
+    EXPECT_EQ(said("exiftool -s3 -EXIF:UserComment " + result), from == std::string("jpg") ? "" : text + "\n");
+  }
+}
+
+// Where the library sees no XMP, and where it has IPTC without its frame.
+TEST_F(Tags, ComeOverBesideWhatTheResultRemembers) {
+  makePictures();
+  testPicture(3).magicksave("plain.psd");
+  save("plain.jp2", testPicture(3));
+  save("plain.heic", testPicture(3));
+  for (const char* from : {"plain.psd", "plain.jp2", "plain.heic"}) {
+    SCOPED_TRACE(from);
+    said(std::string("exiftool -q -m -overwrite_original -tagsFromFile plain.jpg -all:all --IPTC:all -IPTC ") + from);
+    const bool isHeif = from == std::string("plain.heic");
+    const std::string result = std::string(from) + (isHeif ? ".heic" : ".jpg");
+    for (const char* settings : {"-p clarity", "-p crisp"}) {
+      const std::string line = std::string("apply -u -d u8 ") + from + " -o " + result + " " + settings;
+      EXPECT_TRUE(contains(runWell(line).output, " -> "));
+      EXPECT_TRUE(contains(runWell(line).output, "is up to date\n"));
+      EXPECT_EQ(said("exiftool -s3 -XMP-xmp:Rating " + result), "4\n");
+      EXPECT_TRUE(isHeif || tagsIn(result) == allTags);
+    }
+  }
+}
+
 TEST_F(Tags, OutliveAnExiftoolThatHangsOrDies) {
   replaceExiftool(
       "while read -r l; do case $l in hang) exec sleep 99;; die) exit 3;;\n"
@@ -157,6 +196,16 @@ TEST_F(Tags, OutliveAnExiftoolThatHangsOrDies) {
   EXPECT_EQ(answers[3].status, Status::Failed);
   EXPECT_EQ(answers[5].status, Status::Done);
   EXPECT_EQ(answers[5].text, "five\n");
+}
+
+TEST_F(Tags, LeaveNoExiftoolBehindAProgramThatIsKilled) {
+  makePictures();
+  replaceExiftool("exec exiftool \"$@\"");
+  const pid_t process = start(split("apply plain.tif plain.png -o results/"));
+  EXPECT_TRUE(await([] { return exiftoolRuns(); }));
+  kill(process, SIGKILL);
+  finish(process);
+  EXPECT_TRUE(await([] { return !exiftoolRuns(); }));
 }
 
 TEST_F(Orbel, LooksForHiddenTagsInEitherByteOrderAndBigTiff) {

@@ -354,7 +354,8 @@ TEST_F(Troubles, HaveCodesForPrograms) {
       {"absent.png", "unreadable"},   {"empty.png", "unreadable"},     {"loop.png", "unreadable"},
       {"text.png", "unknown_format"}, {"out.jpg", "unknown_format"},   {"preview.cr2", "no_picture"},
       {"six.tif", "unsupported"},     {"integers.tif", "unsupported"}, {"paged.tif", "several_pages"},
-      {"notes.txt", "no_picture"},    {"nothing.ppm", "damaged"},      {"good.png.toml", "no_picture"}};
+      {"notes.txt", "no_picture"},    {"nothing.ppm", "damaged"},      {"cut.png", "damaged"},
+      {"good.png.toml", "no_picture"}};
   for (const auto& [file, code] : expected) EXPECT_EQ(codes[file], code) << file;
 }
 
@@ -366,7 +367,7 @@ TEST_F(Troubles, OfThePluginHaveACodeOfTheirOwn) {
   fs::create_directory("folder.so");
   mkfifo("fifo.so", 0600);
   fs::copy_file(ORBEL_MODULE, "cut.so");
-  fs::resize_file("cut.so", fs::file_size("cut.so") / 2);
+  fs::resize_file("cut.so", 4096);  // what lies at a file's end may be no more than debug information
   const Refusal refusals[] = {{"missing.so", "can't load this plug-in: No such file or directory"},
                               {"folder.so", "can't load this plug-in: it is not a regular file"},
                               {"fifo.so", "can't load this plug-in: it is not a regular file"},

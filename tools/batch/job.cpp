@@ -142,8 +142,9 @@ class Road {
 
   void write(const Picture& picture, TargetFile& target) {
     const MadeWith made{options_.madeWith, target.begun()};
-    savePicture(remembering(made, picture, *format_), *format_, target.descriptor(), job_.output, save_);
-    append(outcome_.notes, completeMetadata(job_.input, picture, &target, *format_, surroundings_.askExiftool));
+    const Picture whole = withHiddenXmp(job_.input, picture, *format_, surroundings_.askExiftool);
+    savePicture(remembering(made, whole, *format_), *format_, target.descriptor(), job_.output, save_);
+    append(outcome_.notes, completeMetadata(job_.input, whole, &target, *format_, surroundings_.askExiftool));
     target.replace(options_.keepsOriginal);
     if (options_.writesRecipe) {
       writeTextFile(recipeOf(job_.output), settingsText(options_.settings, "") + recipeLine(made), job_.overwriteRecipe,

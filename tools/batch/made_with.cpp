@@ -67,9 +67,9 @@ std::optional<MadeWith> madeWithFrom(const std::string& text) {
 
 Picture remembering(const MadeWith& made, const Picture& picture, const FileFormat& format) {
   if (!format.kept.xmp) return picture;
-  const auto packet = withProperty(xmpOf(picture), textOf(made));
-  if (!packet || packet->size() > format.saver.mostXmp) return picture;
-  return withXmp(picture, *packet);
+  const std::string old = xmpOf(picture);
+  const auto packet = withProperty(format.saver.wantsBareXmp ? unwrapped(old) : old, textOf(made));
+  return packet && packet->size() <= format.saver.mostXmp ? withXmp(picture, *packet) : picture;
 }
 
 std::optional<MadeWith> madeWithIn(const Picture& picture) {

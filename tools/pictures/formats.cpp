@@ -17,12 +17,12 @@ constexpr SampleType bits16 = SampleType::words;
 constexpr SampleType floats = SampleType::floats;
 constexpr Loader jpeg{"jpeg", seesMetadata};
 constexpr Loader png{"png", seesSomeMetadata, nullptr, pngHidesMetadata};
-constexpr Loader tiff{"tiff", garblesIptc, tiffCompression, tiffHidesMetadata};
+constexpr Loader tiff{"tiff", seesXmp | garblesIptc, tiffCompression, tiffHidesMetadata};
 constexpr Loader webp{"webp", resolutionInExif | seesMetadata, webpCompression};
 constexpr Loader heif{"heif", resolutionInExif | lendsMetadata};
 constexpr Loader jpeg2000{"jp2k", pagesAreOne};
 constexpr Loader netpbm{"ppm", whiteUnsaid | sizeClipped | seesMetadata};
-constexpr Loader magick{"magick", pagesAreOne};
+constexpr Loader magick{"magick", pagesAreOne | garblesIptc};
 constexpr Loader gif{"gif", goesOnInComments};
 constexpr Loader jpegXl{"jxl"};
 
@@ -63,6 +63,7 @@ Saver lossyOrLossless(const char* operation) {
 
 Saver heifSaver() {
   Saver saver = lossyOrLossless("heifsave_target");
+  saver.wantsBareXmp = true;
   saver.nanosecondsPerPixel = 1500;
   return saver;
 }

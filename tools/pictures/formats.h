@@ -22,13 +22,14 @@ struct Metadata {
 enum LoaderTrait : unsigned {
   pagesAreOne = 1,         // what it calls pages is one picture: at several resolutions, or in layers
   resolutionInExif = 2,    // and there alone, where its savers write the picture's own
-  garblesIptc = 4,         // it counts in bytes where the file counts in words, and gets a part
+  garblesIptc = 4,         // it gets a part, or without the frame that it has in a JPEG file
   whiteUnsaid = 8,         // white is 1 in float colour, and it doesn't say so
   sizeClipped = 16,        // it takes a side that can't be for 1
   lendsMetadata = 32,      // copies of a picture have it no longer than the picture itself
   seesMetadata = 64,       // all of it
   seesSomeMetadata = 128,  // of a file that has any, or nearly always
   goesOnInComments = 256,  // metadata may follow behind a comment, which exiftool in haste takes for the end
+  seesXmp = 512,           // in every file that has it
 };
 
 struct Loader {
@@ -67,6 +68,7 @@ struct Saver {
   bool wholeFirst = false;                // in memory: its encoder tries for ever to write to a disk that is full
   bool checksSums = false;                // exiftool does, in the written file, unless it is told to make haste
   std::size_t mostXmp = std::numeric_limits<std::size_t>::max();  // bytes of a packet that it doesn't leave out
+  bool wantsBareXmp = false;  // a packet in a wrapper is none to its loader
   // Of reading and writing, on an AMD EPYC: between JPEG (40) and PNG (150), as with JPEG 2000 and WebP.
   double nanosecondsPerPixel = 100;
 };

@@ -37,8 +37,23 @@ Loader loaderOf(const Picture& picture) {
   return format != nullptr ? format->loader : Loader{nullptr};
 }
 
+// Empty where the picture has none.
+std::string blockOf(const char* kind, const vips::VImage& picture) {
+  if (picture.get_typeof(kind) == 0) return "";
+  std::size_t size = 0;
+  const auto* const bytes = static_cast<const char*>(picture.get_blob(kind, &size));
+  return {bytes, size};
+}
+
+// The library drops tags that are longer, whatever it writes.
+constexpr std::size_t mostExif = 65535;
+
+// In JPEG files, what doesn't fit into the first segment, of which alone the library knows, is told of there.
+bool isExtended(const std::string& xmp) { return xmp.find("HasExtendedXMP") != std::string::npos; }
+
 // Whether the file may hold metadata that the library doesn't see.
 bool mayHoldMore(const std::string& file, const Picture& picture) {
+  if (isExtended(xmpOf(picture))) return true;
   const Loader loader = loaderOf(picture);
   const Metadata seen = metadataOf(picture);
   if (loader.has(seesMetadata)) return false;
@@ -80,11 +95,23 @@ Metadata metadataOf(const Picture& picture) {
           has(picture, VIPS_META_XMP_NAME), has(picture, VIPS_META_IPTC_NAME) || has(picture, droppedIptc)};
 }
 
+Picture withHiddenXmp(const std::string& input, const Picture& picture, const FileFormat& format,
+                      const AskExiftool& askExiftool) {
+  const bool mayHaveSome = format.kept.xmp && input != pipeName && !metadataOf(picture).xmp &&
+                           !loaderOf(picture).has(seesXmp) && mayHoldMore(input, picture);
+  const std::string packet = mayHaveSome ? xmpPacketIn(input, askExiftool) : "";
+  return packet.empty() ? picture : withXmp(picture, packet);
+}
+
 Notes completeMetadata(const std::string& input, const Picture& picture, TargetFile* target, const FileFormat& format,
                        const AskExiftool& askExiftool) {
   const Metadata there = metadataOf(picture);
   Metadata kept = both(there, format.kept);
   kept.iptc = kept.iptc && !has(picture, droppedIptc);
+  kept.exif = kept.exif && blockOf(VIPS_META_EXIF_NAME, imageOf(picture)).size() <= mostExif;
+  const std::string xmp = xmpOf(picture);
+  const bool isLongXmp = xmp.size() > format.saver.mostXmp || isExtended(xmp);
+  kept.xmp = kept.xmp && !isLongXmp;
   const Metadata possible = either(format.kept, format.repaired);
   const Metadata lost = both(without(there, kept), format.repaired);
   Metadata unplaced = without(there, possible);
@@ -96,7 +123,8 @@ Notes completeMetadata(const std::string& input, const Picture& picture, TargetF
       notes.push_back((hides ? "may be missing" : "missing") + why + ": " + list(doubtful));
     };
     const bool isHasty = format.saver.checksSums && !loaderOf(picture).has(goesOnInComments);
-    const TagCopyOptions options = {kept.exif, format.repaired.xmp && !kept.xmp, format.repaired.iptc, isHasty};
+    const bool takesXmp = format.repaired.xmp && !kept.xmp;
+    const TagCopyOptions options = {kept.exif, takesXmp, isLongXmp, format.repaired.iptc, isHasty};
     if (input == pipeName || target == nullptr) {
       note(", since exiftool has no part in pipes");
     } else if (const TagCopy copy = copyTags(input, *target, options, askExiftool); !copy.installed) {

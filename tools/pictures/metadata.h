@@ -13,6 +13,10 @@ namespace orbel {
 // As far as the image library sees it. It doesn't see EXIF and IPTC of TIFF and Photoshop files.
 Metadata metadataOf(const Picture& picture);
 
+// The picture with its file's XMP where only exiftool sees that: what is put into the packet goes beside it then.
+Picture withHiddenXmp(const std::string& input, const Picture& picture, const FileFormat& format,
+                      const AskExiftool& askExiftool);
+
 // Puts into a file that the image library has written what the library leaves out, by exiftool where that is installed,
 // and looks whether it is there; target is null for the standard output, which exiftool can't reach. Tags of structure
 // are left out, the colour profile is the library's business. Returns notes on what is missing then, and why. Throws

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <system_error>
 #include <vector>
 
@@ -61,10 +62,10 @@ Words joined(Words words, const Words& more) {
 }
 
 Words copying(const TagCopyOptions& options) {
-  Words words = {"-all:all", "--XMP:all", "--IPTC:all"};
+  Words words = {"-all:all", "--IPTC:all"};
   if (options.leavesExif) words.emplace_back("--EXIF:all");
-  // As blocks: tag by tag, XMP would lose what exiftool doesn't know, and IPTC its character set.
-  if (options.takesXmp) words.emplace_back("-XMP");
+  if (!options.takesXmp || !options.xmpByTags) words.emplace_back("--XMP:all");
+  if (options.takesXmp && !options.xmpByTags) words.emplace_back("-XMP");
   if (options.takesIptc) words.emplace_back("-IPTC");
   if (options.isHasty) words.emplace_back("-fast");
   return words;
@@ -109,6 +110,16 @@ TagCopy copyTags(const std::string& input, TargetFile& target, const TagCopyOpti
   const ExiftoolAnswer tags = ask({joined(readingOfTags(), {source.name(), written}), seconds});
   if (answered(tags)) copy.losses = tagLosses(tags.text, source.name(), written);
   return copy;
+}
+
+std::string xmpPacketIn(const std::string& input, const AskExiftool& ask) {
+  const OpenFile source(input, O_RDONLY);
+  // As JSON, which has what is no UTF-8 behind a word of its own.
+  const ExiftoolAnswer answer = ask({{"-q", "-q", "-j", "-b", "-XMP", source.name()}, patienceFor(input, input)});
+  const auto files = answered(answer) ? nlohmann::json::parse(answer.text, nullptr, false) : nlohmann::json();
+  if (!files.is_array() || files.size() != 1 || !files[0].contains("XMP") || !files[0]["XMP"].is_string()) return "";
+  std::string packet = files[0]["XMP"];
+  return packet.rfind("base64:", 0) == 0 ? "" : packet;
 }
 
 }  // namespace orbel

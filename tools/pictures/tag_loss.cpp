@@ -20,8 +20,8 @@ const std::set<std::string> describing = {
 // What belongs to the form of a file, in directories that describe the picture otherwise. Exiftool copies none of it.
 const std::set<std::string> ofForm = {
     "About",           "CFAPattern",     "ColorSpace",  "ComponentsConfiguration", "CompressedBitsPerPixel",
-    "ExifImageHeight", "ExifImageWidth", "ExifVersion", "FlashpixVersion",         "OffsetSchema",
-    "Padding",         "XMPToolkit"};
+    "ExifImageHeight", "ExifImageWidth", "ExifVersion", "FlashpixVersion",         "HasExtendedXMP",
+    "OffsetSchema",    "Padding",        "XMPToolkit"};
 
 // The kind of a tag by its name, as in EXIF:IFD0:Make; null when a copy needn't have it.
 TagLoss* kindOf(const std::string& tag, TagLosses& losses) {
@@ -51,8 +51,9 @@ const json* fileIn(const json& files, const std::string& name) {
 }  // namespace
 
 const std::vector<std::string>& readingOfTags() {
-  static const std::vector<std::string> arguments = {"-j",       "-n",        "-G0:1",          "-EXIF:all",
-                                                     "-XMP:all", "-IPTC:all", "-MakerNotes:all"};
+  // Quietly: what it says beside goes to the same stream, and would get into the middle of a long account.
+  static const std::vector<std::string> arguments = {
+      "-q", "-q", "-j", "-n", "-G0:1", "-EXIF:all", "-XMP:all", "-IPTC:all", "-MakerNotes:all"};
   return arguments;
 }
 

@@ -14,8 +14,7 @@ namespace {
 const std::string nameSpace = "urn:uuid:6d1f0f5e-7a0c-4c52-9b43-2f6a86a1c7d4#";
 const std::string property = "MadeWith";
 
-// Without the wrapper that programs scan for: the image library doesn't know a packet in a HEIF file that begins with
-// it.
+// Without a wrapper.
 const std::string emptyPacket =
     "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\">\n"
     "</rdf:RDF></x:xmpmeta>";
@@ -107,6 +106,14 @@ std::optional<std::string> withProperty(const std::string& packet, const std::st
   if (end == std::string::npos) return std::nullopt;
   return changed.insert(end, R"( <rdf:Description rdf:about="" xmlns:orbel=")" + nameSpace + "\" orbel:" + property +
                                  "=\"" + escaped(text) + "\"/>\n");
+}
+
+std::string unwrapped(const std::string& packet) {
+  const std::string last = "</x:xmpmeta>";
+  const std::size_t begin = packet.find("<x:xmpmeta");
+  const std::size_t end = packet.rfind(last);
+  if (begin == std::string::npos || end == std::string::npos || end < begin) return packet;
+  return packet.substr(begin, end + last.size() - begin);
 }
 
 std::optional<std::string> propertyIn(const std::string& packet) {

@@ -13,6 +13,10 @@ namespace orbel {
 // (an empty one). Nothing, when the packet has no RDF in UTF-8 that the property could stand in.
 std::optional<std::string> withProperty(const std::string& packet, const std::string& text);
 
+// Without the wrapper that programs scan files for: the image library doesn't know a packet in a HEIF file that begins
+// with it.
+std::string unwrapped(const std::string& packet);
+
 // The property's text, in each of the forms that programs give it when they write the packet anew: an attribute or an
 // element, under any prefix. Nothing when it isn't there.
 std::optional<std::string> propertyIn(const std::string& packet);
