@@ -104,7 +104,7 @@ def main():
     tests = {
         path.relative_to(root / "tests").as_posix(): path.read_text()
         for path in sorted((root / "tests").rglob("*"))
-        if path.suffix in (".cpp", ".h", ".sh")
+        if path.suffix in (".c", ".cpp", ".h", ".sh")
     }
 
     header = None

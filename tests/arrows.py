@@ -5,7 +5,7 @@ Usage: arrows.py NM OBJECT...
 
 Fails for an #include that the table below doesn't have, and for an object file (of those given, the library's) that
 uses what a part defines that the table doesn't have either: a member of KivImage is declared on image/, but its body
-may stand on a higher floor. tests/ and bench/ may use everything.
+may stand on a higher floor. tests/, bench/ and docs/ may use everything.
 """
 
 import re
@@ -22,19 +22,18 @@ may_use = {
     "equalizer": ["primitives", "image", "tone", "filters"],
     "api": ["primitives", "image", "tone", "filters", "equalizer"],
     "host": ["primitives", "image", "tone", "filters", "equalizer"],
-    "tools": [
-        "host/host_interface.h",
-        "host/script_keys.h",
-        "equalizer/bilateral_filter.h",
-        # gallery.cpp, which shows what the toolkit can do
-        "image/kiv_image.h",
-        "tone/blend_kernels.h",
-        "tone/tone_curves.h",
-        "filters/kernel.h",
-        "filters/unsharp_mask.h",
-    ],
-    "fronts": ["api"],
+    # The rooms of tools/.
+    "files": [],
+    "settings": ["files", "api/orbel.h", "host/script_keys.h"],
+    "pictures": ["files", "api/orbel.h"],
+    "plugin": ["files", "api/orbel.h", "host/host_interface.h", "host/script_keys.h"],
+    "batch": ["files", "settings", "pictures", "plugin", "api/orbel.h"],
+    "cli": ["files", "settings", "pictures", "plugin", "batch", "api/orbel.h"],
+    "fronts": ["api/orbel.h"],
 }
+
+# Libraries that one room alone has.
+has_alone = {"vips": "pictures", "tiffio.h": "pictures", "CLI": "cli", "toml++": "settings"}
 
 root = Path(__file__).resolve().parent.parent
 
@@ -53,9 +52,11 @@ def includes():
         if path.suffix not in (".h", ".c", ".cpp", ".inc", ".in", ".rc"):
             continue
         name = path.relative_to(root)
-        part = name.parts[1] if name.parts[0] == "src" else name.parts[0]
+        part = name.parts[0] if name.parts[0] == "fronts" else name.parts[1]
         for header in re.findall(r'^[ \t]*#[ \t]*include[ \t]*["<]([^">]+)', path.read_text(), re.M):
             used = header.partition("/")[0]
+            if part != has_alone.get(used, part):
+                yield part, "nobody's", header, f"{name} includes {header}, which {has_alone[used]}/ has alone"
             beside = (path.parent / header).exists()
             if not beside and (used in may_use or (root / "src" / header).exists()):
                 yield part, used, header, f"{name} includes {header}"

@@ -214,10 +214,17 @@ TEST(FrontDoor, GivesEveryLevelBackInItsOwnTypeAndInAnother) {
   const Owned floats(ORBEL_FLOAT32, 256, 256, 1);
   const Owned bytes(ORBEL_UINT8, 256, 256, 1);
   ASSERT_EQ(orbel_equalize(&neutral, &all.picture, &floats.picture, nullptr), ORBEL_OK);
-  ASSERT_EQ(orbel_equalize(&neutral, &floats.picture, &bytes.picture, nullptr), ORBEL_OK);
-  for (int i = 0; i < 65536; ++i) {
-    ASSERT_NEAR(bytes.samples[static_cast<std::size_t>(i)], i / 257.0, 0.5001);
+  const Owned plain(floats);
+  ASSERT_EQ(orbel_convert(&all.picture, &plain.picture), ORBEL_OK);
+  for (const Owned* deep : {&all, &plain}) {
+    ASSERT_EQ(orbel_convert(&deep->picture, &bytes.picture), ORBEL_OK);
+    for (int i = 0; i < 65536; ++i) {
+      ASSERT_NEAR(bytes.samples[static_cast<std::size_t>(i)], i / 257.0, 0.5001);
+    }
   }
+  const Owned back(all);
+  ASSERT_EQ(orbel_convert(&floats.picture, &back.picture), ORBEL_OK);
+  EXPECT_EQ(back.samples, all.samples);
 }
 
 // By the formula, from a run in full, on floats: original * (1 - weight) + result * weight.

@@ -68,7 +68,7 @@ struct Saver {
   bool wholeFirst = false;                // in memory: its encoder tries for ever to write to a disk that is full
   bool checksSums = false;                // exiftool does, in the written file, unless it is told to make haste
   std::size_t mostXmp = std::numeric_limits<std::size_t>::max();  // bytes of a packet that it doesn't leave out
-  bool wantsBareXmp = false;  // a packet in a wrapper is none to its loader
+  bool wantsBareXmp = false;                                      // a packet in a wrapper is none to its loader
   // Of reading and writing, on an AMD EPYC: between JPEG (40) and PNG (150), as with JPEG 2000 and WebP.
   double nanosecondsPerPixel = 100;
 };
