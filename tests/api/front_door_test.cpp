@@ -216,7 +216,7 @@ TEST(FrontDoor, GivesEveryLevelBackInItsOwnTypeAndInAnother) {
   ASSERT_EQ(orbel_equalize(&neutral, &all.picture, &floats.picture, nullptr), ORBEL_OK);
   const Owned plain(floats);
   ASSERT_EQ(orbel_convert(&all.picture, &plain.picture), ORBEL_OK);
-  for (const Owned* deep : {&all, &plain}) {
+  for (const Owned* const deep : {static_cast<const Owned*>(&all), &plain}) {
     ASSERT_EQ(orbel_convert(&deep->picture, &bytes.picture), ORBEL_OK);
     for (int i = 0; i < 65536; ++i) {
       ASSERT_NEAR(bytes.samples[static_cast<std::size_t>(i)], i / 257.0, 0.5001);
