@@ -81,7 +81,7 @@ Outcome workOn(const Job& job, const JobOptions& options, int connection) {
   removeTemporaryOnSignals(exitInterrupted);
   prctl(PR_SET_PDEATHSIG, SIGTERM);
   if (getppid() != parent) _exit(exitInterrupted);
-  const ImageLibrary library("orbel", verbose);
+  const ImageLibrary library("orbel", verbose, options.threads);
   const bool told = sendLine(connection, jsonLine(toJson(workOn(job, options, connection))));
   _exit(told ? exitGood : exitInterrupted);
 }

@@ -10,8 +10,9 @@ void silence(const gchar*, GLogLevelFlags, const gchar*, gpointer) {}
 
 }  // namespace
 
-ImageLibrary::ImageLibrary(const char* programName, bool verbose) {
+ImageLibrary::ImageLibrary(const char* programName, bool verbose, int threads) {
   if (VIPS_INIT(programName) != 0) throw Failure("libvips", lastError());
+  vips_concurrency_set(threads);
   if (!verbose) {
     g_log_set_default_handler(silence, nullptr);
     g_log_set_handler("VIPS", static_cast<GLogLevelFlags>(G_LOG_LEVEL_MASK | G_LOG_FLAG_FATAL | G_LOG_FLAG_RECURSION),
