@@ -67,13 +67,8 @@ Outcome workOn(const Job& job, const JobOptions& options, int connection) {
   };
   try {
     return doJob(job, options, {waitFor, askExiftool});
-  } catch (const std::bad_alloc&) {
-    return outcomeOf(job, Outcome::Status::Failed,
-                     Failure(job.input, "not enough memory for a picture of this size", Cause::NoMemory));
-  } catch (const Failure& failure) {
-    return outcomeOf(job, Outcome::Status::Failed, failure);
-  } catch (const std::exception& error) {
-    return outcomeOf(job, Outcome::Status::Failed, Failure(job.input, error.what()));
+  } catch (const std::exception&) {
+    return outcomeOf(job, Outcome::Status::Failed, failureInHand(job.input));
   }
 }
 
@@ -101,7 +96,7 @@ struct Worker {
 class Batch {
  public:
   Batch(const std::vector<Job>& jobs, const JobOptions& work, const BatchOptions& options, Report& report)
-      : jobs_(jobs), work_(work), options_(options), report_(report) {}
+      : jobs_(jobs), jobOptions_(work), options_(options), report_(report) {}
 
   ExitCode run() {
     catchInterruptions();
@@ -131,7 +126,7 @@ class Batch {
     const pid_t process = fork();
     if (process == 0) {
       close(ends[0]);
-      beWorker(job, work_, options_.verbose, ends[1], self);
+      beWorker(job, jobOptions_, options_.verbose, ends[1], self);
     }
     close(ends[1]);
     if (process < 0) {
@@ -227,7 +222,7 @@ class Batch {
   }
 
   const std::vector<Job>& jobs_;
-  const JobOptions& work_;
+  const JobOptions& jobOptions_;
   const BatchOptions& options_;
   Report& report_;
   std::size_t next_ = 0;

@@ -128,8 +128,8 @@ void takeApart(const BandsArguments& arguments) {
     } else {
       for (const std::string& name : files.names()) std::cout << name << '\n';
     }
-  } catch (const std::bad_alloc&) {
-    throw Failure(input, "not enough memory for a picture of this size", Cause::NoMemory);
+  } catch (const std::exception&) {
+    throw failureInHand(input);
   }
 }
 

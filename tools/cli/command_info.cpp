@@ -102,10 +102,8 @@ bool tellOf(const std::string& file, const InfoArguments& arguments) {
     const json info = describe(file, arguments.page);
     fmt::print("{}", arguments.json ? jsonLine(info) : textOf(info) + "\n");
     return true;
-  } catch (const Failure& failure) {
-    tellOf(file, failure, arguments.json);
-  } catch (const std::exception& error) {
-    tellOf(file, Failure(file, error.what()), arguments.json);
+  } catch (const std::exception&) {
+    tellOf(file, failureInHand(file), arguments.json);
   }
   return false;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 
 namespace orbel {
 
@@ -45,6 +46,18 @@ Cause causeFrom(const std::string& word) {
   const auto* const found =
       std::find_if(std::begin(words), std::end(words), [&](const CauseWord& w) { return w.word == word; });
   return found == std::end(words) ? Cause::Other : found->cause;
+}
+
+Failure failureInHand(const std::string& file) {
+  try {
+    throw;
+  } catch (const Failure& failure) {
+    return failure;
+  } catch (const std::bad_alloc&) {
+    return {file, notEnoughMemory, Cause::NoMemory};
+  } catch (const std::exception& error) {
+    return {file, error.what()};
+  }
 }
 
 }  // namespace orbel

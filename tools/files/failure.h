@@ -45,4 +45,10 @@ struct Failure : std::runtime_error {
   Cause cause;
 };
 
+inline constexpr const char* notEnoughMemory = "not enough memory for a picture of this size";
+
+// What the exception in hand means for this file: itself, where it is a Failure. For catch blocks alone: the one place
+// where what goes wrong gets its file and its words.
+Failure failureInHand(const std::string& file);
+
 }  // namespace orbel

@@ -26,9 +26,9 @@ namespace fs = std::filesystem;
 // And the one that another program makes beside it.
 constexpr const char* rewrittenSuffix = "_rewritten";
 constexpr const char* originalSuffix = "_original";
-char doomed[4096];
-char doomedToo[4096];
-volatile std::sig_atomic_t doomedIsThere = 0;
+char removable[4096];
+char removableToo[4096];
+volatile std::sig_atomic_t removableIsThere = 0;
 
 int statusWhenStopped = 0;
 
@@ -41,9 +41,9 @@ extern "C" void removeAndDie(int) {
     stopped = 1;
     return;
   }
-  if (doomedIsThere != 0) {
-    unlink(doomed);
-    unlink(doomedToo);
+  if (removableIsThere != 0) {
+    unlink(removable);
+    unlink(removableToo);
   }
   _exit(statusWhenStopped);
 }
@@ -73,12 +73,12 @@ std::string temporaryName(const fs::path& target, int process) {
 // Of the original, while it grows.
 std::string copyName(const std::string& name, int process) { return temporaryName(name, process) + originalSuffix; }
 
-void doom(const std::string& file, const std::string& other) {
-  doomedIsThere = 0;
-  if (std::max(file.size(), other.size()) >= sizeof doomed) return;
-  std::memcpy(doomed, file.c_str(), file.size() + 1);
-  std::memcpy(doomedToo, other.c_str(), other.size() + 1);
-  doomedIsThere = 1;
+void removeOnSignals(const std::string& file, const std::string& other) {
+  removableIsThere = 0;
+  if (std::max(file.size(), other.size()) >= sizeof removable) return;
+  std::memcpy(removable, file.c_str(), file.size() + 1);
+  std::memcpy(removableToo, other.c_str(), other.size() + 1);
+  removableIsThere = 1;
 }
 
 // False, with errno EEXIST, when there is something of that name already. Where the system can't rename with that
@@ -168,7 +168,7 @@ TargetFile::TargetFile(const std::string& name, bool overwrite, mode_t permissio
   // Writable in any case, for those who write into it by its name.
   descriptor_ = open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode | S_IWUSR);
   if (descriptor_ < 0) throw Failure(name_, reason(errno), Cause::Unwritable);
-  doom(temporary_, rewritten());
+  removeOnSignals(temporary_, rewritten());
   struct stat fresh {};
   fstat(descriptor_, &fresh);
   permissions_ = fresh.st_mode & mode;
@@ -180,7 +180,7 @@ TargetFile::~TargetFile() {
     unlink(temporary_.c_str());
     unlink(rewritten().c_str());
   }
-  doomedIsThere = 0;
+  removableIsThere = 0;
   close(descriptor_);
 }
 
@@ -216,7 +216,7 @@ void TargetFile::replace(bool keepOriginal) {
   keepOriginal = keepOriginal && !hasOriginal(original);
   // First under another name: a copy that a fault or a power cut leaves half done must not pass for the original.
   const std::string second = keepOriginal ? copyName(name_, getpid()) : "";
-  if (keepOriginal) doom(temporary_, second);
+  if (keepOriginal) removeOnSignals(temporary_, second);
   try {
     if (keepOriginal) linkOrCopy(target_, second);
     changePlaces(second, original);
@@ -250,7 +250,7 @@ void TargetFile::changePlaces(const std::string& second, const std::string& orig
     const bool taken = reasonNot == EEXIST;
     throw Failure(name_, taken ? isThere : reason(reasonNot), taken ? Cause::OutputExists : Cause::Unwritable);
   }
-  doomedIsThere = 0;
+  removableIsThere = 0;
   unlink(rewritten().c_str());
   temporary_.clear();
 }

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 
+#include "files/failure.h"
 #include "plugin/memory_handles.h"
 
 namespace orbel {
@@ -161,7 +162,7 @@ std::string meaning(std::int16_t code) {
   switch (code) {
     case -1:
     case memFullErr:
-      return "not enough memory for a picture of this size";
+      return notEnoughMemory;
     case filterBadMode:
       return "the plug-in does not serve pictures of this kind";
     case errPlugInHostInsufficient:
