@@ -1,8 +1,11 @@
 // The front door: against the plug-in as its host plays it, in every layout, taken apart once, and asked for what it
 // refuses.
 #include <gtest/gtest.h>
+
+#if !defined(_WIN32)
 #include <sys/wait.h>
 #include <unistd.h>
+#endif
 
 #include <cfenv>
 #include <cstring>

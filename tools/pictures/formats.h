@@ -69,7 +69,8 @@ struct Saver {
   bool checksSums = false;                // exiftool does, in the written file, unless it is told to make haste
   std::size_t mostXmp = std::numeric_limits<std::size_t>::max();  // bytes of a packet that it doesn't leave out
   bool wantsBareXmp = false;                                      // a packet in a wrapper is none to its loader
-  // Of reading and writing, on an AMD EPYC: between JPEG (40) and PNG (150), as with JPEG 2000 and WebP.
+  // What reading, writing and all else but the filtering take on one core: between JPEG (40) and PNG (150), as with
+  // JPEG 2000 and WebP, on an AMD EPYC.
   double nanosecondsPerPixel = 100;
 };
 

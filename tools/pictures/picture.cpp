@@ -11,23 +11,6 @@ namespace orbel {
 
 using vips::VImage;
 
-namespace {
-
-// All that the fresh image doesn't have: what describes the samples is its own.
-void copyMetadata(const VImage& from, const VImage& to) {
-  gchar** const names = vips_image_get_fields(from.get_image());
-  for (gchar** name = names; *name != nullptr; ++name) {
-    if (to.get_typeof(*name) != 0) continue;
-    GValue value = G_VALUE_INIT;
-    if (vips_image_get(from.get_image(), *name, &value) != 0) continue;
-    vips_image_set(to.get_image(), *name, &value);
-    g_value_unset(&value);
-  }
-  g_strfreev(names);
-}
-
-}  // namespace
-
 int bytesOf(SampleType samples) { return samples == SampleType::bytes ? 1 : samples == SampleType::words ? 2 : 4; }
 int depthOf(SampleType samples) { return 8 * bytesOf(samples); }
 
@@ -55,19 +38,17 @@ orbel_picture Picture::record() const {
   return record;
 }
 
+// The library copies metadata only with a picture, and metadata that are set one by one are not the same: it reads the
+// EXIF block again. Where the type stays, copying the samples costs no more than touching the memory for the first
+// time.
 Picture roomFor(const Picture& like, SampleType samples) {
-  const VImage& image = imageOf(like);
-  const VipsInterpretation model =
-      samples == like.samples() ? image.interpretation() : modelFor(formatFor(samples), image);
-  const VImage room(vips_image_new_memory());
-  VipsImage* const fresh = room.get_image();
-  vips_image_init_fields(fresh, image.width(), image.height(), image.bands(), formatFor(samples), VIPS_CODING_NONE,
-                         model, image.xres(), image.yres());
-  fresh->Xoffset = image.xoffset();
-  fresh->Yoffset = image.yoffset();
-  copyMetadata(image, room);
-  if (vips_image_write_prepare(fresh) != 0) throw std::bad_alloc();
-  return pictureOf(room, nameOf(like));
+  const auto noMemory = [] {
+    vips_error_clear();
+    return std::bad_alloc();
+  };
+  return translated(noMemory, [&] {
+    return pictureOf(scaledTo(formatFor(samples), imageOf(like)).copy().copy_memory(), nameOf(like));
+  });
 }
 
 Picture uprightColours(const Picture& decoded) {

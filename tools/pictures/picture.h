@@ -62,8 +62,8 @@ Picture loadPicture(const std::string& name, std::optional<int> page = {});
 // Throws Failure for what can't be read, isn't a regular file, or is empty.
 void requireFileWithContent(const std::string& name);
 
-// A decoded picture of the same size, channels and metadata, in memory of its own, whose samples are undefined. Throws
-// std::bad_alloc.
+// A decoded picture of the same size, channels and metadata, in memory of its own. Its alpha is the picture's, scaled
+// from white to white; its colours are undefined. Throws std::bad_alloc.
 Picture roomFor(const Picture& like, SampleType samples);
 
 // The picture as it is shown, decoded: turned upright, and without alpha. Throws Failure about the picture's file.

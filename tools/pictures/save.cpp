@@ -30,7 +30,7 @@ void encode(const Picture& picture, const FileFormat& format, const VTarget& tar
 void encodeThenWrite(const Picture& picture, const FileFormat& format, int descriptor, const std::string& name,
                      const SaveOptions& options) {
   const VTarget memory = translated(name, Cause::Unwritable, [&] {
-    const VTarget target = VTarget::new_to_memory();
+    VTarget target = VTarget::new_to_memory();
     encode(picture, format, target, options);
     return target;
   });
