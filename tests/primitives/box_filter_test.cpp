@@ -185,26 +185,6 @@ TEST(BoxFilter, CarriesResiduesAndSpecialValuesAsTheSumsDo) {
   }
 }
 
-TEST(BoxFilter, IsTheMeanOverTheWindow) {
-  for (const IppiSize mask : {IppiSize{3, 3}, IppiSize{4, 4}, IppiSize{25, 25}, IppiSize{10, 61}, IppiSize{1, 7}}) {
-    for (const unsigned border : borders) {
-      const Plane<float> src(90, 70, 61, 8);
-      const Box box = {mask, border, 0.25F};
-      const Source source = extended(src, box);
-      Plane<float> dst = src;
-      ASSERT_EQ(filter(src.first(), src.step(), dst, box, bufferFor(src, box)), ippStsNoErr);
-      for (const IppiPoint p :
-           {IppiPoint{0, 0}, IppiPoint{89, 69}, IppiPoint{40, 35}, IppiPoint{0, 69}, IppiPoint{88, 1}}) {
-        double sum = 0.0;
-        for (int y = p.y - box.top(); y <= p.y + box.bottom(); ++y) {
-          for (int x = p.x - box.left(); x <= p.x + box.right(); ++x) sum += double{source(x, y)};
-        }
-        EXPECT_NEAR(double{dst.at(p.x, p.y)}, sum / mask.width / mask.height, 2e-5) << mask.width << ' ' << border;
-      }
-    }
-  }
-}
-
 // By hand, and what a sample large enough to swallow others leaves in the sums below it.
 TEST(BoxFilter, PutsTheLargerHalfOfAnEvenMaskToTheRightAndBelow) {
   Plane<float> image(30, 30, 4, 1);
