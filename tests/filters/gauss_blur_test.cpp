@@ -1,31 +1,10 @@
 #include <algorithm>
 #include <vector>
 
+#include "support/gaussian.h"
 #include "support/targets.h"
 
 namespace {
-
-// The Gaussian of the given reach in double precision, the edge samples repeated.
-KivImage gaussian(const KivImage& src, double sigma, int reach) {
-  std::vector<double> taps;
-  double total = 0.0;
-  for (int d = -reach; d <= reach; ++d) {
-    taps.push_back(std::exp(-d * d / (2.0 * sigma * sigma)));
-    total += taps.back();
-  }
-  return imageOf(src.size, src.channels, [&](int plane, int x, int y) {
-    double sum = 0.0;
-    for (int j = 0; j <= 2 * reach; ++j) {
-      const int line = std::clamp(y + j - reach, 0, src.size.height - 1);
-      for (int i = 0; i <= 2 * reach; ++i) {
-        const int column = std::clamp(x + i - reach, 0, src.size.width - 1);
-        sum += taps[static_cast<std::size_t>(i)] * taps[static_cast<std::size_t>(j)] *
-               double{*src.At(plane, column, line)};
-      }
-    }
-    return static_cast<float>(sum / (total * total));
-  });
-}
 
 template <typename Operation>
 int thrownStatus(Operation operation) {
@@ -132,6 +111,11 @@ TEST(GaussBlurDecimate, BlursPlane0OfTheReducedImage) {
     target.GaussBlurDecimate(target, c.sigma, 3);
     EXPECT_TRUE(sameBits(target.Plane(0), expected.Plane(0))) << "onto its own source";
     EXPECT_TRUE(sameBits(target.Plane(1), c.by == 1 ? src.Plane(1) : expected.Plane(1)));
+
+    target = src;
+    target.Plane(0).GaussBlurDecimate(src, c.sigma, 3);
+    EXPECT_TRUE(sameBits(target.Plane(0), expected.Plane(0))) << "onto fewer planes";
+    EXPECT_TRUE(sameBits(target.Plane(1), src.Plane(1)));
   }
 }
 
@@ -164,17 +148,6 @@ TEST(GaussBlurDecimate, WritesOverAShiftedPartOfItsSource) {
   expected.GaussBlurDecimate(src, 2.0F, 4);
   KivImage target = picture.ROI(0, 17, 40, 100);
   target.GaussBlurDecimate(src, 2.0F, 4);
-  EXPECT_TRUE(sameBits(target, expected));
-}
-
-TEST(GaussBlurDecimate, ReducesForATargetOfFewerPlanes) {
-  const KivImage src = randomImage(420, 410, 3, 5);
-  KivImage blurred;
-  blurred.GaussBlurDecimate(src, 6.0F, 4);
-  KivImage target = randomImage(420, 410, 3, 6);
-  KivImage expected = copyOf(target);
-  expected.Plane(0) = blurred.Plane(0);
-  target.Plane(0).GaussBlurDecimate(src, 6.0F, 4);
   EXPECT_TRUE(sameBits(target, expected));
 }
 
