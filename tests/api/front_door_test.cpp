@@ -49,6 +49,18 @@ constexpr std::size_t bytesOf(orbel_samples samples) {
   return samples == ORBEL_UINT8 ? 1 : samples == ORBEL_FLOAT32 ? 4 : 2;
 }
 
+std::size_t bytesIn(const orbel_picture& picture) { return bytesOf(static_cast<orbel_samples>(picture.samples)); }
+
+// Pixel i, row by row.
+unsigned char* sampleOf(const orbel_picture& p, int channel, int i) {
+  return static_cast<unsigned char*>(p.base[channel]) + i % p.width * p.column_step + i / p.width * p.row_step;
+}
+void copyChannel(const orbel_picture& from, int channel, const orbel_picture& to, int toChannel) {
+  for (int i = 0; i < from.width * from.height; ++i) {
+    std::memcpy(sampleOf(to, toChannel, i), sampleOf(from, channel, i), bytesIn(from));
+  }
+}
+
 // A picture and its samples.
 struct Owned {
   std::vector<unsigned char> samples;
@@ -58,11 +70,15 @@ struct Owned {
       : samples(bytesOf(type) * static_cast<std::size_t>(width * height * channels)) {
     const std::ptrdiff_t row = static_cast<std::ptrdiff_t>(bytesOf(type)) * channels * width;
     orbel_picture_interleaved(&picture, sizeof picture, type, width, height, channels, samples.data(), row);
+    const double white = type == ORBEL_UINT8 ? 255 : type == ORBEL_UINT16 ? 65535 : 32768;
     std::mt19937 random(seed);
-    for (int c = 0; c < channels; ++c) {
-      for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) set(c, x, y, 0.2 + 0.6 * (x > y) + 1e-4 * static_cast<double>(random() % 1000));
-      }
+    for (int i = 0; i < channels * width * height; ++i) {
+      const int pixel = i / channels;
+      const double part = 0.2 + 0.6 * (pixel % width > pixel / width) + 1e-4 * static_cast<double>(random() % 1000);
+      const auto real = static_cast<float>(part);
+      const auto level = static_cast<std::uint16_t>(part * white);
+      const void* const sample = type == ORBEL_FLOAT32 ? static_cast<const void*>(&real) : &level;
+      std::memcpy(sampleOf(picture, i % channels, pixel), sample, bytesOf(type));
     }
   }
   Owned(const Owned& other) : samples(other.samples), picture(other.picture) {
@@ -73,21 +89,10 @@ struct Owned {
   }
   Owned& operator=(const Owned&) = delete;
 
-  unsigned char* at(int c, int x, int y) const {
-    return static_cast<unsigned char*>(picture.base[c]) + x * picture.column_step + y * picture.row_step;
-  }
-  void set(int c, int x, int y, double part) const {
-    const double white = picture.samples == ORBEL_UINT8         ? 255
-                         : picture.samples == ORBEL_UINT16      ? 65535
-                         : picture.samples == ORBEL_UINT16_HOST ? 32768
-                                                                : 1;
-    if (picture.samples == ORBEL_FLOAT32) {
-      const auto sample = static_cast<float>(part);
-      std::memcpy(at(c, x, y), &sample, 4);
-    } else {
-      const auto level = static_cast<std::uint16_t>(part * white);
-      std::memcpy(at(c, x, y), &level, bytesOf(static_cast<orbel_samples>(picture.samples)));
-    }
+  std::vector<float> floats() const {
+    std::vector<float> values(samples.size() / sizeof(float));
+    std::memcpy(values.data(), samples.data(), samples.size());
+    return values;
   }
 };
 
@@ -116,30 +121,17 @@ TEST(FrontDoor, GivesThePluginsSamples) {
         for (const int half : {0, 1}) {
           orbel_settings settings = strong(luminance);
           settings.half = half;
-          const Owned picture(type, size.width, size.height, 3);
           TestHost host(size.width, size.height, 3, depth);
-          for (int c = 0; c < 3; ++c) {
-            for (int i = 0; i < size.width * size.height; ++i) {
-              const std::size_t bytes = bytesOf(type);
-              std::memcpy(host.planes[static_cast<std::size_t>(c)].data() + bytes * static_cast<std::size_t>(i),
-                          picture.at(c, i % size.width, i / size.width), bytes);
-            }
-          }
+          host.fillWithPattern(1);
           host.play(scriptOf(settings));
+          auto expected = host.planes;
+          orbel_picture picture;
+          orbel_picture_planar(&picture, sizeof picture, type, size.width, size.height, 3, expected[0].data(),
+                               static_cast<std::ptrdiff_t>(bytesOf(type)) * size.width);
+          for (std::size_t c = 0; c < 3; ++c) picture.base[c] = expected[c].data();
+          ASSERT_EQ(orbel_equalize(&settings, &picture, &picture, nullptr), ORBEL_OK);
           ASSERT_EQ(host.run(), 0);
-          Owned result(picture);
-          result.samples = equalized(settings, picture);
-          for (int c = 0; c < 3; ++c) {
-            for (int i = 0; i < size.width * size.height; ++i) {
-              const std::size_t bytes = bytesOf(type);
-              const std::size_t plane = static_cast<std::size_t>(i) * bytes;
-              const std::size_t pixel = (static_cast<std::size_t>(i) * 3 + static_cast<std::size_t>(c)) * bytes;
-              ASSERT_EQ(std::memcmp(host.planes[static_cast<std::size_t>(c)].data() + plane,
-                                    result.samples.data() + pixel, bytes),
-                        0)
-                  << depth << " bits, " << size.width << " x " << size.height << ", channel " << c << ", sample " << i;
-            }
-          }
+          ASSERT_TRUE(host.planes == expected) << depth << " bits, " << size.width << " x " << size.height;
         }
       }
     }
@@ -157,50 +149,32 @@ TEST(FrontDoor, TakesPicturesAsTheyLie) {
         const Owned source(type, w, h, channels);
         const Owned expected(source);
         const Owned rgb(type, w, h, 3);
-        const std::size_t bytes = bytesOf(type);
-        for (int i = 0; i < 3 * w * h; ++i) {
-          std::memcpy(rgb.at(i % 3, i / 3 % w, i / 3 / w), source.at(channels < 3 ? 0 : i % 3, i / 3 % w, i / 3 / w),
-                      bytes);
-        }
-        const Owned plain(rgb);
-        ASSERT_EQ(orbel_equalize(&settings, &rgb.picture, &plain.picture, nullptr), ORBEL_OK);
-        for (int c = 0; c < (channels < 3 ? 1 : 3); ++c) {
-          for (int i = 0; i < w * h; ++i) std::memcpy(expected.at(c, i % w, i / w), plain.at(c, i % w, i / w), bytes);
-        }
+        for (int c = 0; c < 3; ++c) copyChannel(source.picture, channels < 3 ? 0 : c, rgb.picture, c);
+        ASSERT_EQ(orbel_equalize(&settings, &rgb.picture, &rgb.picture, nullptr), ORBEL_OK);
+        for (int c = 0; c < (channels < 3 ? 1 : 3); ++c) copyChannel(rgb.picture, c, expected.picture, c);
         EXPECT_EQ(equalized(settings, source), expected.samples) << type << ", " << channels << " channels";
 
         // From planes at odd addresses, upside down, into columns from right to left.
         std::vector<unsigned char> planes(source.samples.size() + 1);
+        std::vector<unsigned char> columns(source.samples.size());
+        const auto bytes = static_cast<std::ptrdiff_t>(bytesOf(type));
         orbel_picture from;
-        orbel_picture_planar(&from, sizeof from, type, w, h, channels, planes.data() + 1,
-                             static_cast<std::ptrdiff_t>(bytes) * w);
-        for (int c = 0; c < channels; ++c) {
-          from.base[c] = static_cast<unsigned char*>(from.base[c]) + (h - 1) * from.row_step;
-        }
-        from.row_step = -from.row_step;
-        std::vector<unsigned char> turned(source.samples.size());
         orbel_picture to;
-        orbel_picture_interleaved(&to, sizeof to, type, h, w, channels, turned.data(),
-                                  static_cast<std::ptrdiff_t>(bytes) * h * channels);
+        orbel_picture_planar(&from, sizeof from, type, w, h, channels, planes.data() + 1, bytes * w);
+        orbel_picture_interleaved(&to, sizeof to, type, h, w, channels, columns.data(), bytes * h * channels);
         std::swap(to.width, to.height);
         std::swap(to.column_step, to.row_step);
         for (int c = 0; c < channels; ++c) {
-          to.base[c] = static_cast<unsigned char*>(to.base[c]) + (w - 1) * to.column_step;
-          for (int i = 0; i < w * h; ++i) {
-            std::memcpy(static_cast<unsigned char*>(from.base[c]) + i % w * from.column_step + i / w * from.row_step,
-                        source.at(c, i % w, i / w), bytes);
-          }
+          from.base[c] = sampleOf(from, c, (h - 1) * w);
+          to.base[c] = sampleOf(to, c, w - 1);
         }
+        from.row_step = -from.row_step;
         to.column_step = -to.column_step;
+        const Owned upright(type, w, h, channels);
+        for (int c = 0; c < channels; ++c) copyChannel(source.picture, c, from, c);
         ASSERT_EQ(orbel_equalize(&settings, &from, &to, nullptr), ORBEL_OK);
-        for (int c = 0; c < channels; ++c) {
-          for (int i = 0; i < w * h; ++i) {
-            ASSERT_EQ(
-                std::memcmp(static_cast<unsigned char*>(to.base[c]) + i % w * to.column_step + i / w * to.row_step,
-                            expected.at(c, i % w, i / w), bytes),
-                0);
-          }
-        }
+        for (int c = 0; c < channels; ++c) copyChannel(to, c, upright.picture, c);
+        EXPECT_EQ(upright.samples, expected.samples);
       }
     }
   }
@@ -243,14 +217,12 @@ TEST(FrontDoor, BlendsByMixAndMask) {
   settings.mix = 70;
   Owned blended(source);
   blended.samples = equalized(settings, source, &options);
-  const auto sample = [](const Owned& picture, int i) {
-    float value = 0;
-    std::memcpy(&value, picture.samples.data() + 4 * i, 4);
-    return value;
-  };
-  for (int i = 0; i < 50 * 40 * 3; ++i) {
-    const float weight = static_cast<float>(mask.samples[static_cast<std::size_t>(i / 3)]) / 255.0F * 0.7F;
-    EXPECT_NEAR(sample(blended, i), sample(source, i) * (1 - weight) + sample(full, i) * weight, 1e-6);
+  const std::vector<float> before = source.floats();
+  const std::vector<float> after = full.floats();
+  const std::vector<float> between = blended.floats();
+  for (std::size_t i = 0; i < before.size(); ++i) {
+    const float weight = static_cast<float>(mask.samples[i / 3]) / 255.0F * 0.7F;
+    EXPECT_NEAR(between[i], before[i] * (1 - weight) + after[i] * weight, 1e-6);
   }
   settings.mix = 0;
   EXPECT_EQ(equalized(settings, source, &options), source.samples);
@@ -295,17 +267,11 @@ TEST(FrontDoor, GivesBandsThatAddUpToThePicture) {
   for (int band = 0; band <= ORBEL_BANDS; ++band) {
     const Owned part(ORBEL_FLOAT32, 70, 60, 3);
     ASSERT_EQ(orbel_stack_band(stack, band, &part.picture, nullptr), ORBEL_OK);
-    for (std::size_t i = 0; i < sum.size(); ++i) {
-      float sample = 0;
-      std::memcpy(&sample, part.samples.data() + 4 * i, 4);
-      sum[i] += sample;
-    }
+    const std::vector<float> samples = part.floats();
+    for (std::size_t i = 0; i < sum.size(); ++i) sum[i] += samples[i];
   }
-  for (std::size_t i = 0; i < sum.size(); ++i) {
-    float sample = 0;
-    std::memcpy(&sample, source.samples.data() + 4 * i, 4);
-    ASSERT_NEAR(sum[i], sample, 3e-6);
-  }
+  const std::vector<float> expected = source.floats();
+  for (std::size_t i = 0; i < sum.size(); ++i) ASSERT_NEAR(sum[i], expected[i], 3e-6);
   orbel_stack_free(stack);
 }
 

@@ -25,8 +25,7 @@ float replicated(const KivImage& src, int plane, int x, int y) {
 TEST(BoxBlur, IsTheMeanOfEachPlaneInEveryTarget) {
   const KivImage src = randomImage(41, 37, 3, 1);
   for (const int radius : {0, 1, 2, 3, 7, 18, 30}) {
-    KivImage blurred;
-    blurred.Box_Blur(src, radius);
+    KivImage blurred = made(&KivImage::Box_Blur, src, radius);
     const KivImage expected = means(src, radius, [&](int p, int x, int y) { return replicated(src, p, x, y); });
     EXPECT_TRUE(within(radius == 0 ? 0.0 : 3e-6, blurred, expected)) << radius;
     expectInEveryTarget(src, blurred,
@@ -50,8 +49,7 @@ TEST(ApplyBoxFilter, TakesTheBorderOfChoice) {
   const int right = src.size.width - 1;
   const int bottom = src.size.height - 1;
   const auto expectMeans = [&](KivImage::KivBorderType border, auto continued) {
-    KivImage result;
-    result.ApplyBoxFilter(src, 4, border, 0.7F, false);
+    KivImage result = made(&KivImage::ApplyBoxFilter, src, 4, border, 0.7F, false);
     EXPECT_TRUE(within(2e-6, result, means(src, 4, continued))) << border;
   };
   expectMeans(KivImage::KIV_BORDER_REPLICATE, [&](int p, int x, int y) { return replicated(src, p, x, y); });

@@ -1,9 +1,4 @@
-#if defined(__linux__)
-#include <sys/resource.h>
-#endif
-
 #include <cmath>
-#include <cstdlib>
 
 #include "image/scratch.h"
 #include "support/images.h"
@@ -69,28 +64,5 @@ TEST(GaussBlurFast, LeavesTheTargetWhereTheKernelIsRefused) {
   target.GaussBlurDecimate(target, 0.0F, 4);
   EXPECT_TRUE(sameBits(target, randomImage(9, 9, 1, 2)));
 }
-
-#if defined(__linux__) && !defined(ORBEL_SANITIZED)  // which takes address space by the terabyte
-// In a process of its own, which has room for the specification and for no thread's buffer.
-void blurWithoutMemory() {
-  constexpr float sigma = 3e6F;  // 24 million taps: a buffer of 1.8 GB
-  rlimit limit{};
-  getrlimit(RLIMIT_AS, &limit);
-  limit.rlim_cur = rlim_t{1} << 30;
-  setrlimit(RLIMIT_AS, &limit);
-  KivImage target = randomImage(1, 1, 1, 2);
-  try {
-    target.GaussBlurFast(randomImage(1, 1, 1, 1), sigma, 4);
-  } catch (const NO_MEMORY_ERROR&) {
-    std::exit(sameBits(target, randomImage(1, 1, 1, 2)) ? 0 : 2);
-  }
-  std::exit(1);
-}
-
-TEST(GaussBlurFast, CarriesAThreadsLackOfMemoryOutOfTheRegion) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");  // the child starts threads
-  EXPECT_EXIT(blurWithoutMemory(), testing::ExitedWithCode(0), "");
-}
-#endif
 
 }  // namespace

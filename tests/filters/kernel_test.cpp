@@ -76,8 +76,7 @@ TEST(KernelFilter, PassesAlongRowsAndColumnsReadTheMargin) {
   const auto alongRow = [&](int p, int x, int y) { return tapsOver([&](int i) { return *src.At(p, x + i, y); }); };
   const auto alongColumn = [&](int p, int x, int y) { return tapsOver([&](int i) { return *src.At(p, x, y + i); }); };
   const auto alongBoth = [&](int p, int x, int y) { return tapsOver([&](int i) { return alongRow(p, x, y + i); }); };
-  KivImage result;
-  result.Filter(src, kernel, 1);
+  KivImage result = made(&KivImage::Filter, src, kernel, 1);
   EXPECT_TRUE(sameBits(result, imageOf(src.size, 2, alongRow)));
   result.Filter(src, kernel, 2);
   EXPECT_TRUE(sameBits(result, imageOf(src.size, 2, alongColumn)));
@@ -92,8 +91,7 @@ TEST(KernelFilter, PaddingRepeatsTheEdge) {
   const KivImage src = randomImage(9, 7, 3, 4);
   KivImage parent(13, 11, 3);
   parent.Pad(src, 2);
-  KivImage expected;
-  expected.Filter(parent.Sub_Section(2), kernel, 0);
+  KivImage expected = made(&KivImage::Filter, parent.Sub_Section(2), kernel, 0);
   KivImage target;
   target.Filter_With_Pad(src, kernel);
   EXPECT_TRUE(sameBits(target, expected));

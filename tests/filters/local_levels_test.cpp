@@ -64,12 +64,9 @@ TEST(LocalAutoLevels, FollowsItsSteps) {
     expectInEveryTarget(
         src, levels, [radius](KivImage& target, const KivImage& from) { target.LocalAutoLevels(from, radius, false); });
 
-    KivImage top;
-    top.HighPassPS(points.low, r, 4);
-    KivImage base;
-    base.HighPassPS(points.high, r, 4);
-    KivImage detailed;
-    detailed.LocalAutoLevels(src, radius, true);
+    KivImage top = made(&KivImage::HighPassPS, points.low, r, 4);
+    KivImage base = made(&KivImage::HighPassPS, points.high, r, 4);
+    KivImage detailed = made(&KivImage::LocalAutoLevels, src, radius, true);
     // The kernel selects its branch by a factor of 1 or 0, which may turn a zero's sign.
     EXPECT_TRUE(within(0, detailed, combined(combined(top, base, overlaid), levels, overlaid)));
   }
@@ -78,16 +75,14 @@ TEST(LocalAutoLevels, FollowsItsSteps) {
 // One value each then, as good as unblurred.
 TEST(LocalAutoLevels, TakesThePicturesOwnExtremesForARadiusFarBeyondIt) {
   const KivImage src = randomImage(24, 410, 1, 1);
-  KivImage levels;
-  levels.LocalAutoLevels(src, 65536, false);
+  KivImage levels = made(&KivImage::LocalAutoLevels, src, 65536, false);
   EXPECT_TRUE(
       within(1e-3, levels, levelled(src, flatImage(src.size, 1, src.Min()), flatImage(src.size, 1, src.Max()))));
 }
 
 TEST(LocalAutoLevels, FillsTheSizeThatTargetAndSourceShareOnPlane0) {
   const KivImage src = randomImage(40, 30, 3, 1);
-  KivImage levels;
-  levels.LocalAutoLevels(src, 3, true);
+  KivImage levels = made(&KivImage::LocalAutoLevels, src, 3, true);
   KivImage larger = randomImage(50, 45, 3, 2);
   KivImage expected = copyOf(larger);
   expected.Plane(0).ROI(0, 0, 40, 30) = levels.Plane(0);
@@ -102,24 +97,19 @@ TEST(LocalAutoLevelsOld, FollowsItsStepsOnTheRegionThatTheyServe) {
   const int radius = 5;
   const KivImage src = randomImage(60, 49, 2, 1);
   const Points points = pointsOf(src, radius, true);
-  KivImage high;
-  high.Gaussian_IIR_Blur(points.high, double{static_cast<float>(radius) * 0.7F});
-  KivImage low;
-  low.Gaussian_IIR_Blur(points.low, double{static_cast<float>(radius) * 0.7F});
+  KivImage high = made(&KivImage::Gaussian_IIR_Blur, points.high, double{static_cast<float>(radius) * 0.7F});
+  KivImage low = made(&KivImage::Gaussian_IIR_Blur, points.low, double{static_cast<float>(radius) * 0.7F});
   KivImage expected = imageOf({60 - 2 * radius - 8, 49 - 2 * radius - 8}, 2, [&](int p, int x, int y) {
     const float s = *src.At(p, x + radius + 4, y + radius + 4);
     const float range = (*high.At(p, x + 4, y + 4) - *low.At(p, x + 4, y + 4)) * -1.0F + 1.0F;
     return (s - *low.At(p, x + 4, y + 4)) + range * s;
   });
-  KivImage plain;
-  plain.LocalAutoLevelsOld(src, radius, false);
+  KivImage plain = made(&KivImage::LocalAutoLevelsOld, src, radius, false);
   EXPECT_TRUE(sameBits(plain, expected));
 
-  KivImage detailed;
-  detailed.LocalAutoLevelsOld(src, radius, true);
+  KivImage detailed = made(&KivImage::LocalAutoLevelsOld, src, radius, true);
   for (const KivImage* point : {&high, &low}) {
-    KivImage detail;
-    detail.HighPassFilter(point->Sub_Section(2, 2), static_cast<float>(radius), false);
+    KivImage detail = made(&KivImage::HighPassFilter, point->Sub_Section(2, 2), static_cast<float>(radius), false);
     expected.OverlayBlend(expected, detail.Sub_Section(2, 2));
   }
   EXPECT_TRUE(sameBits(detailed, expected));
@@ -136,8 +126,7 @@ TEST(LocalContrast, MixesItsPassesByAmount) {
   };
   // As a pass of this radius leaves plane 0.
   const auto mixed = [](const KivImage& image, int radius, float amount) {
-    KivImage levels;
-    levels.LocalAutoLevels(image, radius, true);
+    KivImage levels = made(&KivImage::LocalAutoLevels, image, radius, true);
     return combined(levels.Plane(0), image, [amount](float level, float v) {
       return static_cast<float>(double{level * amount} + double{v} * (1.0 - double{amount}));
     });
@@ -166,8 +155,7 @@ TEST(LocalLinearFilter, TakesTheGivenStepsInEveryTarget) {
   const float eps = 0.02F;
   for (const int radius : {-3, 0, 4}) {
     const auto boxed = [&](const KivImage& image) {
-      KivImage mean;
-      mean.Box_Blur(image, std::max(radius, 0));
+      KivImage mean = made(&KivImage::Box_Blur, image, std::max(radius, 0));
       return mean;
     };
     const KivImage mean = boxed(src);

@@ -149,6 +149,10 @@ struct Fault {
   bool rectanglesSet;
 };
 
+std::function<void(TestHost&)> selecting(VRect rect, bool wide) {
+  return [=](TestHost& h) { h.select(rect, wide); };
+}
+
 std::vector<Fault> faults() {
   std::vector<Fault> list = {
       {"TwoPlanes", [](TestHost& h) { h.record.planes = 2; }, filterBadMode, false},
@@ -174,26 +178,10 @@ std::vector<Fault> faults() {
        memFullErr, false},
       {"NoAdvanceState", [](TestHost& h) { h.record.advanceState = nullptr; }, errPlugInHostInsufficient, true},
       {"RectangleOutside", [](TestHost& h) { h.record.filterRect.right = 13; }, paramErr, true},
-      {"BeyondCounting",
-       [](TestHost& h) {
-         h.select({-2147483647, -2147483647, 2147483647, 2147483647}, true);
-       },
-       -1, false},
-      {"BeyondMemory",
-       [](TestHost& h) {
-         h.select({0, 0, 300000, 300000}, true);
-       },
-       -1, false},
-      {"EmptyRectangle",
-       [](TestHost& h) {
-         h.select({4, 4, 4, 8}, false);
-       },
-       noErr, true},
-      {"ReversedRectangle",
-       [](TestHost& h) {
-         h.select({8, 2, 3, 4}, false);
-       },
-       noErr, true}};
+      {"BeyondCounting", selecting({-2147483647, -2147483647, 2147483647, 2147483647}, true), -1, false},
+      {"BeyondMemory", selecting({0, 0, 300000, 300000}, true), -1, false},
+      {"EmptyRectangle", selecting({4, 4, 4, 8}, false), noErr, true},
+      {"ReversedRectangle", selecting({8, 2, 3, 4}, false), noErr, true}};
   for (const BufferFault& fault : bufferFaults) {
     const bool isInput = std::string(fault.name).find("In") != std::string::npos;
     const auto bend = [&fault, isInput](TestHost& h) {

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <utility>
-#include <vector>
 
 #include "support/images.h"
 
@@ -48,15 +47,6 @@ TEST(KivImageMemory, AllocationHelpersGiveWhatTheImageAndThePrimitivesDo) {
   ippiFree(IppiMalloc32(65, 2, &stride));
   EXPECT_EQ(stride, 320);
   EXPECT_EQ(IppiMalloc8(1, 0, &stride), nullptr);
-}
-
-TEST(KivImageMemory, WrappingLeavesTheCallersSamplesAlone) {
-  std::vector<float> data(10 * 10 * 3, 1.0F);
-  {
-    const KivImage image(data.data(), {10, 10}, 3);
-    *image.At(1, 3, 2) = 5.0F;
-  }
-  EXPECT_EQ(data[100 + 2 * 10 + 3], 5.0F);
 }
 
 TEST(KivImageViews, ShowTheParentsSamples) {

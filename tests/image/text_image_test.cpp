@@ -62,38 +62,26 @@ class TextImage : public testing::Test {
   std::string name;
 };
 
-TEST_F(TextImage, SamplesComeBackBitForBit) {
-  KivImage image = randomImage(37, 23, 3, 1);
-  const float special[] = {0.0F, -0.0F, 3e38F, -3e38F, INFINITY, -INFINITY, 1e9F, 2e-23F, 3.14159F, NAN, 16777217.0F};
-  std::copy(std::begin(special), std::end(special), image.At(0, 0, 4));
-  image.Write(name.c_str());
-  const KivImage read(name.c_str());
-  EXPECT_TRUE(sameBits(read, image.Plane(0)));
-
-  const KivImage view = image.Sub_Section(5, 2);
-  view.Write(name.c_str());
-  EXPECT_TRUE(sameBits(KivImage(name.c_str()), view.Plane(0)));
-}
-
-// Any float in the form that printf gives it, also those that the format cuts.
+// Any float in the form that printf gives it, also those that the format cuts; of plane 0 of a view.
 TEST_F(TextImage, SamplesAreWrittenAsPrintfDoesAndReadAsTheNearestFloat) {
   std::mt19937 random(3);
   std::string expected = "32\n128\n1\n";
-  const KivImage image = imageOf({128, 32}, 1, [&](int, int, int) {
+  KivImage parent = randomImage(135, 35, 3, 1);
+  parent.Plane(0).ROI(4, 2, 128, 32) = imageOf({128, 32}, 1, [&](int, int, int) {
     const auto bits = static_cast<std::uint32_t>(random());
     float sample = 0.0F;
     std::memcpy(&sample, &bits, 4);
-    if (std::isnan(sample)) sample = std::nextafter(0.0F, 1.0F);
     char line[128];
     std::snprintf(line, sizeof line, "%1.30f\n", double{sample});
     expected += line;
     return sample;
   });
+  const KivImage image = parent.ROI(4, 2, 128, 32);
   image.Write(name.c_str());
   EXPECT_EQ(content(), expected);
   const KivImage read(name.c_str());
-  EXPECT_TRUE(compare(read, image, [](float a, float b) {
-    return std::abs(b) < 2e-23F ? std::abs(double{a} - double{b}) <= 1e-30 : bitsOf(a) == bitsOf(b);
+  EXPECT_TRUE(compare(read, image.Plane(0), [](float a, float b) {
+    return std::abs(b) < 2e-23F ? std::abs(double{a} - double{b}) <= 1e-30 : sameBits(a, b);
   }));
 }
 

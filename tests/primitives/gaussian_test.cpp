@@ -9,21 +9,6 @@
 
 namespace {
 
-// A position of the extended image: the real sample that stands for n, or none where the constant does.
-struct Position {
-  bool isConstant;
-  int n;
-};
-Position resolve(int n, int length, unsigned kind, bool lowInMemory, bool highInMemory) {
-  while ((n < 0 && !lowInMemory) || (n >= length && !highInMemory)) {
-    if (kind == ippBorderConst) return {true, 0};
-    if (kind == ippBorderRepl) return {false, n < 0 ? 0 : length - 1};
-    if (length == 1 && !lowInMemory && !highInMemory) return {false, 0};
-    n = n < 0 ? -n : 2 * (length - 1) - n;
-  }
-  return {false, n};
-}
-
 // The whole filter from its definition: a row function and a column function over the values under the taps.
 template <typename Sample, typename RowSum, typename ColumnSum>
 Plane<Sample> naive(const Plane<Sample>& src, Plane<Sample> dst, int k, unsigned border, Sample value, RowSum rowSum,
@@ -31,10 +16,10 @@ Plane<Sample> naive(const Plane<Sample>& src, Plane<Sample> dst, int k, unsigned
   const int r = k / 2;
   std::vector<float> taken(static_cast<std::size_t>(k));
   const auto across = [&](int x, int y) {
-    const Position row = resolve(y, src.height(), border & 15, (border & 16) != 0, (border & 32) != 0);
+    const Position row = continued(y, src.height(), border, 16, r, r);
     if (row.isConstant) return static_cast<float>(value);
     for (int i = 0; i < k; ++i) {
-      const Position column = resolve(x - r + i, src.width(), border & 15, (border & 64) != 0, (border & 128) != 0);
+      const Position column = continued(x - r + i, src.width(), border, 64, r, r);
       taken[static_cast<std::size_t>(i)] = static_cast<float>(column.isConstant ? value : src.at(column.n, row.n));
     }
     return rowSum(taken);

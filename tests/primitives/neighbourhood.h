@@ -72,6 +72,24 @@ class Plane {
   std::vector<Sample> samples_;
 };
 
+// A position of the region continued by the border rule, along one axis: the sample in memory that stands for n, or
+// none where the constant does. The flag low, and the one twice as large, say that neighbours in memory are real, as
+// many as windows reach.
+struct Position {
+  bool isConstant;
+  int n;
+};
+inline Position continued(int n, int length, unsigned border, unsigned low, int below, int above) {
+  const int first = (border & low) != 0 ? -below : 0;
+  const int last = length - 1 + ((border & (2 * low)) != 0 ? above : 0);
+  while (n < first || n > last) {
+    if ((border & 15) == ippBorderConst) return {true, 0};
+    const int edge = n < first ? first : last;
+    n = (border & 15) == ippBorderRepl || first == last ? edge : 2 * edge - n;
+  }
+  return {false, n};
+}
+
 // Memory of exactly the given size, at the given distance from a 64-byte boundary, not written (so that valgrind sees a
 // read of what nobody wrote), between fences that the end of its life checks.
 class FencedMemory {

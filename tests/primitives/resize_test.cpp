@@ -49,18 +49,15 @@ IppStatus resize(const Plane<float>& src, Plane<float>& dst, IppiPoint offset, I
 
 Plane<float> naive(const Plane<float>& src, Plane<float> dst, IppiPoint offset, IppiSize size, IppiSize target,
                    int border) {
-  const auto clampTo = [](int n, int length, bool lowInMemory, bool highInMemory) {
-    if (n < 0 && !lowInMemory) return 0;
-    return n >= length && !highInMemory ? length - 1 : n;
-  };
+  const auto rule = static_cast<unsigned>(border);
   for (int y = offset.y; y < offset.y + size.height; ++y) {
     const Tap row = tapAt(y, src.height(), target.height);
     for (int x = offset.x; x < offset.x + size.width; ++x) {
       const Tap column = tapAt(x, src.width(), target.width);
       const auto across = [&](int line) {
-        line = clampTo(line, src.height(), (border & 16) != 0, (border & 32) != 0);
-        const float a = src.at(clampTo(column.index, src.width(), (border & 64) != 0, (border & 128) != 0), line);
-        const float b = src.at(clampTo(column.index + 1, src.width(), (border & 64) != 0, (border & 128) != 0), line);
+        line = continued(line, src.height(), rule, 16, 1, 1).n;
+        const float a = src.at(continued(column.index, src.width(), rule, 64, 1, 1).n, line);
+        const float b = src.at(continued(column.index + 1, src.width(), rule, 64, 1, 1).n, line);
         return a + (b - a) * column.weight;
       };
       const float h0 = across(row.index);

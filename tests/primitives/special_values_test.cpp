@@ -31,30 +31,26 @@ struct Example {
   float x, result;
   IppStatus status = ippStsNoErr;
 };
-const Example expExamples[] = {
-    {NAN, NAN},
-    {INFINITY, INFINITY},
-    {-INFINITY, 0.0F},
-    {1.0F, 2.7182817F},
-    {88.72283F, 3.4027985e38F},
-    {88.72284F, INFINITY, ippStsOverflow},
-    {3e38F, INFINITY, ippStsOverflow},
-    {-87.336525F, 1.17551761e-38F},
-    {-87.33654F, 1.17549973e-38F, ippStsUnderflow},
-    {-103.97208F, 1e-45F, ippStsUnderflow},
-    {-103.97209F, 0.0F, ippStsUnderflow},
-    {-3e38F, 0.0F, ippStsUnderflow},
-};
-const Example lnExamples[] = {
-    {NAN, NAN},
-    {INFINITY, INFINITY},
-    {0.0F, -INFINITY, ippStsLnZeroArg},
-    {-0.0F, -INFINITY, ippStsLnZeroArg},
-    {-1.0F, NAN, ippStsLnNegArg},
-    {-INFINITY, NAN, ippStsLnNegArg},
-    {1e-45F, -103.27893F},
-    {2.7182817F, 0.99999994F},
-};
+const Example expExamples[] = {{NAN, NAN},
+                               {INFINITY, INFINITY},
+                               {-INFINITY, 0.0F},
+                               {1.0F, 2.7182817F},
+                               {88.72283F, 3.4027985e38F},
+                               {88.72284F, INFINITY, ippStsOverflow},
+                               {3e38F, INFINITY, ippStsOverflow},
+                               {-87.336525F, 1.17551761e-38F},
+                               {-87.33654F, 1.17549973e-38F, ippStsUnderflow},
+                               {-103.97208F, 1e-45F, ippStsUnderflow},
+                               {-103.97209F, 0.0F, ippStsUnderflow},
+                               {-3e38F, 0.0F, ippStsUnderflow}};
+const Example lnExamples[] = {{NAN, NAN},
+                              {INFINITY, INFINITY},
+                              {0.0F, -INFINITY, ippStsLnZeroArg},
+                              {-0.0F, -INFINITY, ippStsLnZeroArg},
+                              {-1.0F, NAN, ippStsLnNegArg},
+                              {-INFINITY, NAN, ippStsLnNegArg},
+                              {1e-45F, -103.27893F},
+                              {2.7182817F, 0.99999994F}};
 
 TEST_P(SpecialValues, ExponentialAndLogarithm) {
   const auto expectExamples = [](const auto& examples, auto function) {

@@ -22,6 +22,15 @@ KivImage imageOf(IppiSize size, int channels, Sample sample) {
   return image;
 }
 
+// What an operation makes of an empty image.
+template <typename... Parameters, typename... Arguments>
+KivImage made(void (KivImage::*operation)(const KivImage&, Parameters...), const KivImage& src,
+              const Arguments&... arguments) {
+  KivImage image;
+  (image.*operation)(src, arguments...);
+  return image;
+}
+
 inline KivImage copyOf(const KivImage& image) {
   KivImage copy;
   copy = image;

@@ -87,6 +87,17 @@ void expectInEveryTarget(const KivImage& src, const KivImage& expected, Run run)
   }
 }
 
+// The status that it throws, or 0.
+template <typename Operation>
+int thrownStatus(Operation operation) {
+  try {
+    operation();
+  } catch (const int status) {
+    return status;
+  }
+  return 0;
+}
+
 // An operation of one source by name, and what it does to a sample. run is for expectInEveryTarget, in both forms.
 struct NamedOperation {
   template <typename Run>

@@ -24,16 +24,6 @@ std::string refusal(Require require) {
   }
 }
 
-TEST(Estimate, RefusesWindowsWithoutRoomByTheOption) {
-  Settings settings;
-  settings.run.bands[1].radius = 9000;
-  orbel_picture shape{};
-  orbel_picture_interleaved(&shape, sizeof shape, ORBEL_UINT8, 256, 256, 3, nullptr, 0);
-  // 65535 - 128 samples in band 2, half of them on either side, four times the radius.
-  EXPECT_EQ(refusal([&](const char* file) { planFor(file, settings.run, shape, 1); }),
-            "--radius 9000 in band 2 is too large for edge protection on this picture; at most 8175.75");
-}
-
 TEST(Estimate, RefusesHoursOfWorkAndSaysWhatTheyAreFor) {
   struct Work {
     const char* radius;
