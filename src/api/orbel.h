@@ -132,8 +132,8 @@ typedef enum orbel_samples {
  * so that planes, interleaved channels, parts of larger pictures, and flipped or turned ones are all described. Samples
  * need no alignment. */
 typedef struct orbel_picture {
-  size_t size; /* of the record */
-  int32_t width;
+  size_t size;   /* of the record */
+  int32_t width; /* 1 to 536870896, likewise the height */
   int32_t height;
   int32_t channels;           /* 1 grey; 2 grey and alpha; 3 red, green, blue; 4 these and alpha */
   int32_t samples;            /* an orbel_samples */
@@ -142,12 +142,14 @@ typedef struct orbel_picture {
   ptrdiff_t row_step;         /* likewise */
 } orbel_picture;
 
-/* Describes channels that lie beside each other, in rows that are row_step bytes apart. size: sizeof(orbel_picture). */
+/* Describes channels that lie beside each other, in rows that are row_step bytes apart. size: sizeof(orbel_picture).
+ * pixels may be null, for a plan. Returns ORBEL_BAD_ARGUMENT for a null picture, a size that no version had, channels
+ * or samples that there aren't, and rows that no memory spans. */
 ORBEL_API orbel_status orbel_picture_interleaved(orbel_picture* picture, size_t size, orbel_samples samples,
                                                  int32_t width, int32_t height, int32_t channels, void* pixels,
                                                  ptrdiff_t row_step);
 
-/* Describes channels one after another, each of height rows that are row_step bytes apart. */
+/* Describes channels one after another, each of height rows that are row_step bytes apart. Otherwise likewise. */
 ORBEL_API orbel_status orbel_picture_planar(orbel_picture* picture, size_t size, orbel_samples samples, int32_t width,
                                             int32_t height, int32_t channels, void* pixels, ptrdiff_t row_step);
 

@@ -319,7 +319,7 @@ TEST(FrontDoor, KeepsTheCallersManners) {
   }
   orbel_options options;
   orbel_options_init(&options, sizeof options);
-  for (const int threads : {1, 2, 5}) {
+  for (const int threads : {1, 2, INT32_MAX}) {
     options.threads = threads;
     EXPECT_EQ(equalized(settings, source, &options), expected) << threads;
   }
@@ -390,6 +390,7 @@ TEST(FrontDoor, NamesWhatItRefuses) {
       {ORBEL_BAD_SETTING, "mix is 101", [](auto& s, auto&, auto&) { s.mix = 101; }},
       {ORBEL_BAD_SETTING, "reference_edge", [](auto& s, auto&, auto&) { s.reference_edge = 1024; }},
       {ORBEL_BAD_PICTURE, "source: width", [](auto&, auto& p, auto&) { p.width = 0; }},
+      {ORBEL_BAD_PICTURE, "source: width", [](auto&, auto& p, auto&) { p.width = 1 << 30; }},
       {ORBEL_BAD_PICTURE, "source: channels", [](auto&, auto& p, auto&) { p.channels = 5; }},
       {ORBEL_BAD_PICTURE, "source: base[2]", [](auto&, auto& p, auto&) { p.base[2] = nullptr; }},
       {ORBEL_BAD_PICTURE, "target: its size", [](auto&, auto&, auto& p) { p.height = 29; }},
