@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <new>
 #include <optional>
@@ -43,6 +44,12 @@ orbel_status initRecord(Record* record, std::size_t size) {
   return ORBEL_OK;
 }
 
+// As short as tells it apart, with a point whatever the process's locale writes.
+inline std::string textOf(double value) {
+  char text[32];  // -2.2250738585072014e-308 and less
+  return std::string(text, std::to_chars(text, text + sizeof text, value).ptr);
+}
+
 // Cut off to the buffer, which may be null.
 inline void putMessage(const char* text, char* message, std::size_t capacity) {
   if (message == nullptr || capacity == 0) return;
@@ -63,6 +70,7 @@ orbel_status guarded(const orbel_options* options, Work work) {
   try {
     if (options != nullptr) known = requireRecord(options, "options");
     if (known.threads < 0) throw Refusal{ORBEL_BAD_ARGUMENT, "options: threads is below 0"};
+    if (known.reserved != 0) throw Refusal{ORBEL_BAD_ARGUMENT, "options: reserved is not 0"};
     const FloatEnvironment floats;
     ippInit();
     const Team team(known.threads);

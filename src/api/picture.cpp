@@ -92,6 +92,14 @@ orbel_picture requirePicture(const orbel_picture* picture, const char* name) {
 void requireAlike(const orbel_picture& source, const orbel_picture& target) {
   if (source.width != target.width || source.height != target.height) refuse("target", "its size differs");
   if (source.channels != target.channels) refuse("target", "its channels differ");
+  const bool liesAlike = bytesOf(source.samples) == bytesOf(target.samples) &&
+                         (source.width == 1 || source.column_step == target.column_step) &&
+                         (source.height == 1 || source.row_step == target.row_step);
+  for (int i = 0; i < source.channels; ++i) {
+    if (source.base[i] == target.base[i] && !liesAlike) {
+      refuse("target", "it begins where the source does, and goes on elsewhere");
+    }
+  }
 }
 
 PictureLines::PictureLines(const orbel_picture& picture)
