@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <new>
 #include <optional>
@@ -43,33 +44,40 @@ orbel_status initRecord(Record* record, std::size_t size) {
   return ORBEL_OK;
 }
 
+// As short as tells it apart, with a point whatever the process's locale writes.
+inline std::string textOf(double value) {
+  char text[32];  // -2.2250738585072014e-308 and less
+  return std::string(text, std::to_chars(text, text + sizeof text, value).ptr);
+}
+
 // Cut off to the buffer, which may be null.
-inline void putMessage(const std::string& text, char* message, std::size_t capacity) {
+inline void putMessage(const char* text, char* message, std::size_t capacity) {
   if (message == nullptr || capacity == 0) return;
-  const std::size_t length = std::min(text.size(), capacity - 1);
-  std::memcpy(message, text.data(), length);
+  const std::size_t length = std::min(std::strlen(text), capacity - 1);
+  std::memcpy(message, text, length);
   message[length] = '\0';
 }
 
 // Calls work(options) in a floating-point environment and a team of its own, and turns what it throws into a status and
-// the caller's message.
+// the caller's message. Its ends ask for no memory: there may be none.
 template <typename Work>
 orbel_status guarded(const orbel_options* options, Work work) {
   orbel_options known{};
-  const auto end = [&known](orbel_status status, const std::string& text) {
+  const auto end = [&known](orbel_status status, const char* text) {
     putMessage(text, known.message, known.message_capacity);
     return status;
   };
   try {
     if (options != nullptr) known = requireRecord(options, "options");
     if (known.threads < 0) throw Refusal{ORBEL_BAD_ARGUMENT, "options: threads is below 0"};
+    if (known.reserved != 0) throw Refusal{ORBEL_BAD_ARGUMENT, "options: reserved is not 0"};
     const FloatEnvironment floats;
     ippInit();
     const Team team(known.threads);
     work(known);
     return end(ORBEL_OK, "");
   } catch (const Refusal& refusal) {
-    return end(refusal.status, refusal.message);
+    return end(refusal.status, refusal.message.c_str());
   } catch (const Cancelled&) {
     return end(ORBEL_CANCELLED, orbel_status_text(ORBEL_CANCELLED));
   } catch (...) {  // NO_MEMORY_ERROR, std::bad_alloc, std::length_error: nothing else is thrown below

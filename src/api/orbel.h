@@ -108,7 +108,9 @@ typedef enum orbel_key_kind { ORBEL_KEY_NUMBER = 0, ORBEL_KEY_FLAG = 1, ORBEL_KE
 /* The key with this number, in the order of the plug-in's record, or null from ORBEL_KEYS on. */
 ORBEL_API const char* orbel_key(int32_t number);
 
-/* ORBEL_BAD_ARGUMENT for a key that there isn't; kind may be null. */
+/* ORBEL_BAD_ARGUMENT for null, and for a key that there isn't; kind may be null. Set takes any number for a key of kind
+ * ORBEL_KEY_NUMBER, and any that a 32-bit integer holds for others, else gives ORBEL_BAD_SETTING; the ranges are looked
+ * at by orbel_settings_check. */
 ORBEL_API orbel_status orbel_settings_get(const orbel_settings* settings, const char* key, double* value);
 ORBEL_API orbel_status orbel_settings_set(orbel_settings* settings, const char* key, double value);
 ORBEL_API orbel_status orbel_key_kind_of(const char* key, orbel_key_kind* kind);
@@ -132,8 +134,8 @@ typedef enum orbel_samples {
  * so that planes, interleaved channels, parts of larger pictures, and flipped or turned ones are all described. Samples
  * need no alignment. */
 typedef struct orbel_picture {
-  size_t size; /* of the record */
-  int32_t width;
+  size_t size;   /* of the record */
+  int32_t width; /* 1 to 536870896, likewise the height */
   int32_t height;
   int32_t channels;           /* 1 grey; 2 grey and alpha; 3 red, green, blue; 4 these and alpha */
   int32_t samples;            /* an orbel_samples */
@@ -142,12 +144,14 @@ typedef struct orbel_picture {
   ptrdiff_t row_step;         /* likewise */
 } orbel_picture;
 
-/* Describes channels that lie beside each other, in rows that are row_step bytes apart. size: sizeof(orbel_picture). */
+/* Describes channels that lie beside each other, in rows that are row_step bytes apart. size: sizeof(orbel_picture).
+ * pixels may be null, for a plan. Returns ORBEL_BAD_ARGUMENT for a null picture, a size that no version had, channels
+ * or samples that there aren't, and rows that no memory spans. */
 ORBEL_API orbel_status orbel_picture_interleaved(orbel_picture* picture, size_t size, orbel_samples samples,
                                                  int32_t width, int32_t height, int32_t channels, void* pixels,
                                                  ptrdiff_t row_step);
 
-/* Describes channels one after another, each of height rows that are row_step bytes apart. */
+/* Describes channels one after another, each of height rows that are row_step bytes apart. Otherwise likewise. */
 ORBEL_API orbel_status orbel_picture_planar(orbel_picture* picture, size_t size, orbel_samples samples, int32_t width,
                                             int32_t height, int32_t channels, void* pixels, ptrdiff_t row_step);
 
@@ -159,13 +163,14 @@ ORBEL_API orbel_status orbel_convert(const orbel_picture* source, const orbel_pi
 /* ---- The run ----------------------------------------------------------------------------------------------------- */
 
 /* Told the part of the work that is done, 0 to 1, on the thread that made the call. Gives 0 to go on; anything else
- * calls the run off, as long as no sample of the target has been written. */
+ * calls the run off, as long as no sample of the target has been written. It may make calls of its own, which run on
+ * its thread alone; it must not throw. */
 typedef int32_t (*orbel_progress)(void* context, double done);
 
 typedef struct orbel_options {
   size_t size;               /* of the record */
   int32_t threads;           /* the caller's among them; 0: as many as there are processors; default 0 */
-  int32_t reserved;          /* 0 */
+  int32_t reserved;          /* 0, else refused, as in a band */
   const orbel_picture* mask; /* one channel of the picture's size: white where the result shows in full, black where the
                                 original stays; null: the result everywhere; default null */
   orbel_progress progress;   /* null: nobody is told; default null */
@@ -179,15 +184,17 @@ ORBEL_API orbel_status orbel_options_init(orbel_options* options, size_t size);
 
 /* Equalizes source into target. options may be null.
  *
- * Both have one size and the same channels; types of samples may differ. They may be the same picture, described by the
- * same record; else they don't overlap. Colours are clipped to their type's range, floats aren't. Alpha is carried
- * over, scaled to the target's type where that is another, and has no part in the work.
+ * Both have one size and the same channels; types of samples may differ. They may be the same picture: the same samples
+ * at the same addresses. Else they must not overlap, which is refused where it is plain, as for bytes and floats that
+ * begin at one address. Nor may a target's samples overlap each other, or the mask's. Colours are clipped to their
+ * type's range, floats aren't. Alpha is carried over, scaled to the target's type where that is another, and has no
+ * part in the work.
  *
  * Samples of 8 bits, and of 16 with white at 32768, become floats and come back as the plug-in converts its host's, so
  * that results are the plug-in's; 16 bits with white at 65535 go by double precision, so that every level comes back.
  *
- * Checked in this order: ORBEL_BAD_ARGUMENT, ORBEL_BAD_SETTING, ORBEL_BAD_PICTURE, ORBEL_TOO_LARGE; in the course of
- * the work ORBEL_NO_MEMORY and ORBEL_CANCELLED. With each of these the target is as it was. */
+ * Checked in this order: options, settings, source, target, mask, and whether the filters have room (ORBEL_TOO_LARGE);
+ * in the course of the work ORBEL_NO_MEMORY and ORBEL_CANCELLED. With each of these the target is as it was. */
 ORBEL_API orbel_status orbel_equalize(const orbel_settings* settings, const orbel_picture* source,
                                       const orbel_picture* target, const orbel_options* options);
 
@@ -207,7 +214,8 @@ typedef struct orbel_plan {
   size_t size; /* of the record */
   orbel_level levels[ORBEL_BANDS];
   double taps;  /* of all levels and planes: a measure of the time a run takes, by and large 0.15 to 0.4 ns each */
-  double bytes; /* that a run takes at most beside the pictures and the mask */
+  double bytes; /* that a run asks for at most beside the pictures and the mask; the system's allocator may hold a
+                   twentieth more for a while */
   double stack_bytes;    /* that a stack keeps, with its copy of the picture */
   int32_t refused_band;  /* the band that ORBEL_TOO_LARGE is about, 0 for the finest; ORBEL_BANDS where it is none */
   int32_t reserved;      /* 0 */
@@ -239,8 +247,8 @@ ORBEL_API orbel_status orbel_stack_weigh(const orbel_stack* stack, const orbel_s
                                          const orbel_picture* target, const orbel_options* options);
 
 /* Band 0 to 4 of the stack, or the residual (ORBEL_BANDS), at a gain of 100: of luminance as one channel, else as one
- * channel a colour, without alpha. A band lies around 0, and in a target of integers around middle grey. All bands and
- * the residual add up to the picture, or its luminance, up to rounding. */
+ * channel a colour, without alpha. Of the options threads and message count. A band lies around 0, and in a target of
+ * integers around middle grey. All bands and the residual add up to the picture, or its luminance, up to rounding. */
 ORBEL_API orbel_status orbel_stack_band(const orbel_stack* stack, int32_t band, const orbel_picture* target,
                                         const orbel_options* options);
 

@@ -1,5 +1,6 @@
 #include "api/picture.h"
 
+#include <cmath>
 #include <limits>
 #include <string>
 
@@ -11,11 +12,15 @@ namespace {
   throw Refusal{ORBEL_BAD_PICTURE, std::string(name) + ": " + reason};
 }
 
-// A channel's samples span no more than the address space.
-bool spans(int count, std::ptrdiff_t step) {
-  const double bytes = static_cast<double>(count) * static_cast<double>(step);
-  return bytes < 9e18 && bytes > -9e18;
+// Whether so many rows and columns at these steps lie within the address space.
+bool spans(std::int64_t rows, std::ptrdiff_t rowStep, int columns, std::ptrdiff_t columnStep) {
+  const double bytes = std::abs(static_cast<double>(rows) * static_cast<double>(rowStep)) +
+                       std::abs(static_cast<double>(columns) * static_cast<double>(columnStep));
+  return bytes < static_cast<double>(std::numeric_limits<std::ptrdiff_t>::max());
 }
+
+// The widest picture whose line of floats, rounded up, has a size in 32 bits; and the highest, to have one limit.
+constexpr int longestSide = (std::numeric_limits<std::int32_t>::max() - 63) / 4;
 
 orbel_status describe(orbel_picture* picture, std::size_t size, orbel_samples samples, std::int32_t width,
                       std::int32_t height, std::int32_t channels, void* pixels, std::ptrdiff_t rowStep,
@@ -25,12 +30,15 @@ orbel_status describe(orbel_picture* picture, std::size_t size, orbel_samples sa
   }
   if (const orbel_status status = initRecord(picture, size); status != ORBEL_OK) return status;
   const std::ptrdiff_t bytes = bytesOf(samples);
+  if (!spans(std::int64_t{height} * channels, rowStep, 0, 0)) return ORBEL_BAD_ARGUMENT;
   const std::ptrdiff_t step = interleaved ? bytes : rowStep * height;
   picture->width = width;
   picture->height = height;
   picture->channels = channels;
   picture->samples = samples;
-  for (int i = 0; i < channels; ++i) picture->base[i] = static_cast<unsigned char*>(pixels) + i * step;
+  for (int i = 0; i < channels && pixels != nullptr; ++i) {
+    picture->base[i] = static_cast<unsigned char*>(pixels) + i * step;
+  }
   picture->column_step = interleaved ? bytes * channels : bytes;
   picture->row_step = rowStep;
   return ORBEL_OK;
@@ -61,7 +69,9 @@ Conversion conversionOf(int samples) {
 
 orbel_picture requireShape(const orbel_picture* picture, const char* name) {
   const orbel_picture p = requireRecord(picture, name);
-  if (p.width < 1 || p.height < 1) refuse(name, "width and height must be above 0");
+  if (p.width < 1 || p.height < 1 || p.width > longestSide || p.height > longestSide) {
+    refuse(name, "width and height must be 1 to " + std::to_string(longestSide));
+  }
   if (p.channels < 1 || p.channels > ORBEL_CHANNELS) refuse(name, "channels must be 1 to 4");
   if (p.samples < ORBEL_UINT8 || p.samples > ORBEL_FLOAT32) refuse(name, "samples is none of the four types");
   return p;
@@ -75,13 +85,21 @@ orbel_picture requirePicture(const orbel_picture* picture, const char* name) {
   if ((p.column_step == 0 && p.width > 1) || (p.row_step == 0 && p.height > 1)) {
     refuse(name, "column_step and row_step must not be 0");
   }
-  if (!spans(p.width, p.column_step) || !spans(p.height, p.row_step)) refuse(name, "a step is too large");
+  if (!spans(p.height, p.row_step, p.width, p.column_step)) refuse(name, "a step is too large");
   return p;
 }
 
 void requireAlike(const orbel_picture& source, const orbel_picture& target) {
   if (source.width != target.width || source.height != target.height) refuse("target", "its size differs");
   if (source.channels != target.channels) refuse("target", "its channels differ");
+  const bool liesAlike = bytesOf(source.samples) == bytesOf(target.samples) &&
+                         (source.width == 1 || source.column_step == target.column_step) &&
+                         (source.height == 1 || source.row_step == target.row_step);
+  for (int i = 0; i < source.channels; ++i) {
+    if (source.base[i] == target.base[i] && !liesAlike) {
+      refuse("target", "it begins where the source does, and goes on elsewhere");
+    }
+  }
 }
 
 PictureLines::PictureLines(const orbel_picture& picture)

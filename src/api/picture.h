@@ -24,7 +24,7 @@ bool hasAlpha(const orbel_picture& picture);
 orbel_picture requirePicture(const orbel_picture* picture, const char* name);
 orbel_picture requireShape(const orbel_picture* picture, const char* name);
 
-// Throws Refusal when size or channels differ.
+// Throws Refusal when size or channels differ, and when both begin at one address but lie in other ways.
 void requireAlike(const orbel_picture& source, const orbel_picture& target);
 
 // The line y of a channel.

@@ -13,7 +13,7 @@ class PictureResult : public ResultLines {
                 const orbel_picture* mask);
 
   // Of scratch: the original's colours and the weights.
-  static constexpr int rows = BandStack::mostColours + 1;
+  static constexpr int rows = BandStack::mostScratchRows;
   int scratchRows() const override { return rows; }
   void write(int y, float* const* colours, float* const* scratch) override;
 

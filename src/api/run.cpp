@@ -47,10 +47,9 @@ std::optional<Progress> progressFor(const orbel_options& options, double work) {
 Plan requirePlan(const ScaledParameters& parameters, const orbel_settings& settings, const orbel_picture& picture) {
   const Plan plan = parameters.planFor({picture.width, picture.height});
   if (plan.isAdmitted()) return plan;
-  char text[200];
-  std::snprintf(text, sizeof text, "bands[%d].radius is %g, too large for edge protection on this picture; at most %g",
-                plan.refused, settings.bands[plan.refused].radius, plan.largestRadius);
-  throw Refusal{ORBEL_TOO_LARGE, text};
+  throw Refusal{ORBEL_TOO_LARGE,
+                "bands[" + std::to_string(plan.refused) + "].radius is " + textOf(settings.bands[plan.refused].radius) +
+                    ", too large for edge protection on this picture; at most " + textOf(plan.largestRadius)};
 }
 
 orbel_status orbel_equalize(const orbel_settings* settings, const orbel_picture* source, const orbel_picture* target,

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <string>
 
 #include "api/door.h"
@@ -84,9 +83,8 @@ bool isOfBand(SettingMember member) { return member < SettingMember::residual; }
 
 void require(double value, const Range& range, const std::string& place) {
   if (value >= range.least && value <= range.most) return;
-  char text[200];
-  std::snprintf(text, sizeof text, "%s is %g; allowed is %g to %g", place.c_str(), value, range.least, range.most);
-  throw Refusal{ORBEL_BAD_SETTING, text};
+  throw Refusal{ORBEL_BAD_SETTING,
+                place + " is " + textOf(value) + "; allowed is " + textOf(range.least) + " to " + textOf(range.most)};
 }
 
 const ScriptKey* findKey(const char* name) {
@@ -112,6 +110,9 @@ orbel_settings requireSettings(const orbel_settings* settings) {
     const std::string place =
         isOfBand(key.member) ? "bands[" + std::to_string(key.band) + "]." + range.name : range.name;
     require(placeOf(s, key).get(), range, place);
+  }
+  for (int i = 0; i < ORBEL_BANDS; ++i) {
+    require(s.bands[i].reserved, {"reserved", 0, 0}, "bands[" + std::to_string(i) + "].reserved");
   }
   require(s.mix, {"mix", 0, 100}, "mix");
   if (s.reference_edge != 0) throw Refusal{ORBEL_BAD_SETTING, "reference_edge is not served yet; allowed is 0"};

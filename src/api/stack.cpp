@@ -20,8 +20,10 @@ struct Copy {
   explicit Copy(const orbel_picture& source) {
     const auto bytes = static_cast<std::size_t>(bytesOf(source.samples));
     const std::size_t pixel = bytes * static_cast<std::size_t>(source.channels);
-    const std::size_t row = pixel * static_cast<std::size_t>(source.width);
-    samples.resize(row * static_cast<std::size_t>(source.height));
+    const std::uint64_t row = std::uint64_t{pixel} * static_cast<std::uint64_t>(source.width);
+    const std::uint64_t all = row * static_cast<std::uint64_t>(source.height);
+    if (all > PTRDIFF_MAX) throw NO_MEMORY_ERROR();  // samples may lie on each other, and here they don't
+    samples.resize(static_cast<std::size_t>(all));
     orbel_picture_interleaved(&picture, sizeof picture, static_cast<orbel_samples>(source.samples), source.width,
                               source.height, source.channels, samples.data(), static_cast<std::ptrdiff_t>(row));
     eachIndex(source.height, [&](int y) {

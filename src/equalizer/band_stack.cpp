@@ -98,9 +98,10 @@ void BandStack::eachLine(const float* gains, float baseGain, const ColourLines& 
              const auto colours = linesAt<most>(own, rowBytes);
              float* const luminance = floatsAt(own, std::int64_t{most} * rowBytes);
              const auto after = linesAt<most>(floatsAt(luminance, rowBytes), rowBytes);
-             std::vector<float*> rest(static_cast<std::size_t>(scratchRows));
-             for (std::size_t i = 0; i < rest.size(); ++i) {
-               rest[i] = floatsAt(own, (rowsOfLine + static_cast<std::int64_t>(i)) * rowBytes);
+             // No memory is asked for from here on: lines of the target have been written.
+             std::array<float*, mostScratchRows> rest{};
+             for (int i = 0; i < scratchRows; ++i) {
+               rest[static_cast<std::size_t>(i)] = floatsAt(own, std::int64_t{rowsOfLine + i} * rowBytes);
              }
              for (std::size_t i = 0; i < weighed.size(); ++i) {
                weighed[i].finest().prepare(first, rows, rebuildScratch(i));

@@ -26,13 +26,14 @@ class ColourLines {
 class ResultLines {
  public:
   virtual ~ResultLines() = default;
-  virtual int scratchRows() const { return 0; }
+  virtual int scratchRows() const { return 0; }  // at most BandStack::mostScratchRows
   virtual void write(int y, float* const* colours, float* const* scratch) = 0;
 };
 
 class BandStack {
  public:
   static constexpr int mostColours = 3;
+  static constexpr int mostScratchRows = mostColours + 1;
 
   // Takes apart the luminance (one colour counts as three equal ones), or each colour. The plan is that of parameters
   // for the picture's size and is admitted. progress may be null; gets the plan's taps. Throws NO_MEMORY_ERROR, and

@@ -8,6 +8,10 @@
 #include <thread>
 #include <vector>
 
+#if defined(__linux__)
+#include <sched.h>
+#endif
+
 namespace {
 
 #if defined(__EMSCRIPTEN__) && !defined(__EMSCRIPTEN_PTHREADS__)
@@ -17,6 +21,11 @@ constexpr bool hasThreads = true;
 #endif
 
 int processors() {
+#if defined(__linux__)
+  // The C++ library counts all of the machine's, also those that this process has been kept away from.
+  cpu_set_t allowed;
+  if (sched_getaffinity(0, sizeof allowed, &allowed) == 0) return std::clamp(CPU_COUNT(&allowed), 1, 1024);
+#endif
   const unsigned count = std::thread::hardware_concurrency();  // 0 where nobody knows
   return hasThreads ? static_cast<int>(std::clamp(count, 1U, 1024U)) : 1;
 }
@@ -40,8 +49,9 @@ struct Team::Crew {
 
   // Threads come with the first loop that has shares for them.
   void start(int wanted) {
-    threads.reserve(static_cast<std::size_t>(size));
-    while (static_cast<int>(threads.size()) + 1 < std::min(wanted, size)) {
+    const int most = std::min(wanted, size);
+    threads.reserve(static_cast<std::size_t>(most));
+    while (static_cast<int>(threads.size()) + 1 < std::min(most, size)) {
       try {
         threads.emplace_back([this] { serve(); });
       } catch (const std::system_error&) {

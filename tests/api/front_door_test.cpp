@@ -288,7 +288,7 @@ TEST(FrontDoor, KeepsTheCallersManners) {
   }
   orbel_options options;
   orbel_options_init(&options, sizeof options);
-  for (const int threads : {1, 2, 5}) {
+  for (const int threads : {1, 2, INT32_MAX}) {
     options.threads = threads;
     EXPECT_EQ(equalized(settings, source, &options), expected) << threads;
   }
@@ -354,13 +354,20 @@ TEST(FrontDoor, NamesWhatItRefuses) {
   const Case cases[] = {
       {ORBEL_BAD_ARGUMENT, "settings", [](auto& s, auto&, auto&) { s.size = 8; }},
       {ORBEL_BAD_SETTING, "bands[2].radius is -1", [](auto& s, auto&, auto&) { s.bands[2].radius = -1; }},
+      {ORBEL_BAD_SETTING, "bands[0].reserved is 1", [](auto& s, auto&, auto&) { s.bands[0].reserved = 1; }},
       {ORBEL_BAD_SETTING, "bands[4].gain is nan", [](auto& s, auto&, auto&) { s.bands[4].gain = NAN; }},
       {ORBEL_BAD_SETTING, "bands[0].edges is 2", [](auto& s, auto&, auto&) { s.bands[0].edges = 2; }},
       {ORBEL_BAD_SETTING, "mix is 101", [](auto& s, auto&, auto&) { s.mix = 101; }},
       {ORBEL_BAD_SETTING, "reference_edge", [](auto& s, auto&, auto&) { s.reference_edge = 1024; }},
       {ORBEL_BAD_PICTURE, "source: width", [](auto&, auto& p, auto&) { p.width = 0; }},
+      {ORBEL_BAD_PICTURE, "source: width", [](auto&, auto& p, auto&) { p.width = 1 << 30; }},
       {ORBEL_BAD_PICTURE, "source: channels", [](auto&, auto& p, auto&) { p.channels = 5; }},
       {ORBEL_BAD_PICTURE, "source: base[2]", [](auto&, auto& p, auto&) { p.base[2] = nullptr; }},
+      {ORBEL_BAD_PICTURE, "target: it begins",
+       [](auto&, auto& p, auto& q) {
+         q.base[2] = p.base[2];
+         q.samples = ORBEL_FLOAT32;
+       }},
       {ORBEL_BAD_PICTURE, "target: its size", [](auto&, auto&, auto& p) { p.height = 29; }},
       {ORBEL_BAD_PICTURE, "target: its channels", [](auto&, auto&, auto& p) { p.channels = 1; }},
       {ORBEL_TOO_LARGE, "bands[1].radius is 9000", [](auto& s, auto&, auto&) { s.bands[1].radius = 9000; }},
