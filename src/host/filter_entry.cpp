@@ -12,7 +12,7 @@ namespace {
 constexpr int aboutResource = 16000;
 constexpr std::int16_t exceptionResult = -1;
 
-bool isEntered = false;
+bool isEntered = false;  // a call is running
 
 // A host may enter again from within a callback, with another record and the same block. What the outer call keeps for
 // its duration is put back behind the inner one.

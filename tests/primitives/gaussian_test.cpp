@@ -136,8 +136,8 @@ void forManyShapes(Check check) {
     }
   }
   for (const unsigned border : borders) {
-    check(130, 3, 301, border);  // beyond the sides of the region from any column
-    check(16385, 1, 3, border);  // one column more than many strips hold
+    check(130, 3, 301, border);                                   // beyond the sides of the region from any column
+    if (border == 1 || border == 67) check(16385, 1, 3, border);  // one column more than many strips hold
     if (testing::Test::HasFailure()) FAIL() << "border " << border;
   }
 }
