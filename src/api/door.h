@@ -47,7 +47,7 @@ orbel_status initRecord(Record* record, std::size_t size) {
 // As short as tells it apart, with a point whatever the process's locale writes.
 inline std::string textOf(double value) {
   char text[32];  // -2.2250738585072014e-308 and less
-  return std::string(text, std::to_chars(text, text + sizeof text, value).ptr);
+  return {text, std::to_chars(text, text + sizeof text, value).ptr};
 }
 
 // Cut off to the buffer, which may be null.

@@ -232,7 +232,8 @@ ORBEL_API orbel_status orbel_plan_run(const orbel_settings* settings, const orbe
 
 /* ---- Taken apart once, weighed often ----------------------------------------------------------------------------- */
 
-/* A picture taken apart. Weighing it anew costs about a tenth of a whole run. */
+/* A picture taken apart. Weighing it anew costs about a tenth of a whole run; a picture of at most 32 samples in width
+ * or height is taken apart again. */
 typedef struct orbel_stack orbel_stack;
 
 /* Takes source apart, with the settings' radii, thresholds, edges and luminance, and keeps a copy of it. *stack is null

@@ -65,11 +65,9 @@ orbel_status orbel_equalize(const orbel_settings* settings, const orbel_picture*
 
     const PictureLines lines(from);
     const int planes = s.luminance != 0 ? 1 : coloursOf(from);
-    const double work = plan.taps(planes) + from.height * BandStack::lineWork(plan.levels[0].size);
-    std::optional<Progress> progress = progressFor(o, work);
-    const BandStack stack(parameters, plan, coloursOf(from), s.luminance != 0, lines, progress ? &*progress : nullptr);
+    std::optional<Progress> progress = progressFor(o, BandStack::work(plan, planes));
+    const BandStack stack(plan, coloursOf(from), s.luminance != 0, lines, progress ? &*progress : nullptr);
     PictureResult result(s, lines, to, mask ? &*mask : nullptr);
-    if (progress) progress->commit();
     stack.weigh(parameters.gains, parameters.baseGain, s.half != 0, lines, result, progress ? &*progress : nullptr);
   });
 }

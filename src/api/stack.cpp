@@ -48,7 +48,7 @@ struct orbel_stack {
       : settings(madeWith),
         source(std::move(copy)),
         lines(source.picture),
-        bands(parametersOf(settings), plan, coloursOf(source.picture), settings.luminance != 0, lines, progress) {}
+        bands(plan, coloursOf(source.picture), settings.luminance != 0, lines, progress) {}
 };
 
 namespace {
@@ -105,8 +105,7 @@ orbel_status orbel_stack_weigh(const orbel_stack* stack, const orbel_settings* s
     requireAlike(taken.source.picture, to);
     const std::optional<orbel_picture> mask = maskFor(o, to);
     const ScaledParameters parameters = parametersOf(s);
-    std::optional<Progress> progress = progressFor(o, to.height * BandStack::lineWork(taken.bands.size()));
-    if (progress) progress->commit();
+    std::optional<Progress> progress = progressFor(o, taken.bands.weighingWork());
     PictureResult result(s, taken.lines, to, mask ? &*mask : nullptr);
     taken.bands.weigh(parameters.gains, parameters.baseGain, s.half != 0, taken.lines, result,
                       progress ? &*progress : nullptr);

@@ -13,6 +13,6 @@ void EqualizeIT(KivImage&, KivImage& image, float* gains, float* radii, float* t
     const Pyramid pyramid(LevelLines(image), plan.levels, nullptr);
     WeighedPyramid(pyramid, gains, baseGain).rebuildInto(image);
   } else {
-    equalizeStepwise(image, plan.levels, gains, baseGain);
+    equalizeStepwise(image, plan.levels, gains, baseGain, nullptr);
   }
 }

@@ -3,16 +3,18 @@
 #include <algorithm>
 #include <cstring>
 
-#include "equalizer/band_decomposition.h"
 #include "equalizer/equalizer_kernels.h"
 #include "equalizer/luminance.h"
 #include "equalizer/progress.h"
+#include "equalizer/stepwise.h"
 #include "image/row_bands.h"
 #include "tone/colour_kernels.h"
 
 namespace {
 
 constexpr int rec601 = 2;  // selector of the luminance weights
+
+constexpr double lineWork = 8;  // of putting a line together, for each sample, in taps
 
 // Addresses of lines in scratch.
 template <std::size_t count>
@@ -41,9 +43,8 @@ void readColours(int y, int width, int colours, float* const* to, const ColourLi
 
 }  // namespace
 
-BandStack::BandStack(const ScaledParameters& parameters, const Plan& plan, int colours, bool luminance,
-                     const ColourLines& lines, Progress* progress)
-    : parameters_(parameters), size_(plan.levels[0].size), colours_(colours), luminance_(luminance) {
+BandStack::BandStack(const Plan& plan, int colours, bool luminance, const ColourLines& lines, Progress* progress)
+    : levels_(plan.levels), size_(plan.levels[0].size), colours_(colours), luminance_(luminance) {
   const int width = size_.width;
   const int rowBytes = rowBytesFor(width);
   const auto readPlane = [&](int plane, int y, float* to, float* scratch) {
@@ -68,9 +69,21 @@ BandStack::BandStack(const ScaledParameters& parameters, const Plan& plan, int c
   }
 }
 
+double BandStack::work(const Plan& plan, int planes) {
+  const IppiSize size = plan.levels[0].size;
+  return plan.taps(planes) + lineWork * size.width * size.height;
+}
+
+double BandStack::weighingWork() const {
+  double taps = lineWork * size_.width * size_.height;
+  if (Pyramid::serves(size_)) return taps;
+  for (const Level& level : levels_) taps += planes() * level.taps();
+  return taps;
+}
+
 template <typename Line>
 void BandStack::eachLine(const float* gains, float baseGain, const ColourLines& lines, int scratchRows,
-                         Line line) const {
+                         Progress* progress, Line line) const {
   const int width = size_.width;
   const int rowBytes = rowBytesFor(width);
   std::vector<WeighedPyramid> weighed;
@@ -78,17 +91,16 @@ void BandStack::eachLine(const float* gains, float baseGain, const ColourLines& 
   for (const Pyramid& pyramid : pyramids_) weighed.emplace_back(pyramid, gains, baseGain);
   KivImage small;
   if (weighed.empty()) {
-    ScaledParameters p = parameters_;
-    std::copy_n(gains, levelCount, p.gains);
     small = small_;
     for (int i = 0; i < planes(); ++i) {
       KivImage plane = small.Plane(i);
-      EqualizeIT(plane, plane, p.gains, p.radii, p.thresholds, p.edges, levelCount, baseGain);
+      equalizeStepwise(plane, levels_, gains, baseGain, progress);
     }
   }
   const std::int64_t rebuildBytes = weighed.empty() ? 0 : weighed.front().finest().scratchBytes();
   const std::int64_t lineBytes = std::int64_t{rowsOfLine + scratchRows} * rowBytes;
   const auto count = static_cast<std::int64_t>(weighed.size());
+  if (progress != nullptr) progress->commit();
   eachBand(size_.height, LevelRebuild::bandRows, count * rebuildBytes + lineBytes,
            [&](int first, int rows, void* scratch) {
              const auto rebuildScratch = [&](std::size_t i) {
@@ -128,7 +140,7 @@ void BandStack::weigh(const float* gains, float baseGain, bool half, const Colou
                       Progress* progress) const {
   const int width = size_.width;
   const auto addChangeLine = equalizerKernels().addChangeLine;
-  eachLine(gains, baseGain, lines, result.scratchRows(),
+  eachLine(gains, baseGain, lines, result.scratchRows(), progress,
            [&](int y, float* const* colours, const float* luminance, float* const* after, float* const* scratch) {
              if (luminance_) addChangeLine(colours[0], colours[1], colours[2], luminance, after[0], 1.0F, width);
              float* const* const changed = luminance_ ? colours : after;
@@ -136,12 +148,12 @@ void BandStack::weigh(const float* gains, float baseGain, bool half, const Colou
                for (int x = 0; x < width; ++x) changed[c][x] += 0.5F;
              }
              result.write(y, changed, scratch);
-             if (progress != nullptr) progress->add(lineWork(size_));
+             if (progress != nullptr) progress->add(lineWork * size_.width);
            });
 }
 
 void BandStack::sum(const float* gains, float baseGain, const ColourLines& lines, ResultLines& result) const {
-  eachLine(gains, baseGain, lines, result.scratchRows(),
+  eachLine(gains, baseGain, lines, result.scratchRows(), nullptr,
            [&](int y, float* const*, const float*, float* const* after, float* const* scratch) {
              result.write(y, after, scratch);
            });

@@ -35,24 +35,23 @@ class BandStack {
   static constexpr int mostColours = 3;
   static constexpr int mostScratchRows = mostColours + 1;
 
-  // Takes apart the luminance (one colour counts as three equal ones), or each colour. The plan is that of parameters
-  // for the picture's size and is admitted. progress may be null; gets the plan's taps. Throws NO_MEMORY_ERROR, and
-  // Cancelled.
-  BandStack(const ScaledParameters& parameters, const Plan& plan, int colours, bool luminance, const ColourLines& lines,
-            Progress* progress);
+  // Takes apart the luminance (one colour counts as three equal ones), or each colour. The plan is admitted. progress
+  // may be null; gets the plan's taps, but for what weighing does. Throws NO_MEMORY_ERROR, and Cancelled.
+  BandStack(const Plan& plan, int colours, bool luminance, const ColourLines& lines, Progress* progress);
 
   IppiSize size() const { return size_; }
   int colours() const { return colours_; }
 
-  // What putting a line together costs, in taps.
-  static double lineWork(IppiSize size) { return 8.0 * size.width; }
+  // What taking apart and putting together cost, in taps, and what putting together alone does.
+  static double work(const Plan& plan, int planes);
+  double weighingWork() const;
 
   // The planes that were taken apart: 1 for luminance, else the colours.
   int planes() const { return luminance_ ? 1 : colours_; }
 
   // The picture put together with these gains; lines are those that it was taken apart from. half adds 0.5 to every
-  // sample. progress may be null, and gets lineWork() for each line.
-  // Throws NO_MEMORY_ERROR, before any line is written.
+  // sample. progress may be null, and gets weighingWork(). Throws NO_MEMORY_ERROR, and Cancelled, before any line is
+  // written, and commits progress then.
   void weigh(const float* gains, float baseGain, bool half, const ColourLines& lines, ResultLines& result,
              Progress* progress) const;
 
@@ -69,9 +68,10 @@ class BandStack {
  private:
   // line(y, colours, luminance, what became of each plane, scratch) for each line.
   template <typename Line>
-  void eachLine(const float* gains, float baseGain, const ColourLines& lines, int scratchRows, Line line) const;
+  void eachLine(const float* gains, float baseGain, const ColourLines& lines, int scratchRows, Progress* progress,
+                Line line) const;
 
-  ScaledParameters parameters_;
+  Levels levels_;
   IppiSize size_;
   int colours_;
   bool luminance_;

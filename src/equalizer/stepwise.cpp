@@ -18,7 +18,7 @@ void resizeCorner(KivImage& to, IppiSize toSize, const KivImage& from, IppiSize 
 
 }  // namespace
 
-void equalizeStepwise(KivImage& image, const Levels& levels, const float* gains, float baseGain) {
+void equalizeStepwise(KivImage& image, const Levels& levels, const float* gains, float baseGain, Progress* progress) {
   const IppiSize residualSize = halved(levels.back().size);
 
   KivImage lowpass(image.size, 1);
@@ -31,7 +31,7 @@ void equalizeStepwise(KivImage& image, const Levels& levels, const float* gains,
     const IppiSize half = halved(size);
     bands[i].Init(size, 1);
     KivImage filtered = corner(lowpass, size);
-    applyLowPass(filtered, corner(current, size), levels[i], nullptr);
+    applyLowPass(filtered, corner(current, size), levels[i], progress);
     resizeCorner(image, half, lowpass, size);
     copyCorner(lowpass, image, half);
     resizeCorner(image, size, lowpass, half);

@@ -5,5 +5,8 @@
 
 #include "equalizer/plan.h"
 
-// As EqualizeIT, for a plane of any size.
-void equalizeStepwise(KivImage& image, const Levels& levels, const float* gains, float baseGain);
+class Progress;
+
+// As EqualizeIT, for a plane of any size and levels that are admitted. progress may be null; gets the levels' taps.
+// Throws NO_MEMORY_ERROR, and Cancelled.
+void equalizeStepwise(KivImage& image, const Levels& levels, const float* gains, float baseGain, Progress* progress);

@@ -288,7 +288,7 @@ TEST(FrontDoor, KeepsTheCallersManners) {
   }
   orbel_options options;
   orbel_options_init(&options, sizeof options);
-  for (const int threads : {1, 2, INT32_MAX}) {
+  for (const int threads : {1, 2, 5}) {
     options.threads = threads;
     EXPECT_EQ(equalized(settings, source, &options), expected) << threads;
   }
@@ -309,7 +309,6 @@ TEST(FrontDoor, KeepsTheCallersManners) {
 }
 
 TEST(FrontDoor, CanBeCalledOffUntilItWrites) {
-  const Owned source(ORBEL_UINT8, 300, 200, 3);
   struct Listener {
     double stopAt;
     double last = -1;
@@ -325,9 +324,10 @@ TEST(FrontDoor, CanBeCalledOffUntilItWrites) {
     listener.last = done;
     return done >= listener.stopAt ? 1 : 0;
   };
-  orbel_settings settings = strong(false);
-  const auto expected = equalized(settings, source);
-  for (const double stopAt : {0.0, 0.3, 2.0}) {
+  const orbel_settings settings = strong(false);
+  for (const auto& [height, stopAt] : {std::pair{200, 0.0}, {200, 0.3}, {200, 2.0}, {20, 0.0}, {20, 2.0}}) {
+    const Owned source(ORBEL_UINT8, 300, height, 3);
+    const auto expected = equalized(settings, source);
     Listener listener{stopAt};
     options.context = &listener;
     options.threads = 1;

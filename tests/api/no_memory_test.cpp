@@ -45,11 +45,11 @@ TEST(FrontDoor, LeavesTheTargetAloneWithoutMemory) {
       orbel_stack* stack = nullptr;
       refused = inARow;
       asked = -first;
-      orbel_status status = ORBEL_OK;
-      EXPECT_NO_THROW(status = orbel_equalize(&settings, &source, &target, nullptr));
+      // An exception that leaves these calls ends the test.
+      const orbel_status status = orbel_equalize(&settings, &source, &target, nullptr);
       isEnough = asked <= 0;
       asked = -first;
-      EXPECT_NO_THROW(orbel_stack_create(&settings, &source, nullptr, &stack));
+      orbel_stack_create(&settings, &source, nullptr, &stack);
       asked = INT_MIN;
       orbel_stack_free(stack);
       EXPECT_TRUE(status == ORBEL_OK || (status == ORBEL_NO_MEMORY && result == untouched)) << "block " << first;
