@@ -122,7 +122,6 @@ class BilateralPairs : public EachRow {};
 INSTANTIATE_TEST_SUITE_P(Rows, BilateralPairs, allRows(), rowName);
 
 TEST_P(BilateralPairs, HaveTheBitsOfSingleLines) {
-  const ForcedRow row(GetParam());
   const BilateralKernels& kernels = bilateralKernels();
   for (const int window : {2, 3, 4, 13, largestPairWindow}) {
     for (const int columns : {4, 20, 68, 132}) {
@@ -154,7 +153,6 @@ TEST_P(BilateralPairs, HaveTheBitsOfSingleLines) {
 
 // Large enough for the filter to take that form, on every number of threads that cuts the image differently.
 TEST_P(BilateralPairs, ServeTheFilterOnAnyNumberOfThreads) {
-  const ForcedRow row(GetParam());
   const auto pays = bilateralKernels().stdRowsPays;
   ASSERT_TRUE(pays(403 - 3, 40, 4));
   EXPECT_TRUE(pays(40000, 40000, largestPairWindow));
