@@ -172,16 +172,6 @@ TEST(BilateralStd, WideRangeIsAGaussian) {
   EXPECT_TRUE(within(0.01, filtered(src, 8, 2.0F, 1e6F, standard, replicate), gaussian));
 }
 
-TEST(BilateralStd, HonoursTheRowStep) {
-  KivImage parent = randomImage(50, 20, 1, 1);
-  KivImage view = parent.ROI(7, 3, 21, 11);
-  const KivImage expected = naive(view, 3, 1.0F, 0.3F, standard, replicate);
-  BilateralFilterKiv(view.planes[0], view.planes[0], 11, 21, static_cast<unsigned>(view.stride / 4), 3, 1.0F, 0.3F, 0,
-                     1);
-  EXPECT_TRUE(sameBits(view, expected));
-  EXPECT_TRUE(sameBits(parent.ROI(28, 0, 22, 20), randomImage(50, 20, 1, 1).ROI(28, 0, 22, 20)));
-}
-
 TEST(Bilateral, RefusesWhatItCannotServe) {
   std::vector<float> data(16, 1.0F);
   const std::vector<float> before = data;
