@@ -101,32 +101,29 @@ void passOn(BandSettings& s) {
 void noEdges(BandSettings& s) { s.edges[1] = false; }
 void nothing(BandSettings&) {}
 
-class AlikeLevels : public testing::TestWithParam<Alike> {};
+const Alike alikes[] = {
+    {"edge byte 2", [](BandSettings& s) { std::memset(&s.edges[1], 2, 1); }, noEdges},
+    {"threshold below 0", [](BandSettings& s) { s.thresholds[1] *= -1; }, nothing},
+    {"radius 0", [](BandSettings& s) { s.edges[1] = false, s.radii[1] = 0; }, passOn},
+    {"radius below 0", [](BandSettings& s) { s.edges[1] = false, s.radii[1] = -3; }, passOn},
+    {"radius NaN", [](BandSettings& s) { s.edges[1] = false, s.radii[1] = NAN; }, passOn},
+    {"radius 0 with edges", [](BandSettings& s) { s.radii[1] = 0; }, passOn},
+    {"threshold 0", [](BandSettings& s) { s.thresholds[1] = 0; }, passOn},
+    {"threshold NaN", [](BandSettings& s) { s.thresholds[1] = NAN; }, passOn},
+    {"tiny radius", [](BandSettings& s) { s.radii[1] = 1e-25F; }, passOn},
+    {"tiny threshold", [](BandSettings& s) { s.thresholds[1] = 1e-25F; }, passOn},
+    // the rule comes before the size
+    {"endless radius", [](BandSettings& s) { s.thresholds[1] = 0, s.radii[1] = INFINITY; }, passOn}};
 
-TEST_P(AlikeLevels, GiveTheSameBits) {
-  BandSettings bent = strongSettings();
-  BandSettings like = strongSettings();
-  GetParam().bend(bent);
-  GetParam().like(like);
-  EXPECT_TRUE(sameBits(equalized(77, 66, 1, bent), equalized(77, 66, 1, like)));
+TEST(EqualizeIT, GivesTheSameBitsForLevelsThatMeanTheSame) {
+  for (const Alike& alike : alikes) {
+    BandSettings bent = strongSettings();
+    BandSettings like = strongSettings();
+    alike.bend(bent);
+    alike.like(like);
+    EXPECT_TRUE(sameBits(equalized(77, 66, 1, bent), equalized(77, 66, 1, like))) << alike.name;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    All, AlikeLevels,
-    testing::Values(Alike{"edge_byte_2", [](BandSettings& s) { std::memset(&s.edges[1], 2, 1); }, noEdges},
-                    Alike{"threshold_negative", [](BandSettings& s) { s.thresholds[1] *= -1; }, nothing},
-                    Alike{"radius_0", [](BandSettings& s) { s.edges[1] = false, s.radii[1] = 0; }, passOn},
-                    Alike{"radius_negative", [](BandSettings& s) { s.edges[1] = false, s.radii[1] = -3; }, passOn},
-                    Alike{"radius_nan", [](BandSettings& s) { s.edges[1] = false, s.radii[1] = NAN; }, passOn},
-                    Alike{"edge_radius_0", [](BandSettings& s) { s.radii[1] = 0; }, passOn},
-                    Alike{"threshold_0", [](BandSettings& s) { s.thresholds[1] = 0; }, passOn},
-                    Alike{"threshold_nan", [](BandSettings& s) { s.thresholds[1] = NAN; }, passOn},
-                    Alike{"tiny_radius", [](BandSettings& s) { s.radii[1] = 1e-25F; }, passOn},
-                    Alike{"tiny_threshold", [](BandSettings& s) { s.thresholds[1] = 1e-25F; }, passOn},
-                    // the rule comes before the size
-                    Alike{"endless_radius", [](BandSettings& s) { s.thresholds[1] = 0, s.radii[1] = INFINITY; },
-                          passOn}),
-    [](const auto& tested) { return tested.param.name; });
 
 struct Impossible {
   const char* name;
@@ -135,25 +132,24 @@ struct Impossible {
   IppiSize size = {77, 66};
 };
 
-class ImpossibleLevel : public testing::TestWithParam<Impossible> {};
-
-TEST_P(ImpossibleLevel, ThrowsBeforeAnyWork) {
-  BandSettings s;
-  s.edges[4] = GetParam().edge;
-  s.radii[4] = GetParam().radius;
-  const auto [width, height] = GetParam().size;
-  KivImage image = randomImage(width, height, 1, 1);
-  EXPECT_THROW(equalize(image, s), NO_MEMORY_ERROR);
-  EXPECT_TRUE(!GetParam().edge || sameBits(image, randomImage(width, height, 1, 1)));
+TEST(EqualizeIT, ThrowsBeforeAnyWorkOnAnImpossibleLevel) {
+  const Impossible levels[] = {{"window beyond 16 bits", true, 16385},
+                               {"block beyond 16 bits", true, 8191.5F},
+                               // of a level 4096 samples high
+                               {"block too high", true, 7680, {2, 65533}},
+                               {"endless window", true, INFINITY},
+                               {"endless Gaussian", false, INFINITY},
+                               {"kernel beyond 32 bits", false, 4e8F},
+                               {"buffer beyond 32 bits", false, 1e8F}};
+  for (const auto& [name, edge, radius, size] : levels) {
+    SCOPED_TRACE(name);
+    BandSettings s;
+    s.edges[4] = edge;
+    s.radii[4] = radius;
+    KivImage image = randomImage(size.width, size.height, 1, 1);
+    EXPECT_THROW(equalize(image, s), NO_MEMORY_ERROR);
+    EXPECT_TRUE(!edge || sameBits(image, randomImage(size.width, size.height, 1, 1)));
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    All, ImpossibleLevel,
-    testing::Values(Impossible{"window_beyond_16_bits", true, 16385}, Impossible{"block_beyond_16_bits", true, 8191.5F},
-                    // of a level 4096 samples high
-                    Impossible{"block_too_high", true, 7680, {2, 65533}}, Impossible{"endless_window", true, INFINITY},
-                    Impossible{"endless_gaussian", false, INFINITY}, Impossible{"kernel_beyond_32_bits", false, 4e8F},
-                    Impossible{"buffer_beyond_32_bits", false, 1e8F}),
-    [](const auto& tested) { return tested.param.name; });
 
 }  // namespace

@@ -69,36 +69,34 @@ void runBySteps(const OrbelBandEqualizerGuiParams& p, KivImage& image) {
   if (p.width > 0) image.CrossIt_I(p.width);
 }
 
-class WholeRun : public EachRow {};
-
-TEST_P(WholeRun, EqualsTheStepsInEveryTargetOnAnyNumberOfThreads) {
+TEST(WholeRun, EqualsTheStepsInEveryTargetOnAnyNumberOfThreads) {
   for (const IppiSize size : {IppiSize{131, 87}, IppiSize{20, 35}}) {  // the smaller one has levels of one sample
     for (const auto& p : {strong(0), strong(1), strong(0, 1, 7), strong(1, 1, 3), strong(2, 255)}) {
       KivImage expected = randomImage(size.width, size.height, 3, 1);
       runBySteps(p, expected);
-      const ForcedRow forced(GetParam());
-      for (const int threads : {1, 4, 7}) {
-        const Team team(threads);
-        KivImage parent = randomImage(size.width + 9, size.height + 5, 3, 9);
-        std::vector<float> samples(static_cast<std::size_t>(size.width * size.height * 3 + 1), 42.0F);
-        KivImage targets[] = {KivImage(size, 3), parent.ROI(5, 2, size.width, size.height),
-                              KivImage(samples.data(), size, 3)};
-        for (KivImage& image : targets) {
-          image = randomImage(size.width, size.height, 3, 1);
-          run(p, image);
-          ASSERT_EQ(ippJumpIndexForMergedLibs, GetParam());
-          EXPECT_TRUE(sameBits(image, expected))
-              << threads << " threads, luminance " << int{p.lumi} << ", target " << &image - targets;
+      onEachRow([&] {
+        const int row = ippJumpIndexForMergedLibs;
+        for (const int threads : {1, 4, 7}) {
+          const Team team(threads);
+          KivImage parent = randomImage(size.width + 9, size.height + 5, 3, 9);
+          std::vector<float> samples(static_cast<std::size_t>(size.width * size.height * 3 + 1), 42.0F);
+          KivImage targets[] = {KivImage(size, 3), parent.ROI(5, 2, size.width, size.height),
+                                KivImage(samples.data(), size, 3)};
+          for (KivImage& image : targets) {
+            image = randomImage(size.width, size.height, 3, 1);
+            run(p, image);
+            ASSERT_EQ(ippJumpIndexForMergedLibs, row);
+            EXPECT_TRUE(sameBits(image, expected))
+                << threads << " threads, luminance " << int{p.lumi} << ", target " << &image - targets;
+          }
+          targets[1] = randomImage(size.width + 9, size.height + 5, 3, 9).ROI(5, 2, size.width, size.height);
+          EXPECT_TRUE(sameBits(parent, randomImage(size.width + 9, size.height + 5, 3, 9))) << "beside the view";
+          EXPECT_EQ(samples.back(), 42.0F);
         }
-        targets[1] = randomImage(size.width + 9, size.height + 5, 3, 9).ROI(5, 2, size.width, size.height);
-        EXPECT_TRUE(sameBits(parent, randomImage(size.width + 9, size.height + 5, 3, 9))) << "beside the view";
-        EXPECT_EQ(samples.back(), 42.0F);
-      }
+      });
     }
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, WholeRun, allRows(), rowName);
 
 struct Selector {
   int selector;

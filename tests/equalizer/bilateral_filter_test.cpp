@@ -122,7 +122,6 @@ class BilateralPairs : public EachRow {};
 INSTANTIATE_TEST_SUITE_P(Rows, BilateralPairs, allRows(), rowName);
 
 TEST_P(BilateralPairs, HaveTheBitsOfSingleLines) {
-  const ForcedRow row(GetParam());
   const BilateralKernels& kernels = bilateralKernels();
   for (const int window : {2, 3, 4, 13, largestPairWindow}) {
     for (const int columns : {4, 20, 68, 132}) {
@@ -154,7 +153,6 @@ TEST_P(BilateralPairs, HaveTheBitsOfSingleLines) {
 
 // Large enough for the filter to take that form, on every number of threads that cuts the image differently.
 TEST_P(BilateralPairs, ServeTheFilterOnAnyNumberOfThreads) {
-  const ForcedRow row(GetParam());
   const auto pays = bilateralKernels().stdRowsPays;
   ASSERT_TRUE(pays(403 - 3, 40, 4));
   EXPECT_TRUE(pays(40000, 40000, largestPairWindow));
@@ -172,16 +170,6 @@ TEST(BilateralStd, WideRangeIsAGaussian) {
   KivImage gaussian = made(&KivImage::GaussBlurFast, src, 2.0F, 4);
   // The fast exponential is up to 6 % off a true one, in either direction.
   EXPECT_TRUE(within(0.01, filtered(src, 8, 2.0F, 1e6F, standard, replicate), gaussian));
-}
-
-TEST(BilateralStd, HonoursTheRowStep) {
-  KivImage parent = randomImage(50, 20, 1, 1);
-  KivImage view = parent.ROI(7, 3, 21, 11);
-  const KivImage expected = naive(view, 3, 1.0F, 0.3F, standard, replicate);
-  BilateralFilterKiv(view.planes[0], view.planes[0], 11, 21, static_cast<unsigned>(view.stride / 4), 3, 1.0F, 0.3F, 0,
-                     1);
-  EXPECT_TRUE(sameBits(view, expected));
-  EXPECT_TRUE(sameBits(parent.ROI(28, 0, 22, 20), randomImage(50, 20, 1, 1).ROI(28, 0, 22, 20)));
 }
 
 TEST(Bilateral, RefusesWhatItCannotServe) {

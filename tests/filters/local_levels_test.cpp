@@ -39,7 +39,6 @@ Points pointsOf(const KivImage& src, int radius, bool insideOnly) {
 class LocalLevels : public EachRow {};
 
 TEST_P(LocalLevels, KernelFollowsTheFormulaOverWholeRows) {
-  const ForcedRow forced(GetParam());
   KivImage src = randomImage(37, 5, 1, 1);
   KivImage low = randomImage(37, 5, 1, 2);
   KivImage high = randomImage(37, 5, 1, 3);

@@ -107,7 +107,6 @@ class MorphologyRows : public EachRow {};
 TEST_P(MorphologyRows, GiveTheSameBits) {
   const KivImage src = withHoles(133, 60, 1);
   Mask mask = fullMask(11);
-  const ForcedRow forced(GetParam());
   KivImage eroded = made(&KivImage::Erode, src, mask.data(), 11, false);
   EXPECT_TRUE(sameBits(eroded, naive(src, mask, 11, false, false)));
 }

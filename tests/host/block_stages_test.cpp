@@ -102,9 +102,9 @@ TEST(BlockExchange, YuvComesAndGoes) {
               0.299 * source.at(4, 205, 0) + 0.587 * source.at(4, 205, 1) + 0.114 * source.at(4, 205, 2), 2e-5);
   const Buffer<float> before = source;
   Post(std::move(yuv), KivImage(9, 210, 3), 1.0F, true, db, false);
-  for (std::size_t i = 0; i < before.samples().size(); ++i) {
-    ASSERT_NEAR(source.samples()[i], before.samples()[i], 1e-6);
-  }
+  const std::vector<float> original = before.samples();
+  const std::vector<float> returned = source.samples();
+  for (std::size_t i = 0; i < original.size(); ++i) ASSERT_NEAR(returned[i], original[i], 1e-6);
 
   float pixel[] = {0.5F, 0.1F, -0.2F};
   Buffer<float> target(1, 1, 3);

@@ -10,7 +10,6 @@ class Memory : public EachRow {};
 bool isAligned(const void* block) { return reinterpret_cast<std::uintptr_t>(block) % 64 == 0; }
 
 TEST_P(Memory, BlocksAreAlignedAndWhole) {
-  const ForcedRow forced(GetParam());
   std::vector<unsigned char*> blocks;
   for (int length = 1; length < 300; length += 7) {
     blocks.push_back(static_cast<unsigned char*>(length % 2 == 0 ? ippMalloc(length) : ippsMalloc_8u(length)));
@@ -28,7 +27,6 @@ TEST_P(Memory, BlocksAreAlignedAndWhole) {
 }
 
 TEST_P(Memory, LengthsBeyondTheLimitsGiveNull) {
-  const ForcedRow forced(GetParam());
   for (const std::int32_t length : {0, -1, INT32_MIN, INT32_MAX, INT32_MAX - 71}) {
     EXPECT_EQ(ippMalloc(length), nullptr) << length;
     EXPECT_EQ(ippsMalloc_8u(length), nullptr) << length;
@@ -54,7 +52,6 @@ void expectStep(Sample* (*allocate)(std::int32_t, std::int32_t, std::int32_t*), 
 }
 
 TEST_P(Memory, StepsAreMultiplesOf64) {
-  const ForcedRow forced(GetParam());
   expectStep(ippiMalloc_32f_C1, 1, 64);
   expectStep(ippiMalloc_32f_C1, 17, 128);
   expectStep(ippiMalloc_32f_C3, 6, 128);
@@ -64,7 +61,6 @@ TEST_P(Memory, StepsAreMultiplesOf64) {
 }
 
 TEST_P(Memory, ImagesThatCannotBe) {
-  const ForcedRow forced(GetParam());
   struct Impossible {
     int width, height, step;
   };

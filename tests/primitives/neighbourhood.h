@@ -1,5 +1,5 @@
-// What the tests of the neighbourhood primitives share: planes with samples all around the region, scratch memory with
-// fences, and a loop over the rows of bodies that the machine can run.
+// What the tests of the neighbourhood primitives share: planes with samples all around the region, the rule of borders,
+// and scratch memory with fences.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "primitives/primitives.h"
+#include "support/each_row_test.h"
 
 template <typename Sample>
 inline Sample randomSample(std::mt19937& random) {
@@ -118,15 +119,3 @@ class FencedMemory {
   std::unique_ptr<unsigned char[]> block_;
   unsigned char* start_;
 };
-
-// Calls check() with each row of bodies in force that this machine can run.
-template <typename Check>
-void onEachRow(Check check) {
-  ippInit();
-  const std::int32_t best = ippJumpIndexForMergedLibs;
-  for (std::int32_t row = 0; row <= best; ++row) {
-    ippJumpIndexForMergedLibs = row;
-    check();
-  }
-  ippInit();
-}

@@ -566,19 +566,16 @@ class Primitive : public testing::TestWithParam<PrimitiveCase> {};
 TEST_P(Primitive, GivesWhatTheFormulaGivesOnEveryRow) {
   for (const IppiSize size : sizes()) {
     for (unsigned seed = 0; seed < 2; ++seed) {
-      Outcome baseline;
-      for (int row = 0; row < rowCount; ++row) {
-        if (!ForcedRow::machineHas(row)) continue;
-        SCOPED_TRACE(ForcedRow::nameOf(row));
-        const ForcedRow forced(row);
-        const Outcome actual = GetParam().run(size, seed * 35 + static_cast<unsigned>(size.width));
-        if (row == 0) baseline = actual;
-        expectSamples(actual.samples, actual.expected, GetParam().tolerance, size);
-        expectSamples(actual.samples, baseline.samples, 0, size);
-        EXPECT_EQ(actual.status, baseline.status);
-        EXPECT_GE(actual.status, 0);
+      std::optional<Outcome> baseline;
+      onEachRow([&] {
         if (HasFailure()) return;
-      }
+        const Outcome actual = GetParam().run(size, seed * 35 + static_cast<unsigned>(size.width));
+        if (!baseline) baseline = actual;
+        expectSamples(actual.samples, actual.expected, GetParam().tolerance, size);
+        expectSamples(actual.samples, baseline->samples, 0, size);
+        EXPECT_EQ(actual.status, baseline->status);
+        EXPECT_GE(actual.status, 0);
+      });
     }
   }
 }

@@ -4,7 +4,6 @@
 #include <fenv.h>
 
 #include <algorithm>
-#include <optional>
 #include <vector>
 
 #include "support/each_row_test.h"
@@ -16,16 +15,7 @@
 
 namespace {
 
-class SpecialValues : public EachRow {
- protected:
-  void SetUp() override {
-    EachRow::SetUp();
-    if (!IsSkipped()) forced.emplace(GetParam());
-  }
-
- private:
-  std::optional<ForcedRow> forced;
-};
+class SpecialValues : public EachRow {};
 
 struct Example {
   float x, result;

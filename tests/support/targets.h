@@ -129,42 +129,30 @@ PlaneKernel planeKernel(const char* name, Function function, float (*sample)(flo
   return {name, run, sample};
 }
 
-// Once per row of bodies.
-class PlaneKernels : public testing::TestWithParam<std::tuple<int, PlaneKernel>> {
- protected:
-  void SetUp() override {
-    if (!ForcedRow::machineHas(row())) GTEST_SKIP() << "no row " << ForcedRow::nameOf(row()) << " here";
-  }
-  static int row() { return std::get<0>(GetParam()); }
-  static const PlaneKernel& kernel() { return std::get<1>(GetParam()); }
-
-  // Every width up to two and a half of the widest vectors, at an odd column of a wider image.
-  static void expectFormulaBitForBit() {
-    const ForcedRow forced(row());
-    constexpr int height = 20;
-    constexpr int column = 3;
-    for (int width = 1; width <= 40; ++width) {
-      KivImage a = trickyImage(width + 5, height + 1, 1, static_cast<unsigned>(width));
-      KivImage b = trickyImage(width + 5, height + 1, 1, static_cast<unsigned>(width) + 100);
-      const KivImage result = combined(a, b, kernel().sample);
-      KivImage other = randomImage(width + 5, height + 1, 1, 7);
-      for (const KivImage* target : {&other, &a, &b}) {
-        KivImage dst;
-        dst = *target;
-        KivImage expected;
-        expected = *target;
-        expected.ROI(column, 0, width, height) = result.ROI(column, 0, width, height);
+// Every width up to two and a half of the widest vectors, at an odd column of a wider image; on every row of bodies.
+template <std::size_t count>
+void expectFormulasBitForBit(const PlaneKernel (&kernels)[count]) {
+  constexpr int height = 20;
+  constexpr int column = 3;
+  for (int i = 0; i < static_cast<int>(count) * 40; ++i) {
+    const PlaneKernel& kernel = kernels[i / 40];
+    const int width = 1 + i % 40;
+    KivImage a = trickyImage(width + 5, height + 1, 1, static_cast<unsigned>(width));
+    KivImage b = trickyImage(width + 5, height + 1, 1, static_cast<unsigned>(width) + 100);
+    const KivImage result = combined(a, b, kernel.sample);
+    KivImage other = randomImage(width + 5, height + 1, 1, 7);
+    for (const KivImage* target : {&other, &a, &b}) {
+      KivImage expected = copyOf(*target);
+      expected.ROI(column, 0, width, height) = result.ROI(column, 0, width, height);
+      onEachRow([&] {
+        KivImage dst = copyOf(*target);
         float* const out = dst.At(0, column, 0);
-        kernel().run(out, target == &a ? out : a.At(0, column, 0), target == &b ? out : b.At(0, column, 0), height,
-                     width, dst.stride / 4);
-        EXPECT_TRUE(sameBits(dst, expected)) << "width " << width << (target == &other ? "" : ", onto an input");
-      }
+        kernel.run(out, target == &a ? out : a.At(0, column, 0), target == &b ? out : b.At(0, column, 0), height, width,
+                   dst.stride / 4);
+        EXPECT_TRUE(sameBits(dst, expected)) << kernel.name << (target == &other ? "" : ", onto an input");
+      });
     }
   }
-};
-
-inline std::string kernelName(const testing::TestParamInfo<std::tuple<int, PlaneKernel>>& info) {
-  return std::get<1>(info.param).name + std::string("_") + ForcedRow::nameOf(std::get<0>(info.param));
 }
 
 inline float limitedToUnit(float v) { return std::min(std::max(0.0F, v), 1.0F); }  // NaN becomes 0

@@ -32,11 +32,7 @@ const PlaneKernel kernels[] = {
     planeKernel("tonalMask", ApplyTonalMaskKiv, tonalMask, 1.3F, 0.4F, -0.2F),
 };
 
-using BlendKernels = PlaneKernels;
-
-TEST_P(BlendKernels, EqualTheFormulaBitForBit) { expectFormulaBitForBit(); }
-
-INSTANTIATE_TEST_SUITE_P(All, BlendKernels, testing::Combine(allRows(), testing::ValuesIn(kernels)), kernelName);
+TEST(BlendKernels, EqualTheFormulaBitForBit) { expectFormulasBitForBit(kernels); }
 
 // ---- Whole images
 

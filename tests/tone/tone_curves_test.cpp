@@ -128,11 +128,7 @@ const PlaneKernel kernels[] = {
         "falling", fused, [](float a, float) { return fusedSample(a, -3.0F, 0.0F, 1.0F); }, -3.0F, 0.0F, 1.0F),
 };
 
-using SigmoidalKernel = PlaneKernels;
-
-TEST_P(SigmoidalKernel, EqualsTheFormulaBitForBit) { expectFormulaBitForBit(); }
-
-INSTANTIATE_TEST_SUITE_P(All, SigmoidalKernel, testing::Combine(allRows(), testing::ValuesIn(kernels)), kernelName);
+TEST(SigmoidalKernel, EqualsTheFormulaBitForBit) { expectFormulasBitForBit(kernels); }
 
 TEST(FusedCurve, IsTheCurveOfTheWholeImageForm) {
   for (const float slope : {0.5F, 5.0F, 60.0F}) {
