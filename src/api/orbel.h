@@ -214,8 +214,8 @@ typedef struct orbel_plan {
   size_t size; /* of the record */
   orbel_level levels[ORBEL_BANDS];
   double taps;  /* of all levels and planes: a measure of the time a run takes, by and large 0.15 to 0.4 ns each */
-  double bytes; /* that a run asks for at most beside the pictures and the mask; the system's allocator may hold a
-                   twentieth more for a while */
+  double bytes; /* that a run asks for at most beside the pictures and the mask; the system's allocator may hold
+                   somewhat more */
   double stack_bytes;    /* that a stack keeps, with its copy of the picture */
   int32_t refused_band;  /* the band that ORBEL_TOO_LARGE is about, 0 for the finest; ORBEL_BANDS where it is none */
   int32_t reserved;      /* 0 */
