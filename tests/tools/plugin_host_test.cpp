@@ -1,10 +1,9 @@
-// The host's side of a run, seen by small plug-ins of the test, and the real entry played by it.
+// The host's side of a run, seen by small plug-ins of the test.
 
 #include "plugin/plugin_host.h"
 
 #include <gtest/gtest.h>
 
-#include "host/filter_entry.h"
 #include "plugin/script_descriptor.h"
 
 using namespace orbel;
@@ -115,20 +114,6 @@ TEST(PluginHost, PlaysTheGivenKeys) {
                                            {fourCharacters("WDTH"), typeInteger, 7}};
   Document document = smallDocument(3);
   runPlugin(expectKeys, script, document);
-}
-
-TEST(PluginHost, GetsBackWhatThePluginRanWith) {
-  orbel_settings settings;
-  orbel_settings_init(&settings, sizeof settings);
-  for (int i = 0; i < ORBEL_BANDS; ++i) settings.bands[i].gain = 90 + 10 * i;
-  Document document = smallDocument(3);
-  const std::vector<ScriptValue> expected = scriptOf(settings);
-  const std::vector<ScriptValue> recorded = runPlugin(PluginMain, expected, document);
-  ASSERT_EQ(recorded.size(), expected.size());
-  for (std::size_t i = 0; i < expected.size(); ++i) {
-    EXPECT_EQ(recorded[i].key, expected[i].key);
-    EXPECT_EQ(recorded[i].number, expected[i].number) << i;
-  }
 }
 
 }  // namespace

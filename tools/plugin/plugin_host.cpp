@@ -219,7 +219,7 @@ struct Turn {
 
 }  // namespace
 
-std::vector<ScriptValue> runPlugin(PluginEntry entry, const std::vector<ScriptValue>& script, Document& document) {
+void runPlugin(PluginEntry entry, const std::vector<ScriptValue>& script, Document& document) {
   Run run{document, {}, {}, {}, {}, {}, {}};
   for (std::size_t i = 0; i < 3; ++i) run.result.push_back(document.planes[document.planes.size() == 1 ? 0 : i]);
   const Turn turn(run);
@@ -229,10 +229,8 @@ std::vector<ScriptValue> runPlugin(PluginEntry entry, const std::vector<ScriptVa
   if (const std::int16_t code = playSelectors(entry); code != noErr) {
     throw PluginRefusal(meaning(code) + " (plug-in result " + std::to_string(code) + ")");
   }
-  std::vector<ScriptValue> recorded = valuesOf(run.scripting.descriptor);
   run.result.resize(document.planes.size());
   document.planes = std::move(run.result);
-  return recorded;
 }
 
 }  // namespace orbel

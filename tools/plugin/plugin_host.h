@@ -29,8 +29,7 @@ struct PluginRefusal : std::runtime_error {
 };
 
 // Runs the plug-in over the whole document with these script values, and puts the result in the document's place.
-// Returns the values that the plug-in records at the end, those it filled in itself among them. Throws PluginRefusal
-// when the plug-in reports a code; the document is then as it was. One run at a time in a process.
-std::vector<ScriptValue> runPlugin(PluginEntry entry, const std::vector<ScriptValue>& script, Document& document);
+// Throws PluginRefusal when the plug-in reports a code; the document is then as it was. One run at a time in a process.
+void runPlugin(PluginEntry entry, const std::vector<ScriptValue>& script, Document& document);
 
 }  // namespace orbel
