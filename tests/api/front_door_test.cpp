@@ -258,6 +258,23 @@ TEST(FrontDoor, WeighsAStackAsAWholeRunDoes) {
   }
 }
 
+TEST(FrontDoor, GivesBandsThatAddUpToThePicture) {
+  const Owned source(ORBEL_FLOAT32, 70, 60, 3);
+  orbel_settings settings = strong(false);
+  orbel_stack* stack = nullptr;
+  ASSERT_EQ(orbel_stack_create(&settings, &source.picture, nullptr, &stack), ORBEL_OK);
+  std::vector<double> sum(70 * 60 * 3);
+  for (int band = 0; band <= ORBEL_BANDS; ++band) {
+    const Owned part(ORBEL_FLOAT32, 70, 60, 3);
+    ASSERT_EQ(orbel_stack_band(stack, band, &part.picture, nullptr), ORBEL_OK);
+    const std::vector<float> samples = part.floats();
+    for (std::size_t i = 0; i < sum.size(); ++i) sum[i] += samples[i];
+  }
+  const std::vector<float> expected = source.floats();
+  for (std::size_t i = 0; i < sum.size(); ++i) ASSERT_NEAR(sum[i], expected[i], 3e-6);
+  orbel_stack_free(stack);
+}
+
 TEST(FrontDoor, KeepsTheCallersManners) {
   const Owned source(ORBEL_FLOAT32, 120, 80, 3);
   const orbel_settings settings = strong(true);
