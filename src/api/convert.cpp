@@ -27,23 +27,20 @@ void putInteger(double value, unsigned char* sample, int samples) {
 }
 
 // By integers where both are: floats have no room for the halves between levels.
-void convertLine(const orbel_picture& source, const orbel_picture& target, int channel, int y, float* floats) {
-  const unsigned char* from = lineOf(source, channel, y);
-  unsigned char* to = lineOf(target, channel, y);
-  const Conversion reading = conversionOf(source.samples);
-  const Conversion writing = conversionOf(target.samples);
+void convertLine(const PictureLines& from, const PictureLines& to, int channel, int y, float* floats) {
+  const orbel_picture& source = from.picture();
+  const orbel_picture& target = to.picture();
   if (source.samples == target.samples) {
-    const auto bytes = static_cast<std::size_t>(bytesOf(source.samples));
-    for (int x = 0; x < source.width; ++x, from += source.column_step, to += target.column_step) {
-      std::memmove(to, from, bytes);
-    }
+    copyLine(source, target, channel, y);
   } else if (source.samples == ORBEL_FLOAT32 || target.samples == ORBEL_FLOAT32) {
-    reading.kernels.toFloats(from, source.column_step, floats, source.width, reading.toFloats);
-    writing.kernels.fromFloats(floats, to, target.column_step, target.width, writing.fromFloats);
+    from.readChannel(channel, y, floats);
+    to.writeChannel(channel, y, floats);
   } else {
-    const double scale = writing.fromFloats / reading.fromFloats;
-    for (int x = 0; x < source.width; ++x, from += source.column_step, to += target.column_step) {
-      putInteger(integerOf(from, source.samples) * scale, to, target.samples);
+    const double scale = conversionOf(target.samples).fromFloats / conversionOf(source.samples).fromFloats;
+    const unsigned char* read = lineOf(source, channel, y);
+    unsigned char* written = lineOf(target, channel, y);
+    for (int x = 0; x < source.width; ++x, read += source.column_step, written += target.column_step) {
+      putInteger(integerOf(read, source.samples) * scale, written, target.samples);
     }
   }
 }
@@ -55,10 +52,12 @@ orbel_status orbel_convert(const orbel_picture* source, const orbel_picture* tar
     const orbel_picture from = requirePicture(source, "source");
     const orbel_picture to = requirePicture(target, "target");
     requireAlike(from, to);
+    const PictureLines read(from);
+    const PictureLines written(to);
     constexpr int rows = 16;
     eachBand(from.height, rows, rowBytesFor(from.width), [&](int first, int count, void* scratch) {
       for (int y = first; y < first + count; ++y) {
-        for (int c = 0; c < from.channels; ++c) convertLine(from, to, c, y, static_cast<float*>(scratch));
+        for (int c = 0; c < from.channels; ++c) convertLine(read, written, c, y, static_cast<float*>(scratch));
       }
     });
   });

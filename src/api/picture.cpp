@@ -1,6 +1,7 @@
 #include "api/picture.h"
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <string>
 
@@ -102,6 +103,15 @@ void requireAlike(const orbel_picture& source, const orbel_picture& target) {
   }
 }
 
+void copyLine(const orbel_picture& source, const orbel_picture& target, int channel, int y) {
+  const auto bytes = static_cast<std::size_t>(bytesOf(source.samples));
+  const unsigned char* from = lineOf(source, channel, y);
+  unsigned char* to = lineOf(target, channel, y);
+  for (int x = 0; x < source.width; ++x, from += source.column_step, to += target.column_step) {
+    std::memmove(to, from, bytes);  // they may be one picture
+  }
+}
+
 PictureLines::PictureLines(const orbel_picture& picture)
     : picture_(picture), conversion_(conversionOf(picture.samples)) {}
 
@@ -112,6 +122,11 @@ void PictureLines::read(int y, float* const* colours) const {
 void PictureLines::readChannel(int channel, int y, float* to) const {
   conversion_.kernels.toFloats(lineOf(picture_, channel, y), picture_.column_step, to, picture_.width,
                                conversion_.toFloats);
+}
+
+void PictureLines::writeChannel(int channel, int y, const float* from) const {
+  conversion_.kernels.fromFloats(from, lineOf(picture_, channel, y), picture_.column_step, picture_.width,
+                                 conversion_.fromFloats);
 }
 
 orbel_status orbel_picture_interleaved(orbel_picture* picture, size_t size, orbel_samples samples, int32_t width,

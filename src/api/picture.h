@@ -32,11 +32,16 @@ inline unsigned char* lineOf(const orbel_picture& picture, int channel, int y) {
   return static_cast<unsigned char*>(picture.base[channel]) + y * picture.row_step;
 }
 
+// The line y of a channel, whatever its samples mean: both pictures are alike, and have samples of one type.
+void copyLine(const orbel_picture& source, const orbel_picture& target, int channel, int y);
+
+// The lines of a picture's channels as floats, in both directions.
 class PictureLines : public ColourLines {
  public:
   explicit PictureLines(const orbel_picture& picture);
   void read(int y, float* const* colours) const override;
   void readChannel(int channel, int y, float* to) const;
+  void writeChannel(int channel, int y, const float* from) const;
   const orbel_picture& picture() const { return picture_; }
 
  private:

@@ -1,7 +1,6 @@
 #include "api/result.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
 
@@ -15,7 +14,6 @@ PictureResult::PictureResult(const orbel_settings& settings, const PictureLines&
                              const orbel_picture* mask)
     : source_(source),
       target_(target),
-      conversion_(conversionOf(target.samples)),
       mix_(static_cast<float>(settings.mix / 100)),
       isBlended_(settings.mix != 100 || mask != nullptr) {
   if (settings.overlay > 0) overlay_.emplace(IppiSize{target.width, target.height}, settings.overlay);
@@ -23,19 +21,16 @@ PictureResult::PictureResult(const orbel_settings& settings, const PictureLines&
 }
 
 void PictureResult::write(int y, float* const* colours, float* const* scratch) {
-  const int count = coloursOf(target_);
+  const int count = coloursOf(target_.picture());
   for (int c = 0; overlay_ && c < count; ++c) overlay_->draw(y, colours[c]);
   if (isBlended_) blend(y, colours, scratch);
   carryAlpha(y, scratch[0]);
-  for (int c = 0; c < count; ++c) {
-    conversion_.kernels.fromFloats(colours[c], lineOf(target_, c, y), target_.column_step, target_.width,
-                                   conversion_.fromFloats);
-  }
+  for (int c = 0; c < count; ++c) target_.writeChannel(c, y, colours[c]);
 }
 
 // original * (1 - weight) + result * weight; at weights of 0 and 1 exactly the one or the other.
 void PictureResult::blend(int y, float* const* colours, float* const* scratch) const {
-  const int width = target_.width;
+  const int width = target_.picture().width;
   float* const weights = scratch[BandStack::mostColours];
   if (mask_) {
     mask_->readChannel(0, y, weights);
@@ -45,7 +40,7 @@ void PictureResult::blend(int y, float* const* colours, float* const* scratch) c
     std::fill(weights, weights + width, mix_);
   }
   source_.read(y, scratch);
-  for (int c = 0; c < coloursOf(target_); ++c) {
+  for (int c = 0; c < coloursOf(target_.picture()); ++c) {
     const float* const from = scratch[c];
     float* const to = colours[c];
     for (int x = 0; x < width; ++x) {
@@ -62,17 +57,13 @@ void PictureResult::blend(int y, float* const* colours, float* const* scratch) c
 
 void PictureResult::carryAlpha(int y, float* scratch) const {
   const orbel_picture& source = source_.picture();
-  if (!hasAlpha(target_)) return;
-  const int channel = target_.channels - 1;
-  const unsigned char* from = lineOf(source, channel, y);
-  unsigned char* to = lineOf(target_, channel, y);
-  if (source.samples != target_.samples) {
+  const orbel_picture& target = target_.picture();
+  if (!hasAlpha(target)) return;
+  const int channel = target.channels - 1;
+  if (source.samples != target.samples) {
     source_.readChannel(channel, y, scratch);
-    conversion_.kernels.fromFloats(scratch, to, target_.column_step, target_.width, conversion_.fromFloats);
-  } else if (!sameSamples(source, target_, channel)) {
-    const auto bytes = static_cast<std::size_t>(bytesOf(target_.samples));
-    for (int x = 0; x < target_.width; ++x, from += source.column_step, to += target_.column_step) {
-      std::memcpy(to, from, bytes);
-    }
+    target_.writeChannel(channel, y, scratch);
+  } else if (!sameSamples(source, target, channel)) {
+    copyLine(source, target, channel, y);
   }
 }

@@ -22,8 +22,7 @@ class PictureResult : public ResultLines {
   void carryAlpha(int y, float* scratch) const;
 
   const PictureLines& source_;
-  orbel_picture target_;
-  Conversion conversion_;
+  PictureLines target_;
   std::optional<CrossOverlay> overlay_;
   std::optional<PictureLines> mask_;
   float mix_;

@@ -27,6 +27,13 @@ void fill(const Plan& plan, const BandStack::Bytes& bytes, double taps, orbel_pl
   to.largest_radius = plan.largestRadius;
 }
 
+void requireAdmitted(const Plan& plan, const orbel_settings& settings) {
+  if (plan.isAdmitted()) return;
+  throw Refusal{ORBEL_TOO_LARGE,
+                "bands[" + std::to_string(plan.refused) + "].radius is " + textOf(settings.bands[plan.refused].radius) +
+                    ", too large for edge protection on this picture; at most " + textOf(plan.largestRadius)};
+}
+
 }  // namespace
 
 std::optional<orbel_picture> maskFor(const orbel_options& options, const orbel_picture& picture) {
@@ -46,10 +53,8 @@ std::optional<Progress> progressFor(const orbel_options& options, double work) {
 
 Plan requirePlan(const ScaledParameters& parameters, const orbel_settings& settings, const orbel_picture& picture) {
   const Plan plan = parameters.planFor({picture.width, picture.height});
-  if (plan.isAdmitted()) return plan;
-  throw Refusal{ORBEL_TOO_LARGE,
-                "bands[" + std::to_string(plan.refused) + "].radius is " + textOf(settings.bands[plan.refused].radius) +
-                    ", too large for edge protection on this picture; at most " + textOf(plan.largestRadius)};
+  requireAdmitted(plan, settings);
+  return plan;
 }
 
 orbel_status orbel_equalize(const orbel_settings* settings, const orbel_picture* source, const orbel_picture* target,
@@ -84,15 +89,14 @@ orbel_status orbel_plan_run(const orbel_settings* settings, const orbel_picture*
     requireRecord(plan, "plan");
     const orbel_settings s = requireSettings(settings);
     const orbel_picture picture = requireShape(source, "source");
-    const ScaledParameters parameters = parametersOf(s);
-    const Plan levels = parameters.planFor({picture.width, picture.height});
+    const Plan levels = parametersOf(s).planFor({picture.width, picture.height});
     const int colours = coloursOf(picture);
     BandStack::Bytes bytes{};
     if (levels.isAdmitted())
       bytes = BandStack::bytesOf(levels, colours, s.luminance != 0, PictureResult::rows, threadsHere());
     bytes.stack += static_cast<double>(bytesOf(picture.samples)) * picture.channels * picture.width * picture.height;
     fill(levels, bytes, levels.taps(s.luminance != 0 ? 1 : colours), *plan);
-    requirePlan(parameters, s, picture);
+    requireAdmitted(levels, s);
   });
 }
 

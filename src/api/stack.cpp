@@ -1,6 +1,6 @@
 // A picture taken apart once and weighed often.
 
-#include <cstring>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -18,20 +18,15 @@ struct Copy {
   orbel_picture picture{};
 
   explicit Copy(const orbel_picture& source) {
-    const auto bytes = static_cast<std::size_t>(bytesOf(source.samples));
-    const std::size_t pixel = bytes * static_cast<std::size_t>(source.channels);
-    const std::uint64_t row = std::uint64_t{pixel} * static_cast<std::uint64_t>(source.width);
+    const auto pixel = static_cast<std::uint64_t>(bytesOf(source.samples) * source.channels);
+    const std::uint64_t row = pixel * static_cast<std::uint64_t>(source.width);
     const std::uint64_t all = row * static_cast<std::uint64_t>(source.height);
     if (all > PTRDIFF_MAX) throw NO_MEMORY_ERROR();  // samples may lie on each other, and here they don't
     samples.resize(static_cast<std::size_t>(all));
     orbel_picture_interleaved(&picture, sizeof picture, static_cast<orbel_samples>(source.samples), source.width,
                               source.height, source.channels, samples.data(), static_cast<std::ptrdiff_t>(row));
     eachIndex(source.height, [&](int y) {
-      for (int c = 0; c < source.channels; ++c) {
-        const unsigned char* from = lineOf(source, c, y);
-        unsigned char* to = lineOf(picture, c, y);
-        for (int x = 0; x < source.width; ++x, from += source.column_step, to += pixel) std::memcpy(to, from, bytes);
-      }
+      for (int c = 0; c < source.channels; ++c) copyLine(source, picture, c, y);
     });
   }
 };
@@ -56,20 +51,18 @@ namespace {
 // The lines of a band on their way into a picture of its own channels.
 class BandLines : public ResultLines {
  public:
-  BandLines(const orbel_picture& target, bool aroundGrey)
-      : target_(target), conversion_(conversionOf(target.samples)), aroundGrey_(aroundGrey) {}
+  BandLines(const orbel_picture& target, bool aroundGrey) : target_(target), aroundGrey_(aroundGrey) {}
 
   void write(int y, float* const* planes, float* const*) override {
-    for (int c = 0; c < target_.channels; ++c) {
-      for (int x = 0; aroundGrey_ && x < target_.width; ++x) planes[c][x] += 0.5F;
-      conversion_.kernels.fromFloats(planes[c], lineOf(target_, c, y), target_.column_step, target_.width,
-                                     conversion_.fromFloats);
+    const orbel_picture& target = target_.picture();
+    for (int c = 0; c < target.channels; ++c) {
+      for (int x = 0; aroundGrey_ && x < target.width; ++x) planes[c][x] += 0.5F;
+      target_.writeChannel(c, y, planes[c]);
     }
   }
 
  private:
-  orbel_picture target_;
-  Conversion conversion_;
+  PictureLines target_;
   bool aroundGrey_;
 };
 
