@@ -1,7 +1,6 @@
 #include "batch/batch.h"
 
 #include <poll.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,6 +14,7 @@
 #include <optional>
 #include <system_error>
 
+#include "files/child_process.h"
 #include "files/failure.h"
 #include "files/target_file.h"
 #include "pictures/exiftool.h"
@@ -74,8 +74,7 @@ Outcome workOn(const Job& job, const JobOptions& options, int connection) {
 
 [[noreturn]] void beWorker(const Job& job, const JobOptions& options, bool verbose, int connection, pid_t parent) {
   removeTemporaryOnSignals(exitInterrupted);
-  prctl(PR_SET_PDEATHSIG, SIGTERM);
-  if (getppid() != parent) _exit(exitInterrupted);
+  endWith(parent, exitInterrupted);
   const ImageLibrary library("orbel", verbose, options.threads);
   const bool told = sendLine(connection, jsonLine(toJson(workOn(job, options, connection))));
   _exit(told ? exitGood : exitInterrupted);
@@ -183,8 +182,7 @@ class Batch {
 
   void finish(const Worker& worker) {
     close(worker.connection);
-    int status = 0;
-    while (waitpid(worker.process, &status, 0) < 0 && errno == EINTR) continue;
+    const int status = endOf(worker.process);
     // Whoever read the picture from the standard output has had enough of it: as if this process had written it.
     const bool readerIsGone = WIFSIGNALED(status) && WTERMSIG(status) == SIGPIPE;
     if (readerIsGone && worker.job->output == pipeName) raise(SIGPIPE);
@@ -193,14 +191,14 @@ class Batch {
     if (worker.outcome) {
       outcome = *worker.outcome;
     } else {
-      outcome = outcomeOf(*worker.job, Outcome::Status::Failed, endOf(status, worker.job->input));
+      outcome = outcomeOf(*worker.job, Outcome::Status::Failed, whyWithoutResult(status, worker.job->input));
       if (worker.job->output != pipeName) removeLeftovers(worker.job->output, worker.process);
     }
     anyFailed_ = anyFailed_ || outcome.status == Outcome::Status::Failed;
     report_.tell(outcome);
   }
 
-  static Failure endOf(int status, const std::string& input) {
+  static Failure whyWithoutResult(int status, const std::string& input) {
     if (WIFSIGNALED(status)) {
       const std::string signal = strsignal(WTERMSIG(status));
       return {input, "the work was ended by a signal: " + signal, Cause::Crashed};

@@ -1,35 +1,37 @@
 #include "batch/equalize.h"
 
-#include <array>
 #include <new>
+#include <utility>
 
 #include "files/failure.h"
 #include "plugin/plugin_run.h"
 
 namespace orbel {
 
-void requireGood(const std::string& file, orbel_status status, const std::string& message) {
+EngineOptions::EngineOptions(std::string file, int threads) : file_(std::move(file)) {
+  orbel_options_init(&options_, sizeof options_);
+  options_.threads = threads;
+  options_.message = message_.data();
+  options_.message_capacity = message_.size();
+}
+
+void EngineOptions::require(orbel_status status) const {
   if (status == ORBEL_OK) return;
   if (status == ORBEL_NO_MEMORY) throw std::bad_alloc();
-  throw Failure(file, message,
+  throw Failure(file_, message_.data(),
                 status == ORBEL_BAD_SETTING || status == ORBEL_TOO_LARGE ? Cause::Settings : Cause::Other);
 }
 
 void equalizeByEngine(const std::string& file, const orbel_settings& run, int threads, const orbel_picture& source,
                       const orbel_picture& target, std::vector<float>& mask) {
-  orbel_options options;
-  orbel_options_init(&options, sizeof options);
-  options.threads = threads;
+  EngineOptions options(file, threads);
   orbel_picture weights;
   if (!mask.empty()) {
     orbel_picture_interleaved(&weights, sizeof weights, ORBEL_FLOAT32, source.width, source.height, 1, mask.data(),
                               static_cast<std::ptrdiff_t>(sizeof(float)) * source.width);
-    options.mask = &weights;
+    options.get()->mask = &weights;
   }
-  std::array<char, 256> message{};
-  options.message = message.data();
-  options.message_capacity = message.size();
-  requireGood(file, orbel_equalize(&run, &source, &target, &options), message.data());
+  options.require(orbel_equalize(&run, &source, &target, options.get()));
 }
 
 void equalizeByPlugin(const std::string& file, PluginEntry plugin, const orbel_settings& run, int depth,

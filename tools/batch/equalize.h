@@ -1,6 +1,7 @@
 // The two roads of a decoded picture through the equalizer: the engine's front door, and a module as a host plays it.
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,24 @@ void equalizeByEngine(const std::string& file, const orbel_settings& run, int th
 void equalizeByPlugin(const std::string& file, PluginEntry plugin, const orbel_settings& run, int depth,
                       const orbel_picture& source, const orbel_picture& target, const std::vector<float>& mask);
 
-// The message of an engine's call that failed, as a Failure about the file; std::bad_alloc for ORBEL_NO_MEMORY.
-void requireGood(const std::string& file, orbel_status status, const std::string& message);
+// Options of the engine's calls about one file, with room for what a call has to say.
+class EngineOptions {
+ public:
+  // threads: 0 for all processors.
+  explicit EngineOptions(std::string file, int threads = 0);
+  EngineOptions(const EngineOptions&) = delete;
+  EngineOptions& operator=(const EngineOptions&) = delete;
+
+  orbel_options* get() { return &options_; }
+
+  // What a call with these options came to: throws its message as a Failure about the file, and std::bad_alloc for
+  // ORBEL_NO_MEMORY.
+  void require(orbel_status status) const;
+
+ private:
+  std::string file_;
+  std::array<char, 256> message_{};
+  orbel_options options_{};
+};
 
 }  // namespace orbel

@@ -1,15 +1,14 @@
 #include "batch/estimate.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <iomanip>
 #include <sstream>
-#include <thread>
 
 #include "batch/equalize.h"
 #include "files/failure.h"
+#include "files/machine.h"
 
 namespace orbel {
 
@@ -28,9 +27,7 @@ constexpr double nanosecondsPerTap = 0.1;
 // The process itself, without exiftool.
 constexpr double secondsPerRun = 0.05;
 
-double processorsOf(int threads) {
-  return threads > 0 ? threads : static_cast<double>(std::max(1U, std::thread::hardware_concurrency()));
-}
+double processorsOf(int threads) { return threads > 0 ? threads : processorCount(); }
 
 double filteringSeconds(const orbel_plan& plan, int threads) {
   return 1e-9 * nanosecondsPerTap * plan.taps / processorsOf(threads);
@@ -46,35 +43,18 @@ double pixelsOf(const orbel_plan& plan) { return static_cast<double>(plan.levels
 
 }  // namespace
 
-orbel_picture shapeOf(const Picture& picture) {
-  orbel_picture shape{};
-  shape.size = sizeof shape;
-  shape.width = picture.width();
-  shape.height = picture.height();
-  shape.channels = picture.channels();
-  shape.samples = picture.samples() == SampleType::bytes   ? ORBEL_UINT8
-                  : picture.samples() == SampleType::words ? ORBEL_UINT16
-                                                           : ORBEL_FLOAT32;
-  return shape;
-}
-
 orbel_plan planFor(const std::string& file, const orbel_settings& run, const orbel_picture& shape, int threads) {
-  orbel_options options;
-  orbel_options_init(&options, sizeof options);
-  options.threads = threads;
-  std::array<char, 256> message{};
-  options.message = message.data();
-  options.message_capacity = message.size();
+  EngineOptions options(file, threads);
   orbel_plan plan;
   orbel_plan_init(&plan, sizeof plan);
-  const orbel_status status = orbel_plan_run(&run, &shape, &options, &plan);
+  const orbel_status status = orbel_plan_run(&run, &shape, options.get(), &plan);
   if (status == ORBEL_TOO_LARGE) {
     std::ostringstream reason;
     reason << radiusInBand(run, plan.refused_band) << " is too large for edge protection on this picture; at most "
            << plan.largest_radius;
     throw Failure(file, reason.str(), Cause::Settings);
   }
-  requireGood(file, status, message.data());
+  options.require(status);
   return plan;
 }
 

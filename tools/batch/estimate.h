@@ -5,12 +5,8 @@
 #include <string>
 
 #include "api/orbel.h"
-#include "pictures/picture.h"
 
 namespace orbel {
-
-// A picture's description without its samples, of which no more has to be known than the header.
-orbel_picture shapeOf(const Picture& picture);
 
 // The engine's plan for a picture of such a shape. Throws Failure about the file for what the engine would refuse: a
 // window of an edge-preserving filter that has no room, or a setting out of its range.

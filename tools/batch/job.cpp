@@ -98,7 +98,7 @@ class Road {
 
   void checkCost() {
     if (options_.plugin != nullptr) requireThatHostHolds(job_.input, outcome_.width, outcome_.height);
-    const orbel_plan plan = planFor(job_.input, run_, shapeOf(*opened_), options_.threads);
+    const orbel_plan plan = planFor(job_.input, run_, opened_->shape(), options_.threads);
     requireShortWork(job_.input, run_, plan, options_.threads, options_.mostMinutes);
     const RunShape shape = {opened_->channels(),
                             opened_->colours(),

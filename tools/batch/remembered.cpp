@@ -1,16 +1,14 @@
 #include "batch/remembered.h"
 
 #include <fcntl.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <exception>
 #include <system_error>
 
+#include "files/child_process.h"
 #include "files/write_all.h"
 #include "pictures/library.h"
 #include "settings/text_values.h"
@@ -30,8 +28,7 @@ std::optional<MadeWith> tellingOf(const std::string& result) {
 
 // A line for each of the results from the first on; an empty one for what tells nothing.
 [[noreturn]] void tellAll(const std::vector<std::string>& results, std::size_t first, int pipe, pid_t parent) {
-  prctl(PR_SET_PDEATHSIG, SIGTERM);
-  if (getppid() != parent) _exit(0);
+  endWith(parent, 0);
   try {
     const ImageLibrary library("orbel", false);
     for (std::size_t i = first; i < results.size(); ++i) {
@@ -66,7 +63,7 @@ std::string listen(const std::vector<std::string>& results, std::size_t first) {
   std::string told = process < 0 ? "" : allFrom(ends[0]);
   close(ends[0]);
   if (process < 0) throw std::system_error(errno, std::generic_category(), "no new process");
-  while (waitpid(process, nullptr, 0) < 0 && errno == EINTR) continue;
+  endOf(process);
   return told;
 }
 

@@ -7,7 +7,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -22,6 +21,7 @@
 #include "cli/settings_options.h"
 #include "cli/work_limits.h"
 #include "files/failure.h"
+#include "files/machine.h"
 #include "plugin/module.h"
 
 namespace orbel {
@@ -212,9 +212,8 @@ void requireWritable(const std::string& extension) {
 }
 
 void shareOutMachine(ApplyArguments& a) {
-  const unsigned processors = std::max(1U, std::thread::hardware_concurrency());
   a.batch.processes = a.jobs.value_or(1);
-  a.job.threads = static_cast<int>(a.threads.value_or(std::max(1U, processors / a.batch.processes)));
+  a.job.threads = static_cast<int>(a.threads.value_or(std::max(1U, processorCount() / a.batch.processes)));
   a.batch.memory = a.job.mostMemory = a.limits.mostMemory();
   a.job.mostMinutes = a.limits.mostMinutes;
 }

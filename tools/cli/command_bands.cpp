@@ -1,6 +1,5 @@
 // orbel bands: a picture taken apart, so that people see what each band's settings work on.
 
-#include <array>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -71,28 +70,21 @@ class BandFiles {
 // The picture taken apart once, and put together for each view.
 class Stack {
  public:
-  Stack(std::string file, const orbel_settings& run, const Picture& picture) : file_(std::move(file)) {
-    orbel_options_init(&options_, sizeof options_);
-    options_.message = message_.data();
-    options_.message_capacity = message_.size();
+  Stack(const std::string& file, const orbel_settings& run, const Picture& picture) : options_(file) {
     const orbel_picture source = picture.record();
-    require(orbel_stack_create(&run, &source, &options_, &stack_));
+    options_.require(orbel_stack_create(&run, &source, options_.get(), &stack_));
   }
   ~Stack() { orbel_stack_free(stack_); }
   Stack(const Stack&) = delete;
   Stack& operator=(const Stack&) = delete;
 
-  void weigh(const orbel_settings& run, const Picture& into) const {
+  void weigh(const orbel_settings& run, const Picture& into) {
     const orbel_picture target = into.record();
-    require(orbel_stack_weigh(stack_, &run, &target, &options_));
+    options_.require(orbel_stack_weigh(stack_, &run, &target, options_.get()));
   }
 
  private:
-  void require(orbel_status status) const { requireGood(file_, status, message_.data()); }
-
-  std::string file_;
-  std::array<char, 256> message_{};
-  orbel_options options_{};
+  EngineOptions options_;
   orbel_stack* stack_ = nullptr;
 };
 
@@ -107,14 +99,14 @@ void takeApart(const BandsArguments& arguments) {
     const Picture picture = uprightColours(loadPicture(input, arguments.page));
     const std::vector<BandView> views = bandViews(runFor(settings, picture.width(), picture.height()));
     const orbel_settings& run = views.front().run;
-    const orbel_plan plan = planFor(input, run, shapeOf(picture), 0);
+    const orbel_plan plan = planFor(input, run, picture.shape(), 0);
     requireShortWork(input, run, plan, 0, arguments.limits.mostMinutes);
     // The stack's copy, and the view beside the picture.
     const int bytes = 3 * bytesOf(picture.samples());
     const double memory = memoryOf(plan, {picture.channels(), picture.colours(), bytes, bytes, 0, false});
     requireMemory(input, memory, arguments.limits.mostMemory());
     BandFiles files(arguments, views, picture.samples() == SampleType::floats);
-    const Stack stack(input, run, picture);
+    Stack stack(input, run, picture);
     ContactSheet sheet;
     for (const BandView& view : views) {
       const Picture result = roomFor(picture, picture.samples());

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fstream>
 #include <string>
+#include <thread>
 
 namespace orbel {
 
@@ -29,5 +30,7 @@ double availableMemory() {
   }
   return bytes;
 }
+
+unsigned processorCount() { return std::max(1U, std::thread::hardware_concurrency()); }
 
 }  // namespace orbel

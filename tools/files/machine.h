@@ -7,4 +7,7 @@ namespace orbel {
 // processes that this one is held in. 0 where the system doesn't tell.
 double availableMemory();
 
+// At least 1.
+unsigned processorCount();
+
 }  // namespace orbel

@@ -1,6 +1,5 @@
 #include "pictures/exiftool.h"
 
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -9,6 +8,8 @@
 #include <cerrno>
 #include <csignal>
 #include <system_error>
+
+#include "files/child_process.h"
 
 namespace orbel {
 
@@ -25,8 +26,8 @@ constexpr int noSuchProgram = 127;  // as shells end with
   setpgid(0, 0);
   umask(S_IRWXG | S_IRWXO);  // its files are for the asker, who gives them their permissions
   // It would wait for ever for more requests of a process that was killed.
-  prctl(PR_SET_PDEATHSIG, SIGTERM);
-  if (getppid() == parent) execlp("exiftool", "exiftool", "-stay_open", "True", "-@", "-", nullptr);
+  endWith(parent, noSuchProgram);
+  execlp("exiftool", "exiftool", "-stay_open", "True", "-@", "-", nullptr);
   _exit(noSuchProgram);
 }
 
@@ -122,7 +123,7 @@ int Exiftool::end() {
   int status = 0;
   if (process_ > 0) {
     kill(-process_, SIGKILL);  // with all that it has started: it may be somebody's script around the true one
-    while (waitpid(process_, &status, 0) < 0 && errno == EINTR) continue;
+    status = endOf(process_);
   }
   process_ = -1;
   return status;

@@ -27,14 +27,20 @@ std::string Picture::loader() const {
   return operation.substr(0, operation.find("load"));
 }
 
-orbel_picture Picture::record() const {
+orbel_picture Picture::shape() const {
   const orbel_samples types[] = {ORBEL_UINT8, ORBEL_UINT16, ORBEL_FLOAT32};
-  // Whoever wants to write owns the memory; the library's pointers tell less than that.
-  void* const data = const_cast<void*>(impl_->image.data());
   const std::ptrdiff_t rowStep = std::ptrdiff_t{width()} * channels() * bytesOf(samples());
-  orbel_picture record;
-  orbel_picture_interleaved(&record, sizeof record, types[static_cast<int>(samples())], width(), height(), channels(),
-                            data, rowStep);
+  orbel_picture shape;
+  orbel_picture_interleaved(&shape, sizeof shape, types[static_cast<int>(samples())], width(), height(), channels(),
+                            nullptr, rowStep);
+  return shape;
+}
+
+orbel_picture Picture::record() const {
+  orbel_picture record = shape();
+  // Whoever wants to write owns the memory; the library's pointers tell less than that.
+  auto* const data = static_cast<unsigned char*>(const_cast<void*>(impl_->image.data()));
+  for (int i = 0; i < record.channels; ++i) record.base[i] = data + std::ptrdiff_t{i} * bytesOf(samples());
   return record;
 }
 

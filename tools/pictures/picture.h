@@ -33,6 +33,9 @@ class Picture {
   int orientation() const;     // as in EXIF: 1, which is upright, to 8
   std::string loader() const;  // of the image library: "jpeg"; empty where the picture came by none
 
+  // Without samples, of which no more has to be known than the header.
+  orbel_picture shape() const;
+
   // Where the samples of a decoded picture lie, interleaved; writable as long as there is the picture.
   orbel_picture record() const;
 

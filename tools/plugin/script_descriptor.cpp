@@ -21,6 +21,13 @@ namespace orbel {
 
 namespace {
 
+std::vector<ScriptValue> valuesOf(PIDescriptorHandle descriptor) {
+  const auto bytes = static_cast<std::size_t>(handleProcedures().getSizeProc(descriptor));
+  std::vector<ScriptValue> values(bytes / sizeof(ScriptValue));
+  if (!values.empty()) std::memcpy(values.data(), *descriptor, values.size() * sizeof(ScriptValue));
+  return values;
+}
+
 PIReadDescriptor openRead(PIDescriptorHandle descriptor, DescriptorKeyID* expectedKeys) {
   if (descriptor == nullptr) return nullptr;
   return std::make_unique<PIReadDescriptorToken>(PIReadDescriptorToken{valuesOf(descriptor), expectedKeys, 0})
@@ -119,14 +126,6 @@ PIDescriptorHandle makeDescriptor(const std::vector<ScriptValue>& values) {
   Handle handle = handleProcedures().newProc(static_cast<std::int32_t>(bytes));
   if (handle != nullptr && bytes != 0) std::memcpy(*handle, values.data(), bytes);
   return handle;
-}
-
-std::vector<ScriptValue> valuesOf(PIDescriptorHandle descriptor) {
-  if (descriptor == nullptr) return {};
-  const auto bytes = static_cast<std::size_t>(handleProcedures().getSizeProc(descriptor));
-  std::vector<ScriptValue> values(bytes / sizeof(ScriptValue));
-  if (!values.empty()) std::memcpy(values.data(), *descriptor, values.size() * sizeof(ScriptValue));
-  return values;
 }
 
 ReadDescriptorProcs& readProcedures() { return readTable; }

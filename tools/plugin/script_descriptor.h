@@ -21,9 +21,6 @@ std::vector<ScriptValue> scriptOf(const orbel_settings& settings);
 // A descriptor in a handle of handleProcedures(); null when there is no memory.
 PIDescriptorHandle makeDescriptor(const std::vector<ScriptValue>& values);
 
-// The values of a descriptor, in its order; none for a null one.
-std::vector<ScriptValue> valuesOf(PIDescriptorHandle descriptor);
-
 // The procedure tables to hand to the plug-in. They know the three types above; every other call reports paramErr.
 ReadDescriptorProcs& readProcedures();
 WriteDescriptorProcs& writeProcedures();
