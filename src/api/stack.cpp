@@ -18,7 +18,8 @@ struct Copy {
   orbel_picture picture{};
 
   explicit Copy(const orbel_picture& source) {
-    const auto pixel = static_cast<std::uint64_t>(bytesOf(source.samples) * source.channels);
+    const auto pixel =
+        static_cast<std::uint64_t>(bytesOf(source.samples)) * static_cast<std::uint64_t>(source.channels);
     const std::uint64_t row = pixel * static_cast<std::uint64_t>(source.width);
     const std::uint64_t all = row * static_cast<std::uint64_t>(source.height);
     if (all > PTRDIFF_MAX) throw NO_MEMORY_ERROR();  // samples may lie on each other, and here they don't
