@@ -76,7 +76,7 @@ void weighAnew(benchmark::State& state) {
   const orbel_options options = withThreads(state.range(2));
   orbel_stack* stack = nullptr;
   require(state, orbel_stack_create(&settings, &source.picture, &options, &stack));
-  for (auto _ : state) require(state, orbel_stack_weigh(stack, &settings, &source.picture, &options));
+  for (auto _ : state) require(state, orbel_stack_weigh(stack, &settings, &source.picture, &source.picture, &options));
   orbel_stack_free(stack);
 }
 

@@ -81,7 +81,9 @@ typedef struct orbel_settings {
   int32_t half;           /* 1: add middle grey at the end, to see detail alone around it; default 0 */
   int32_t luminance;      /* 1: work on luminance and keep the colours; 0: on each colour by itself; default 1 */
   int32_t overlay;        /* a cross of two diagonals and a stripe, so many pixels wide; 0: none; default 0 */
-  int32_t reference_edge; /* 0: radii are in pixels of the picture; nothing else is served; default 0 */
+  int32_t reference_edge; /* the longer side, in pixels, of the picture that the radii are meant for: the look is then
+                             the same at every size; 0: radii are in pixels of the picture, whatever its size;
+                             default 0 */
 } orbel_settings;
 
 /* Fills the record with the defaults. size: sizeof(orbel_settings). Returns ORBEL_BAD_ARGUMENT for null and for a size
@@ -91,11 +93,10 @@ ORBEL_API orbel_status orbel_settings_init(orbel_settings* settings, size_t size
 /* ORBEL_OK, or ORBEL_BAD_SETTING with a message in English that names the member and what is allowed, cut off to
  * capacity bytes with its terminating zero; message may be null. Every call that takes settings checks them itself.
  *   gain, residual    -1000 to 1000
- *   radius, overlay   0 to 32767
+ *   radius, overlay, reference_edge  0 to 32767
  *   threshold         0 to 255; 0: no low-pass where edges is 1
  *   edges, half, luminance  0 or 1
- *   mix               0 to 100
- *   reference_edge    0 */
+ *   mix               0 to 100 */
 ORBEL_API orbel_status orbel_settings_check(const orbel_settings* settings, char* message, size_t capacity);
 
 /* The 24 keys by which scripts for Photoshop know the settings: "CON1" to "CON5" (gain, finest band first), "RAD1" to
@@ -190,6 +191,13 @@ ORBEL_API orbel_status orbel_options_init(orbel_options* options, size_t size);
  * type's range, floats aren't. Alpha is carried over, scaled to the target's type where that is another, and has no
  * part in the work.
  *
+ * With a reference edge the picture is worked on at that size: its planes are reduced by area means (enlarged by
+ * Lanczos, where they are smaller), equalized there, and what changes, but for the finest band, comes back by bilinear
+ * interpolation (by area means): result = picture + (g - 1) * plane + change, g being the finest band's gain and change
+ * = equalized - g * reduced. So the look is the same for a picture of any size, and the work hardly depends on it. A
+ * picture isn't reduced below a shorter side of 64 samples; the radii take the rest. Where its longer side is the
+ * reference edge, the result is that of a run without one.
+ *
  * Samples of 8 bits, and of 16 with white at 32768, become floats and come back as the plug-in converts its host's, so
  * that results are the plug-in's; 16 bits with white at 65535 go by double precision, so that every level comes back.
  *
@@ -203,7 +211,7 @@ ORBEL_API orbel_status orbel_equalize(const orbel_settings* settings, const orbe
 typedef enum orbel_low_pass { ORBEL_NONE = 0, ORBEL_GAUSSIAN = 1, ORBEL_BILATERAL = 2 } orbel_low_pass;
 
 typedef struct orbel_level {
-  int32_t width; /* of the level whose detail the band is */
+  int32_t width; /* of the level whose detail the band is; the first one has the size that is worked on */
   int32_t height;
   int32_t low_pass; /* an orbel_low_pass */
   int32_t window;   /* half-width of the bilateral filter's square; 0 for others */
@@ -216,7 +224,8 @@ typedef struct orbel_plan {
   double taps;  /* of all levels and planes: a measure of the time a run takes, by and large 0.15 to 0.4 ns each */
   double bytes; /* that a run asks for at most beside the pictures and the mask; the system's allocator may hold
                    somewhat more */
-  double stack_bytes;    /* that a stack keeps, with its copy of the picture */
+  double stack_bytes;    /* that a stack keeps */
+  double look_bytes;     /* that a look keeps at most beside it, and what renders with it */
   int32_t refused_band;  /* the band that ORBEL_TOO_LARGE is about, 0 for the finest; ORBEL_BANDS where it is none */
   int32_t reserved;      /* 0 */
   double largest_radius; /* that this band has room for */
@@ -232,26 +241,56 @@ ORBEL_API orbel_status orbel_plan_run(const orbel_settings* settings, const orbe
 
 /* ---- Taken apart once, weighed often ----------------------------------------------------------------------------- */
 
-/* A picture taken apart. Weighing it anew costs about a tenth of a whole run; a picture of at most 32 samples in width
- * or height is taken apart again. */
+/* A picture taken apart: with a reference edge a few planes of that size, whatever the picture's; without one a third
+ * of the picture's own planes. It has none of the picture's samples, which are handed over again for each result. A
+ * picture of at most 32 samples in width or height at the size that is worked on is taken apart again for each look. */
 typedef struct orbel_stack orbel_stack;
 
-/* Takes source apart, with the settings' radii, thresholds, edges and luminance, and keeps a copy of it. *stack is null
- * with every status but ORBEL_OK. The mask has no part in it. Otherwise as orbel_equalize. */
+/* Takes source apart, with the settings' radii, thresholds, edges, luminance and reference edge. *stack is null with
+ * every status but ORBEL_OK. The mask has no part in it. Otherwise as orbel_equalize. */
 ORBEL_API orbel_status orbel_stack_create(const orbel_settings* settings, const orbel_picture* source,
                                           const orbel_options* options, orbel_stack** stack);
 
-/* Puts the picture together into target, with the settings' gains, residual, half, overlay and mix: the same samples as
- * orbel_equalize gives for them. ORBEL_BAD_SETTING where radii, thresholds, edges or luminance aren't those that the
- * stack was made with. */
-ORBEL_API orbel_status orbel_stack_weigh(const orbel_stack* stack, const orbel_settings* settings,
-                                         const orbel_picture* target, const orbel_options* options);
+/* The same for a picture that comes line by line and is never in memory as a whole: begins a stack for one of this
+ * shape, whose base addresses and steps aren't looked at, and takes its next lines, from the top downwards, any number
+ * at a time: a picture of the same width, channels and samples, and of so many lines. With the last one it is taken
+ * apart, and the stack is like any other, bit for bit. Wants a reference edge (ORBEL_BAD_SETTING). Not for several
+ * threads at once on one stack. After a status but ORBEL_OK the stack takes no more lines and is good for
+ * orbel_stack_free alone, but ORBEL_BAD_ARGUMENT and ORBEL_BAD_PICTURE leave it as it was. */
+ORBEL_API orbel_status orbel_stack_begin(const orbel_settings* settings, const orbel_picture* shape,
+                                         const orbel_options* options, orbel_stack** stack);
+ORBEL_API orbel_status orbel_stack_add(orbel_stack* stack, const orbel_picture* lines, const orbel_options* options);
 
-/* Band 0 to 4 of the stack, or the residual (ORBEL_BANDS), at a gain of 100: of luminance as one channel, else as one
- * channel a colour, without alpha. Of the options threads and message count. A band lies around 0, and in a target of
- * integers around middle grey. All bands and the residual add up to the picture, or its luminance, up to rounding. */
-ORBEL_API orbel_status orbel_stack_band(const orbel_stack* stack, int32_t band, const orbel_picture* target,
-                                        const orbel_options* options);
+/* A stack weighed: ready to put any part of the picture together. */
+typedef struct orbel_look orbel_look;
+
+/* Weighs a stack with the settings' gains and residual, for results with their half, overlay and mix. ORBEL_BAD_SETTING
+ * where radii, thresholds, edges, luminance or reference edge aren't those that the stack was made with. The stack
+ * outlives the look. With a reference edge the cost doesn't depend on the picture's size. */
+ORBEL_API orbel_status orbel_look_create(const orbel_stack* stack, const orbel_settings* settings,
+                                         const orbel_options* options, orbel_look** look);
+
+/* Puts a part of the picture together, whose first sample is in this column and row of the whole: source is that part
+ * of the picture that the stack was made of, target gets the same part of what orbel_equalize gives, sample for sample.
+ * The mask is the part's, too. Otherwise as orbel_equalize. */
+ORBEL_API orbel_status orbel_look_render(const orbel_look* look, int32_t column, int32_t row,
+                                         const orbel_picture* source, const orbel_picture* target,
+                                         const orbel_options* options);
+
+/* Null is fine. */
+ORBEL_API void orbel_look_free(orbel_look* look);
+
+/* Both at once, for the whole picture. */
+ORBEL_API orbel_status orbel_stack_weigh(const orbel_stack* stack, const orbel_settings* settings,
+                                         const orbel_picture* source, const orbel_picture* target,
+                                         const orbel_options* options);
+
+/* Band 0 to 4 of the stack, or the residual (ORBEL_BANDS), at a gain of 100, of the whole picture: of luminance as one
+ * channel, else as one channel a colour, without alpha. Of the options threads and message count. A band lies around 0,
+ * and in a target of integers around middle grey. All bands and the residual add up to the picture, or its luminance,
+ * up to rounding; with a reference edge the finest band has all detail that is finer than the reference size. */
+ORBEL_API orbel_status orbel_stack_band(const orbel_stack* stack, int32_t band, const orbel_picture* source,
+                                        const orbel_picture* target, const orbel_options* options);
 
 /* Null is fine. */
 ORBEL_API void orbel_stack_free(orbel_stack* stack);

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "api/orbel.h"
-#include "equalizer/band_stack.h"
+#include "equalizer/look.h"
 #include "image/sample_kernels.h"
 
 // How samples of a picture become floats and come back.

@@ -10,19 +10,20 @@ bool sameSamples(const orbel_picture& a, const orbel_picture& b, int channel) {
 
 }  // namespace
 
-PictureResult::PictureResult(const orbel_settings& settings, const PictureLines& source, const orbel_picture& target,
-                             const orbel_picture* mask)
-    : source_(source),
+PictureResult::PictureResult(const KivRect& part, const CrossOverlay* overlay, double mix, const PictureLines& source,
+                             const orbel_picture& target, const orbel_picture* mask)
+    : part_(part),
+      overlay_(overlay),
+      source_(source),
       target_(target),
-      mix_(static_cast<float>(settings.mix / 100)),
-      isBlended_(settings.mix != 100 || mask != nullptr) {
-  if (settings.overlay > 0) overlay_.emplace(IppiSize{target.width, target.height}, settings.overlay);
+      mix_(static_cast<float>(mix / 100)),
+      isBlended_(mix != 100 || mask != nullptr) {
   if (mask != nullptr) mask_.emplace(*mask);
 }
 
 void PictureResult::write(int y, float* const* colours, float* const* scratch) {
   const int count = coloursOf(target_.picture());
-  for (int c = 0; overlay_ && c < count; ++c) overlay_->draw(y, colours[c]);
+  for (int c = 0; overlay_ != nullptr && c < count; ++c) overlay_->draw(part_.y + y, part_.x, part_.width, colours[c]);
   if (isBlended_) blend(y, colours, scratch);
   carryAlpha(y, scratch[0]);
   for (int c = 0; c < count; ++c) target_.writeChannel(c, y, colours[c]);
@@ -31,7 +32,7 @@ void PictureResult::write(int y, float* const* colours, float* const* scratch) {
 // original * (1 - weight) + result * weight; at weights of 0 and 1 exactly the one or the other.
 void PictureResult::blend(int y, float* const* colours, float* const* scratch) const {
   const int width = target_.picture().width;
-  float* const weights = scratch[BandStack::mostColours];
+  float* const weights = scratch[mostColours];
   if (mask_) {
     mask_->readChannel(0, y, weights);
     // A float mask may hold anything; what is no number counts as black.

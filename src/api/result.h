@@ -8,22 +8,22 @@
 
 class PictureResult : public ResultLines {
  public:
-  // All outlive the object; mask may be null.
-  PictureResult(const orbel_settings& settings, const PictureLines& source, const orbel_picture& target,
-                const orbel_picture* mask);
+  // The pictures are a part of a whole, of which the overlay is. mix in percent. overlay and mask may be null; they and
+  // the source outlive the object.
+  PictureResult(const KivRect& part, const CrossOverlay* overlay, double mix, const PictureLines& source,
+                const orbel_picture& target, const orbel_picture* mask);
 
-  // Of scratch: the original's colours and the weights.
-  static constexpr int rows = BandStack::mostScratchRows;
-  int scratchRows() const override { return rows; }
+  // Scratch gets the original's colours and the weights.
   void write(int y, float* const* colours, float* const* scratch) override;
 
  private:
   void blend(int y, float* const* colours, float* const* scratch) const;
   void carryAlpha(int y, float* scratch) const;
 
+  KivRect part_;
+  const CrossOverlay* overlay_;
   const PictureLines& source_;
   PictureLines target_;
-  std::optional<CrossOverlay> overlay_;
   std::optional<PictureLines> mask_;
   float mix_;
   bool isBlended_;

@@ -2,16 +2,19 @@
 
 #include "api/run.h"
 
+#include <algorithm>
 #include <string>
 
 #include "api/door.h"
-#include "api/picture.h"
-#include "api/result.h"
+#include "api/look.h"
 #include "api/settings.h"
+#include "equalizer/reference_stack.h"
+#include "equalizer/working_size.h"
 
 namespace {
 
-void fill(const Plan& plan, const BandStack::Bytes& bytes, double taps, orbel_plan& to) {
+void fill(const Task& task, orbel_plan& to) {
+  const Plan& plan = task.plan;
   for (std::size_t i = 0; i < plan.levels.size(); ++i) {
     const Level& level = plan.levels[i];
     const bool bilateral = level.lowPass == LowPass::bilateral;
@@ -20,21 +23,57 @@ void fill(const Plan& plan, const BandStack::Bytes& bytes, double taps, orbel_pl
     to.levels[i] = {level.size.width, level.size.height, lowPass, bilateral && hasRoom ? level.window() : 0,
                     level.taps()};
   }
-  to.taps = taps;
-  to.bytes = bytes.run;
-  to.stack_bytes = bytes.stack;
+  to.taps = plan.taps(task.planes.count());
   to.refused_band = plan.refused;
-  to.largest_radius = plan.largestRadius;
+  to.largest_radius = plan.largestRadius / task.radii;
+  to.bytes = to.stack_bytes = to.look_bytes = 0;
+  if (!plan.isAdmitted()) return;
+  const StackBytes bytes = task.bytes(threadsHere());
+  const double lines = static_cast<double>(threadsHere()) * static_cast<double>(lineBytes(task.picture.width));
+  to.bytes = std::max(bytes.making, bytes.kept + bytes.weighing + lines);
+  to.stack_bytes = bytes.kept;
+  to.look_bytes = bytes.weighing + lines;
 }
 
-void requireAdmitted(const Plan& plan, const orbel_settings& settings) {
-  if (plan.isAdmitted()) return;
-  throw Refusal{ORBEL_TOO_LARGE,
-                "bands[" + std::to_string(plan.refused) + "].radius is " + textOf(settings.bands[plan.refused].radius) +
-                    ", too large for edge protection on this picture; at most " + textOf(plan.largestRadius)};
+WorkingSize workingSizeOf(const orbel_settings& settings, const orbel_picture& shape) {
+  return workingSize({shape.width, shape.height}, settings.reference_edge);
 }
 
 }  // namespace
+
+Task::Task(const orbel_settings& settings, const orbel_picture& shape)
+    : picture{shape.width, shape.height},
+      planes{coloursOf(shape), settings.luminance != 0},
+      referenceEdge(settings.reference_edge),
+      parameters(parametersOf(settings)),
+      radii(workingSizeOf(settings, shape).radii) {
+  for (float& radius : parameters.radii) radius = static_cast<float>(radius * radii);
+  plan = parameters.planFor(workingSizeOf(settings, shape).size);
+}
+
+double Task::takingApart() const { return plan.taps(planes.count()) + (referenceEdge != 0 ? linesWork(picture) : 0); }
+
+StackBytes Task::bytes(int threads) const {
+  return referenceEdge == 0 ? FullStack::bytesOf(plan, planes, threads)
+                            : ReferenceStack::bytesOf(picture, plan, planes, threads);
+}
+
+void requireAdmitted(const Task& task, const orbel_settings& settings) {
+  const Plan& plan = task.plan;
+  if (plan.isAdmitted()) return;
+  throw Refusal{ORBEL_TOO_LARGE, "bands[" + std::to_string(plan.refused) + "].radius is " +
+                                     textOf(settings.bands[plan.refused].radius) +
+                                     ", too large for edge protection on this picture; at most " +
+                                     textOf(plan.largestRadius / task.radii)};
+}
+
+std::unique_ptr<BandStack> takeApart(const Task& task, const PictureLines& picture, Progress* progress) {
+  const PlaneLines lines(picture, task.planes, task.picture.width);
+  if (task.referenceEdge == 0) return std::make_unique<FullStack>(task.plan, lines, progress);
+  auto stack = std::make_unique<ReferenceStack>(task.picture, task.plan, task.planes);
+  stack->add(lines, task.picture.height, progress);
+  return stack;
+}
 
 std::optional<orbel_picture> maskFor(const orbel_options& options, const orbel_picture& picture) {
   if (options.mask == nullptr) return std::nullopt;
@@ -51,12 +90,6 @@ std::optional<Progress> progressFor(const orbel_options& options, double work) {
                                  [&options](double done) { return options.progress(options.context, done) == 0; });
 }
 
-Plan requirePlan(const ScaledParameters& parameters, const orbel_settings& settings, const orbel_picture& picture) {
-  const Plan plan = parameters.planFor({picture.width, picture.height});
-  requireAdmitted(plan, settings);
-  return plan;
-}
-
 orbel_status orbel_equalize(const orbel_settings* settings, const orbel_picture* source, const orbel_picture* target,
                             const orbel_options* options) {
   return guarded(options, [&](const orbel_options& o) {
@@ -65,15 +98,14 @@ orbel_status orbel_equalize(const orbel_settings* settings, const orbel_picture*
     const orbel_picture to = requirePicture(target, "target");
     requireAlike(from, to);
     const std::optional<orbel_picture> mask = maskFor(o, from);
-    const ScaledParameters parameters = parametersOf(s);
-    const Plan plan = requirePlan(parameters, s, from);
-
+    const Task task(s, from);
+    requireAdmitted(task, s);
     const PictureLines lines(from);
-    const int planes = s.luminance != 0 ? 1 : coloursOf(from);
-    std::optional<Progress> progress = progressFor(o, BandStack::work(plan, planes));
-    const BandStack stack(plan, coloursOf(from), s.luminance != 0, lines, progress ? &*progress : nullptr);
-    PictureResult result(s, lines, to, mask ? &*mask : nullptr);
-    stack.weigh(parameters.gains, parameters.baseGain, s.half != 0, lines, result, progress ? &*progress : nullptr);
+    std::optional<Progress> progress = progressFor(o, task.takingApart() + task.puttingTogether());
+    Progress* const told = progress ? &*progress : nullptr;
+    const std::unique_ptr<BandStack> stack = takeApart(task, lines, told);
+    const WeighedPicture weighed(task, *stack, s, told);
+    weighed.render({0, 0, from.width, from.height}, lines, to, mask ? &*mask : nullptr, told);
   });
 }
 
@@ -88,15 +120,9 @@ orbel_status orbel_plan_run(const orbel_settings* settings, const orbel_picture*
   return guarded(options, [&](const orbel_options&) {
     requireRecord(plan, "plan");
     const orbel_settings s = requireSettings(settings);
-    const orbel_picture picture = requireShape(source, "source");
-    const Plan levels = parametersOf(s).planFor({picture.width, picture.height});
-    const int colours = coloursOf(picture);
-    BandStack::Bytes bytes{};
-    if (levels.isAdmitted())
-      bytes = BandStack::bytesOf(levels, colours, s.luminance != 0, PictureResult::rows, threadsHere());
-    bytes.stack += static_cast<double>(bytesOf(picture.samples)) * picture.channels * picture.width * picture.height;
-    fill(levels, bytes, levels.taps(s.luminance != 0 ? 1 : colours), *plan);
-    requireAdmitted(levels, s);
+    const Task task(s, requireShape(source, "source"));
+    fill(task, *plan);
+    requireAdmitted(task, s);
   });
 }
 

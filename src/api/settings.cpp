@@ -115,7 +115,7 @@ orbel_settings requireSettings(const orbel_settings* settings) {
     require(s.bands[i].reserved, {"reserved", 0, 0}, "bands[" + std::to_string(i) + "].reserved");
   }
   require(s.mix, {"mix", 0, 100}, "mix");
-  if (s.reference_edge != 0) throw Refusal{ORBEL_BAD_SETTING, "reference_edge is not served yet; allowed is 0"};
+  require(s.reference_edge, {"reference_edge", 0, longestSide}, "reference_edge");
   return s;
 }
 
@@ -136,7 +136,8 @@ bool takeApartAlike(const orbel_settings& a, const orbel_settings& b) {
   const auto alike = [](const orbel_band& x, const orbel_band& y) {
     return x.radius == y.radius && x.threshold == y.threshold && x.edges == y.edges;
   };
-  return a.luminance == b.luminance && std::equal(std::begin(a.bands), std::end(a.bands), std::begin(b.bands), alike);
+  return a.luminance == b.luminance && a.reference_edge == b.reference_edge &&
+         std::equal(std::begin(a.bands), std::end(a.bands), std::begin(b.bands), alike);
 }
 
 orbel_status orbel_settings_init(orbel_settings* settings, size_t size) {

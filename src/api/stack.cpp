@@ -1,51 +1,11 @@
 // A picture taken apart once and weighed often.
 
-#include <cstdint>
-#include <utility>
-#include <vector>
+#include "api/stack.h"
 
 #include "api/door.h"
-#include "api/picture.h"
-#include "api/result.h"
-#include "api/run.h"
+#include "api/look.h"
 #include "api/settings.h"
-
-namespace {
-
-// The picture's channels beside each other, in the type that they have.
-struct Copy {
-  std::vector<unsigned char> samples;
-  orbel_picture picture{};
-
-  explicit Copy(const orbel_picture& source) {
-    const auto pixel =
-        static_cast<std::uint64_t>(bytesOf(source.samples)) * static_cast<std::uint64_t>(source.channels);
-    const std::uint64_t row = pixel * static_cast<std::uint64_t>(source.width);
-    const std::uint64_t all = row * static_cast<std::uint64_t>(source.height);
-    if (all > PTRDIFF_MAX) throw NO_MEMORY_ERROR();  // samples may lie on each other, and here they don't
-    samples.resize(static_cast<std::size_t>(all));
-    orbel_picture_interleaved(&picture, sizeof picture, static_cast<orbel_samples>(source.samples), source.width,
-                              source.height, source.channels, samples.data(), static_cast<std::ptrdiff_t>(row));
-    eachIndex(source.height, [&](int y) {
-      for (int c = 0; c < source.channels; ++c) copyLine(source, picture, c, y);
-    });
-  }
-};
-
-}  // namespace
-
-struct orbel_stack {
-  orbel_settings settings;
-  Copy source;
-  PictureLines lines;
-  BandStack bands;
-
-  orbel_stack(const orbel_settings& madeWith, Copy&& copy, const Plan& plan, Progress* progress)
-      : settings(madeWith),
-        source(std::move(copy)),
-        lines(source.picture),
-        bands(plan, coloursOf(source.picture), settings.luminance != 0, lines, progress) {}
-};
+#include "equalizer/reference_stack.h"
 
 namespace {
 
@@ -67,12 +27,44 @@ class BandLines : public ResultLines {
   bool aroundGrey_;
 };
 
-const orbel_stack& requireStack(const orbel_stack* stack) {
-  if (stack == nullptr) throw Refusal{ORBEL_BAD_ARGUMENT, "stack is null"};
-  return *stack;
+std::unique_ptr<orbel_stack> newStack(const orbel_settings& settings, const orbel_picture& shape) {
+  auto stack = std::make_unique<orbel_stack>(settings, shape);
+  requireAdmitted(stack->task, settings);
+  return stack;
+}
+
+// The whole picture of a stack, for what goes over all of it.
+orbel_picture requireWhole(const orbel_stack& stack, const orbel_picture* source) {
+  const orbel_picture from = requirePicture(source, "source");
+  if (from.width != stack.shape.width || from.height != stack.shape.height) {
+    throw Refusal{ORBEL_BAD_PICTURE, "source: it is not of the stack's size"};
+  }
+  requireStacksChannels(stack, from);
+  return from;
 }
 
 }  // namespace
+
+const orbel_stack& requireStack(const orbel_stack* stack) {
+  if (stack == nullptr) throw Refusal{ORBEL_BAD_ARGUMENT, "stack is null"};
+  if (stack->begun != nullptr) throw Refusal{ORBEL_BAD_ARGUMENT, "stack: lines of its picture have not been added"};
+  return *stack;
+}
+
+orbel_settings requireSettingsOf(const orbel_stack& stack, const orbel_settings* settings) {
+  const orbel_settings s = requireSettings(settings);
+  if (!takeApartAlike(s, stack.settings)) {
+    throw Refusal{ORBEL_BAD_SETTING,
+                  "radius, threshold, edges, luminance and reference_edge must be those of the stack"};
+  }
+  return s;
+}
+
+void requireStacksChannels(const orbel_stack& stack, const orbel_picture& picture) {
+  if (picture.channels != stack.shape.channels) {
+    throw Refusal{ORBEL_BAD_PICTURE, "source: it has not the channels of the stack's picture"};
+  }
+}
 
 orbel_status orbel_stack_create(const orbel_settings* settings, const orbel_picture* source,
                                 const orbel_options* options, orbel_stack** stack) {
@@ -81,45 +73,83 @@ orbel_status orbel_stack_create(const orbel_settings* settings, const orbel_pict
     if (stack == nullptr) throw Refusal{ORBEL_BAD_ARGUMENT, "stack is null"};
     const orbel_settings s = requireSettings(settings);
     const orbel_picture picture = requirePicture(source, "source");
-    const Plan plan = requirePlan(parametersOf(s), s, picture);
-    std::optional<Progress> progress = progressFor(o, plan.taps(s.luminance != 0 ? 1 : coloursOf(picture)));
-    *stack = new orbel_stack(s, Copy(picture), plan, progress ? &*progress : nullptr);
+    std::unique_ptr<orbel_stack> made = newStack(s, picture);
+    std::optional<Progress> progress = progressFor(o, made->task.takingApart());
+    made->bands = takeApart(made->task, PictureLines(picture), progress ? &*progress : nullptr);
+    *stack = made.release();
   });
 }
 
-orbel_status orbel_stack_weigh(const orbel_stack* stack, const orbel_settings* settings, const orbel_picture* target,
-                               const orbel_options* options) {
+orbel_status orbel_stack_begin(const orbel_settings* settings, const orbel_picture* shape, const orbel_options* options,
+                               orbel_stack** stack) {
+  if (stack != nullptr) *stack = nullptr;
+  return guarded(options, [&](const orbel_options&) {
+    if (stack == nullptr) throw Refusal{ORBEL_BAD_ARGUMENT, "stack is null"};
+    const orbel_settings s = requireSettings(settings);
+    const orbel_picture picture = requireShape(shape, "shape");
+    if (s.reference_edge == 0) {
+      throw Refusal{ORBEL_BAD_SETTING, "reference_edge is 0; line by line goes with a reference edge alone"};
+    }
+    std::unique_ptr<orbel_stack> made = newStack(s, picture);
+    auto bands = std::make_unique<ReferenceStack>(made->task.picture, made->task.plan, made->task.planes);
+    made->begun = bands.get();
+    made->bands = std::move(bands);
+    *stack = made.release();
+  });
+}
+
+orbel_status orbel_stack_add(orbel_stack* stack, const orbel_picture* lines, const orbel_options* options) {
+  return guarded(options, [&](const orbel_options& o) {
+    if (stack == nullptr || stack->begun == nullptr || stack->begun->isBroken()) {
+      throw Refusal{ORBEL_BAD_ARGUMENT, "stack: it takes no lines"};
+    }
+    const orbel_picture next = requirePicture(lines, "lines");
+    if (next.width != stack->shape.width || next.channels != stack->shape.channels ||
+        next.height > stack->shape.height - stack->begun->linesAdded()) {
+      throw Refusal{ORBEL_BAD_PICTURE, "lines: they aren't of the stack's picture"};
+    }
+    const bool areLast = next.height == stack->shape.height - stack->begun->linesAdded();
+    std::optional<Progress> progress = progressFor(
+        o, linesWork({next.width, next.height}) + (areLast ? stack->task.plan.taps(stack->task.planes.count()) : 0));
+    const PictureLines picture(next);
+    stack->begun->add(PlaneLines(picture, stack->task.planes, next.width), next.height,
+                      progress ? &*progress : nullptr);
+    if (areLast) stack->begun = nullptr;
+  });
+}
+
+orbel_status orbel_stack_weigh(const orbel_stack* stack, const orbel_settings* settings, const orbel_picture* source,
+                               const orbel_picture* target, const orbel_options* options) {
   return guarded(options, [&](const orbel_options& o) {
     const orbel_stack& taken = requireStack(stack);
-    const orbel_settings s = requireSettings(settings);
-    if (!takeApartAlike(s, taken.settings)) {
-      throw Refusal{ORBEL_BAD_SETTING, "radius, threshold, edges and luminance must be those of the stack"};
-    }
+    const orbel_settings s = requireSettingsOf(taken, settings);
+    const orbel_picture from = requireWhole(taken, source);
     const orbel_picture to = requirePicture(target, "target");
-    requireAlike(taken.source.picture, to);
-    const std::optional<orbel_picture> mask = maskFor(o, to);
-    const ScaledParameters parameters = parametersOf(s);
-    std::optional<Progress> progress = progressFor(o, taken.bands.weighingWork());
-    PictureResult result(s, taken.lines, to, mask ? &*mask : nullptr);
-    taken.bands.weigh(parameters.gains, parameters.baseGain, s.half != 0, taken.lines, result,
-                      progress ? &*progress : nullptr);
+    requireAlike(from, to);
+    const std::optional<orbel_picture> mask = maskFor(o, from);
+    std::optional<Progress> progress = progressFor(o, taken.bands->weighingWork() + taken.task.puttingTogether());
+    Progress* const told = progress ? &*progress : nullptr;
+    const WeighedPicture weighed(taken.task, *taken.bands, s, told);
+    weighed.render({0, 0, from.width, from.height}, PictureLines(from), to, mask ? &*mask : nullptr, told);
   });
 }
 
-orbel_status orbel_stack_band(const orbel_stack* stack, int32_t band, const orbel_picture* target,
-                              const orbel_options* options) {
+orbel_status orbel_stack_band(const orbel_stack* stack, int32_t band, const orbel_picture* source,
+                              const orbel_picture* target, const orbel_options* options) {
   return guarded(options, [&](const orbel_options&) {
     const orbel_stack& taken = requireStack(stack);
     if (band < 0 || band > ORBEL_BANDS) throw Refusal{ORBEL_BAD_ARGUMENT, "band is not 0 to 5"};
+    const orbel_picture from = requireWhole(taken, source);
     const orbel_picture to = requirePicture(target, "target");
-    const orbel_picture& source = taken.source.picture;
-    if (to.width != source.width || to.height != source.height || to.channels != taken.bands.planes()) {
+    if (to.width != from.width || to.height != from.height || to.channels != taken.task.planes.count()) {
       throw Refusal{ORBEL_BAD_PICTURE, "target: it must have the stack's size, and a channel for each plane"};
     }
     float gains[levelCount] = {};
     if (band < levelCount) gains[band] = 1.0F;
+    const std::unique_ptr<Look> look = taken.bands->weigh(gains, band == levelCount ? 1.0F : 0.0F, nullptr);
+    const PictureLines lines(from);
     BandLines result(to, band < levelCount && to.samples != ORBEL_FLOAT32);
-    taken.bands.sum(gains, band == levelCount ? 1.0F : 0.0F, taken.lines, result);
+    putPlanesTogether(*look, {0, 0, from.width, from.height}, PlaneLines(lines, taken.task.planes, from.width), result);
   });
 }
 

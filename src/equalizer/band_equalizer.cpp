@@ -49,7 +49,7 @@ void equalizeLuminanceByLines(KivImage& image, const ScaledParameters& scaled) {
              for (int i = 0; i < count; ++i) {
                const int y = first + i;
                luminanceOf(y, before);
-               finest.line(i, before, after, scratch);
+               finest.line(i, 0, width, before, after, scratch);
                addChangeLine(image.At(0, 0, y), image.At(1, 0, y), image.At(2, 0, y), before, after, 1.0F, width);
              }
            });

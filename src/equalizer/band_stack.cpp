@@ -3,175 +3,127 @@
 #include <algorithm>
 #include <cstring>
 
-#include "equalizer/equalizer_kernels.h"
-#include "equalizer/luminance.h"
+#include "equalizer/level_lines.h"
 #include "equalizer/progress.h"
 #include "equalizer/stepwise.h"
 #include "image/row_bands.h"
-#include "tone/colour_kernels.h"
 
 namespace {
 
-constexpr int rec601 = 2;  // selector of the luminance weights
+double planeBytes(IppiSize size) { return static_cast<double>(rowBytesFor(size.width)) * size.height; }
 
-constexpr double lineWork = 8;  // of putting a line together, for each sample, in taps
+// Planes of which all but the finest level is put together, which is made line by line.
+class FinestLook : public Look {
+ public:
+  FinestLook(const std::vector<Pyramid>& pyramids, const float* gains, float baseGain) {
+    weighed_.reserve(pyramids.size());
+    for (const Pyramid& pyramid : pyramids) weighed_.emplace_back(pyramid, gains, baseGain);
+  }
 
-// Addresses of lines in scratch.
-template <std::size_t count>
-std::array<float*, count> linesAt(float* first, int rowBytes) {
-  std::array<float*, count> lines{};
-  for (std::size_t i = 0; i < count; ++i) lines[i] = floatsAt(first, static_cast<std::int64_t>(i) * rowBytes);
-  return lines;
-}
+  int bandRows() const override { return LevelRebuild::bandRows; }
+  std::int64_t scratchBytes(int) const override {
+    return static_cast<std::int64_t>(weighed_.size()) * weighed_.front().finest().scratchBytes();
+  }
+  void prepare(const KivRect& part, void* scratch) const override {
+    for (std::size_t i = 0; i < weighed_.size(); ++i) {
+      weighed_[i].finest().prepare(part.y, part.height, floatsAt(scratch, offsetOf(i)));
+    }
+  }
+  void line(int plane, int i, const KivRect& part, const float* before, float* to, const void* scratch) const override {
+    const auto at = static_cast<std::size_t>(plane);
+    const auto* const own = static_cast<const unsigned char*>(scratch) + offsetOf(at);
+    weighed_[at].finest().line(i, part.x, part.width, before, to, own);
+  }
 
-constexpr int most = BandStack::mostColours;
+ private:
+  std::int64_t offsetOf(std::size_t plane) const {
+    return static_cast<std::int64_t>(plane) * weighed_.front().finest().scratchBytes();
+  }
 
-// The rows of scratch that a line takes: the colours, the luminance, and what became of each plane.
-constexpr int rowsOfLine = most + 1 + most;
-
-void luminanceLine(float* to, float* const* colours, int width) {
-  static const LuminanceWeights weights = luminanceWeights(rec601);
-  colourKernels().weightedSumLine(to, colours[0], colours[1], colours[2], width, weights.values);
-}
-
-// Grey stands for three equal colours.
-void readColours(int y, int width, int colours, float* const* to, const ColourLines& lines) {
-  lines.read(y, to);
-  const std::size_t bytes = static_cast<std::size_t>(width) * sizeof(float);
-  for (int i = colours; i < most; ++i) std::memcpy(to[i], to[0], bytes);
-}
+  std::vector<WeighedPyramid> weighed_;
+};
 
 }  // namespace
 
-BandStack::BandStack(const Plan& plan, int colours, bool luminance, const ColourLines& lines, Progress* progress)
-    : levels_(plan.levels), size_(plan.levels[0].size), colours_(colours), luminance_(luminance) {
-  const int width = size_.width;
-  const int rowBytes = rowBytesFor(width);
-  const auto readPlane = [&](int plane, int y, float* to, float* scratch) {
-    const auto all = linesAt<most>(scratch, rowBytes);
-    readColours(y, width, colours_, all.data(), lines);
-    if (luminance_) {
-      luminanceLine(to, all.data(), width);
-    } else {
-      std::memcpy(to, all[static_cast<std::size_t>(plane)], static_cast<std::size_t>(width) * sizeof(float));
-    }
-  };
-  if (!Pyramid::serves(size_)) small_.Init(size_, planes());
-  for (int plane = 0; plane < planes(); ++plane) {
-    const LineSource source{[&, plane](int y, float* to, float* scratch) { readPlane(plane, y, to, scratch); }, most};
-    LevelLines planeLines(size_, source);
-    if (Pyramid::serves(size_)) {
-      pyramids_.emplace_back(planeLines, plan.levels, progress);
-    } else {
-      KivImage view = small_.Plane(plane);
-      planeLines.readInto(view);
-    }
+PlaneStack::PlaneStack(KivImage&& planes, const Levels& levels, Progress* progress)
+    : planes_(std::move(planes)), levels_(levels) {
+  if (!Pyramid::serves(planes_.size)) return;
+  for (int i = 0; i < planes_.channels; ++i) {
+    const KivImage plane = planes_.Plane(i);
+    pyramids_.emplace_back(LevelLines(plane), levels, progress);
   }
 }
 
-double BandStack::work(const Plan& plan, int planes) {
-  const IppiSize size = plan.levels[0].size;
-  return plan.taps(planes) + lineWork * size.width * size.height;
+KivImage PlaneStack::weigh(const float* gains, float baseGain, Progress* progress) const {
+  KivImage weighed;
+  weighed = planes_;
+  for (int i = 0; i < weighed.channels; ++i) {
+    KivImage plane = weighed.Plane(i);
+    if (pyramids_.empty()) {
+      equalizeStepwise(plane, levels_, gains, baseGain, progress);
+    } else {
+      WeighedPyramid(pyramids_[static_cast<std::size_t>(i)], gains, baseGain).rebuildInto(plane);
+    }
+  }
+  return weighed;
 }
 
-double BandStack::weighingWork() const {
-  double taps = lineWork * size_.width * size_.height;
-  if (Pyramid::serves(size_)) return taps;
-  for (const Level& level : levels_) taps += planes() * level.taps();
+double PlaneStack::weighingWork() const {
+  double taps = 0;
+  for (const Level& level : levels_) taps += pyramids_.empty() ? planes_.channels * level.taps() : 0;
   return taps;
 }
 
-template <typename Line>
-void BandStack::eachLine(const float* gains, float baseGain, const ColourLines& lines, int scratchRows,
-                         Progress* progress, Line line) const {
-  const int width = size_.width;
-  const int rowBytes = rowBytesFor(width);
-  std::vector<WeighedPyramid> weighed;
-  weighed.reserve(pyramids_.size());
-  for (const Pyramid& pyramid : pyramids_) weighed.emplace_back(pyramid, gains, baseGain);
-  KivImage small;
-  if (weighed.empty()) {
-    small = small_;
-    for (int i = 0; i < planes(); ++i) {
-      KivImage plane = small.Plane(i);
-      equalizeStepwise(plane, levels_, gains, baseGain, progress);
-    }
-  }
-  const std::int64_t rebuildBytes = weighed.empty() ? 0 : weighed.front().finest().scratchBytes();
-  const std::int64_t lineBytes = std::int64_t{rowsOfLine + scratchRows} * rowBytes;
-  const auto count = static_cast<std::int64_t>(weighed.size());
-  if (progress != nullptr) progress->commit();
-  eachBand(size_.height, LevelRebuild::bandRows, count * rebuildBytes + lineBytes,
-           [&](int first, int rows, void* scratch) {
-             const auto rebuildScratch = [&](std::size_t i) {
-               return floatsAt(scratch, static_cast<std::int64_t>(i) * rebuildBytes);
-             };
-             float* const own = floatsAt(scratch, count * rebuildBytes);
-             const auto colours = linesAt<most>(own, rowBytes);
-             float* const luminance = floatsAt(own, std::int64_t{most} * rowBytes);
-             const auto after = linesAt<most>(floatsAt(luminance, rowBytes), rowBytes);
-             // No memory is asked for from here on: lines of the target have been written.
-             std::array<float*, mostScratchRows> rest{};
-             for (int i = 0; i < scratchRows; ++i) {
-               rest[static_cast<std::size_t>(i)] = floatsAt(own, std::int64_t{rowsOfLine + i} * rowBytes);
-             }
-             for (std::size_t i = 0; i < weighed.size(); ++i) {
-               weighed[i].finest().prepare(first, rows, rebuildScratch(i));
-             }
-             for (int i = 0; i < rows; ++i) {
-               const int y = first + i;
-               readColours(y, width, colours_, colours.data(), lines);
-               if (luminance_) luminanceLine(luminance, colours.data(), width);
-               for (std::size_t plane = 0; plane < static_cast<std::size_t>(planes()); ++plane) {
-                 const float* const before = luminance_ ? luminance : colours[plane];
-                 if (weighed.empty()) {
-                   std::memcpy(after[plane], small.At(static_cast<int>(plane), 0, y),
-                               static_cast<std::size_t>(width) * sizeof(float));
-                 } else {
-                   weighed[plane].finest().line(i, before, after[plane], rebuildScratch(plane));
-                 }
-               }
-               line(y, colours.data(), luminance, after.data(), rest.data());
-             }
-           });
-}
-
-void BandStack::weigh(const float* gains, float baseGain, bool half, const ColourLines& lines, ResultLines& result,
-                      Progress* progress) const {
-  const int width = size_.width;
-  const auto addChangeLine = equalizerKernels().addChangeLine;
-  eachLine(gains, baseGain, lines, result.scratchRows(), progress,
-           [&](int y, float* const* colours, const float* luminance, float* const* after, float* const* scratch) {
-             if (luminance_) addChangeLine(colours[0], colours[1], colours[2], luminance, after[0], 1.0F, width);
-             float* const* const changed = luminance_ ? colours : after;
-             for (int c = 0; half && c < colours_; ++c) {
-               for (int x = 0; x < width; ++x) changed[c][x] += 0.5F;
-             }
-             result.write(y, changed, scratch);
-             if (progress != nullptr) progress->add(lineWork * size_.width);
-           });
-}
-
-void BandStack::sum(const float* gains, float baseGain, const ColourLines& lines, ResultLines& result) const {
-  eachLine(gains, baseGain, lines, result.scratchRows(), nullptr,
-           [&](int y, float* const*, const float*, float* const* after, float* const* scratch) {
-             result.write(y, after, scratch);
-           });
-}
-
-BandStack::Bytes BandStack::bytesOf(const Plan& plan, int colours, bool luminance, int scratchRows, int threads) {
-  const int planes = luminance ? 1 : colours;
-  const IppiSize size = plan.levels[0].size;
-  const double rowBytes = rowBytesFor(size.width);
-  const double plane = rowBytes * size.height;
-  const double lines = threads * (rowsOfLine + scratchRows) * rowBytes;
+StackBytes PlaneStack::bytesOf(const Levels& levels, int planes, int threads) {
+  const IppiSize size = levels[0].size;
+  const double plane = planeBytes(size);
   if (!Pyramid::serves(size)) {
     // Beside the planes, their copy, and what the steps keep of one: three images and the bands.
     constexpr double imagesOfSteps = 3 + 1.34;
-    return {(2 * planes + imagesOfSteps) * plane + lines, planes * plane};
+    return {planes * plane, planes * plane, (planes + imagesOfSteps) * plane};
   }
-  const Pyramid::Bytes pyramid = Pyramid::bytesOf(plan.levels, most, threads);
-  const double apart = (planes - 1) * pyramid.kept + pyramid.making;
-  const double together = planes * (pyramid.kept + pyramid.weighing + threads * pyramid.scratch) + lines;
-  return {std::max(apart, together), planes * pyramid.kept};
+  const Pyramid::Bytes pyramid = Pyramid::bytesOf(levels, RowsOfLines{false, 0}, threads);
+  const double kept = planes * (plane + pyramid.kept);
+  return {planes * plane + (planes - 1) * pyramid.kept + pyramid.making, kept,
+          planes * plane + pyramid.weighing + threads * pyramid.scratch};
+}
+
+FullStack::FullStack(const Plan& plan, const PlaneLines& lines, Progress* progress) {
+  const IppiSize size = plan.levels[0].size;
+  const int count = lines.planes().count();
+  const int rowBytes = rowBytesFor(size.width);
+  KivImage small;
+  if (!Pyramid::serves(size)) small.Init(size, count);
+  for (int plane = 0; plane < count; ++plane) {
+    const auto readPlane = [&, plane](int y, float* to, float* scratch) {
+      float* colours[mostColours];
+      for (int c = 0; c < mostColours; ++c) colours[c] = floatsAt(scratch, std::int64_t{c} * rowBytes);
+      lines.read(y, colours, to);
+      if (!lines.planes().luminance) {
+        std::memcpy(to, colours[plane], static_cast<std::size_t>(size.width) * sizeof(float));
+      }
+    };
+    const LineSource source{readPlane, mostColours};
+    const LevelLines planeLines(size, source);
+    if (Pyramid::serves(size)) {
+      pyramids_.emplace_back(planeLines, plan.levels, progress);
+    } else {
+      KivImage view = small.Plane(plane);
+      planeLines.readInto(view);
+    }
+  }
+  if (pyramids_.empty()) small_.emplace(std::move(small), plan.levels, progress);
+}
+
+std::unique_ptr<Look> FullStack::weigh(const float* gains, float baseGain, Progress* progress) const {
+  if (small_) return std::make_unique<WholeLook>(small_->weigh(gains, baseGain, progress));
+  return std::make_unique<FinestLook>(pyramids_, gains, baseGain);
+}
+
+StackBytes FullStack::bytesOf(const Plan& plan, const Planes& planes, int threads) {
+  const int count = planes.count();
+  if (!Pyramid::serves(plan.levels[0].size)) return PlaneStack::bytesOf(plan.levels, count, threads);
+  const Pyramid::Bytes pyramid = Pyramid::bytesOf(plan.levels, RowsOfLines{true, mostColours}, threads);
+  return {(count - 1) * pyramid.kept + pyramid.making, count * pyramid.kept,
+          count * (pyramid.weighing + threads * pyramid.scratch)};
 }

@@ -7,10 +7,12 @@ namespace {
 
 constexpr double darkening = 0.8;
 
-// Darkens count samples from column first on, as far as the row reaches.
-void darken(float* row, int width, std::int64_t first, std::int64_t count) {
-  const std::int64_t end = std::min<std::int64_t>(first + count, width);
-  for (std::int64_t x = first; x < end; ++x) row[x] = static_cast<float>(row[x] * darkening);
+// Darkens columns first to first + count - 1, as far as they are among those that are there.
+void darken(float* columns, int left, int width, std::int64_t first, std::int64_t count) {
+  const std::int64_t end = std::min<std::int64_t>(first + count - left, width);
+  for (std::int64_t x = std::max<std::int64_t>(first - left, 0); x < end; ++x) {
+    columns[x] = static_cast<float>(columns[x] * darkening);
+  }
 }
 
 // The left edge of a falling diagonal stripe, row by row, until it reaches the image's right edge.
@@ -36,15 +38,15 @@ CrossOverlay::CrossOverlay(IppiSize size, int thickness)
       falling_(diagonalOf(size, thickness)),
       rising_(falling_.rbegin(), falling_.rend()) {}
 
-void CrossOverlay::draw(int y, float* row) const {
-  darken(row, width_, falling_[static_cast<std::size_t>(y)], thickness_);
-  darken(row, width_, rising_[static_cast<std::size_t>(y)], thickness_);
-  darken(row, width_, std::int64_t{width_ / 2} + 1, std::int64_t{thickness_} - 1);
+void CrossOverlay::draw(int y, int left, int width, float* columns) const {
+  darken(columns, left, width, falling_[static_cast<std::size_t>(y)], thickness_);
+  darken(columns, left, width, rising_[static_cast<std::size_t>(y)], thickness_);
+  darken(columns, left, width, std::int64_t{width_ / 2} + 1, std::int64_t{thickness_} - 1);
 }
 
 void drawCross(KivImage& image, int thickness) {
   const CrossOverlay cross(image.size, thickness);
   for (int y = 0; y < image.size.height; ++y) {
-    for (int plane = 0; plane < image.channels; ++plane) cross.draw(y, image.At(plane, 0, y));
+    for (int plane = 0; plane < image.channels; ++plane) cross.draw(y, 0, image.size.width, image.At(plane, 0, y));
   }
 }

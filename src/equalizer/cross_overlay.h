@@ -10,8 +10,8 @@ class CrossOverlay {
   // thickness in samples; 0 or less draws nothing.
   CrossOverlay(IppiSize size, int thickness);
 
-  // Row y of a plane. What falls outside the row is clipped.
-  void draw(int y, float* row) const;
+  // Columns left to left + width - 1 of row y of a plane. What falls outside them is clipped.
+  void draw(int y, int left, int width, float* columns) const;
 
  private:
   int width_;

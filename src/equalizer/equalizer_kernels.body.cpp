@@ -1,4 +1,4 @@
-// A level of the pyramid put together again; the change of the luminance laid over three planes.
+// A level of the pyramid put together again; the change of the luminance laid over three planes; lines in between.
 
 #include "equalizer/equalizer_kernels.h"
 
@@ -33,8 +33,32 @@ void addChangeLine(float* c0, float* c1, float* c2, const float* before, const f
   }
 }
 
+void weightLine(float* to, const float* from, float weight, int width) {
+  int x = 0;
+  for (; x <= width - LANES; x += LANES) store(to + x, load<Floats>(from + x) * weight);
+  for (; x < width; ++x) to[x] = from[x] * weight;
+}
+
+void addWeightedLine(float* to, const float* from, float weight, int width) {
+  int x = 0;
+  for (; x <= width - LANES; x += LANES) store(to + x, load<Floats>(to + x) + load<Floats>(from + x) * weight);
+  for (; x < width; ++x) to[x] += from[x] * weight;
+}
+
+void addBetweenLine(float* to, const float* before, float gain, const float* upper, const float* lower, float share,
+                    int width) {
+  int x = 0;
+  for (; x <= width - LANES; x += LANES) {
+    const Floats above = load<Floats>(upper + x);
+    const Floats between = above + (load<Floats>(lower + x) - above) * share;
+    store(to + x, load<Floats>(before + x) * gain + between);
+  }
+  for (; x < width; ++x) to[x] = before[x] * gain + (upper[x] + (lower[x] - upper[x]) * share);
+}
+
 }  // namespace
 
-extern const EqualizerKernels equalizerKernels = {weighBandLine, addChangeLine};
+extern const EqualizerKernels equalizerKernels = {weighBandLine, addChangeLine, weightLine, addWeightedLine,
+                                                  addBetweenLine};
 
 }  // namespace ROW

@@ -1,4 +1,5 @@
-// The hot lines of the pyramid and the luminance path, one body per processor row like the primitives.
+// The hot lines of the pyramid, the luminance path and the reference size, one body per processor row like the
+// primitives.
 #pragma once
 
 #include "primitives/rows.h"
@@ -11,6 +12,14 @@ struct EqualizerKernels {
   // d = (after - before) * strength is added to each of c0, c1, c2.
   void (*addChangeLine)(float* c0, float* c1, float* c2, const float* before, const float* after, float strength,
                         int width);
+
+  // to = from * weight, and to + from * weight.
+  void (*weightLine)(float* to, const float* from, float weight, int width);
+  void (*addWeightedLine)(float* to, const float* from, float weight, int width);
+
+  // to = before * gain + (upper + (lower - upper) * share). to may be before.
+  void (*addBetweenLine)(float* to, const float* before, float gain, const float* upper, const float* lower,
+                         float share, int width);
 };
 
 DECLARE_IN_EACH_ROW(extern const EqualizerKernels equalizerKernels)

@@ -98,7 +98,7 @@ std::unique_ptr<KivImage> putTogether(const Pyramid& pyramid, const float* gains
              [&](int first, int count, void* scratch) {
                rebuild.prepare(first, count, scratch);
                for (int y = 0; y < count; ++y)
-                 rebuild.line(y, level.At(0, 0, first + y), next->At(0, 0, first + y), scratch);
+                 rebuild.line(y, 0, level.size.width, level.At(0, 0, first + y), next->At(0, 0, first + y), scratch);
              });
     rebuilt = std::move(next);
   }
@@ -129,39 +129,38 @@ Pyramid::Pyramid(const LevelLines& finest, const Levels& levels, Progress* progr
   }
 }
 
-Pyramid::Bytes Pyramid::bytesOf(const Levels& levels, int scratchRows, int threads) {
+Pyramid::Bytes Pyramid::bytesOf(const Levels& levels, RowsOfLines finest, int threads) {
   Bytes bytes{};
   double lowpass = 0;
   for (std::size_t i = 0; i < levels.size(); ++i) {
     const Level& level = levels[i];
-    const ReductionByBands bands(level, i == 0 ? RowsOfLines{true, scratchRows} : RowsOfLines{false, 0});
+    const ReductionByBands bands(level, i == 0 ? finest : RowsOfLines{false, 0});
     bytes.kept += planeBytes(halved(level.size));
     double making = bytes.kept;
     if (bands.pays()) {
       making += static_cast<double>(threads) * static_cast<double>(bands.scratchBytes());
     } else {
       if (lowpass == 0 && level.lowPass != LowPass::none) lowpass = planeBytes(level.size);
-      making += (i == 0 ? planeBytes(level.size) : 0) + lowPassBytes(level, threads);
+      making += (i == 0 && finest.areMade ? planeBytes(level.size) : 0) + lowPassBytes(level, threads);
     }
     bytes.making = std::max(bytes.making, making + lowpass);
   }
   // R(1) and what it is made of.
   bytes.weighing = planeBytes(levels[1].size) + planeBytes(levels[2].size);
-  bytes.scratch =
-      static_cast<double>(LevelRebuild::scratchBytesFor(Resizer(levels[1].size, levels[0].size), levels[0].size.width));
+  bytes.scratch = static_cast<double>(
+      LevelRebuild::scratchBytesFor(Resizer(levels[1].size, levels[0].size), rowBytesFor(levels[0].size.width)));
   return bytes;
 }
 
 LevelRebuild::LevelRebuild(IppiSize size, const KivImage& reduced, const KivImage& rebuilt, float gain)
-    : width_(size.width),
-      reduced_(reduced),
+    : reduced_(reduced),
       rebuilt_(rebuilt),
       gain_(gain),
       expansion_(reduced.size, size),
       rowBytes_(rowBytesFor(size.width)) {}
 
-std::int64_t LevelRebuild::scratchBytesFor(const Resizer& expansion, int width) {
-  return std::int64_t{2 * bandRows} * rowBytesFor(width) + (expansion.scratchBytes() + 63) / 64 * 64;
+std::int64_t LevelRebuild::scratchBytesFor(const Resizer& expansion, int rowBytes) {
+  return std::int64_t{2 * bandRows} * rowBytes + (expansion.scratchBytes() + 63) / 64 * 64;
 }
 
 void LevelRebuild::prepare(int first, int count, void* scratch) const {
@@ -172,10 +171,10 @@ void LevelRebuild::prepare(int first, int count, void* scratch) const {
   expansion_.rows(rebuilt_.planes[0], rebuilt_.stride, 0, first, count, rebuilt, rowBytes_, forExpansion);
 }
 
-void LevelRebuild::line(int i, const float* level, float* to, const void* scratch) const {
-  const float* const expanded = static_cast<const float*>(scratch) + i * rowFloats();
+void LevelRebuild::line(int i, int left, int width, const float* level, float* to, const void* scratch) const {
+  const float* const expanded = static_cast<const float*>(scratch) + i * rowFloats() + left;
   const float* const rebuilt = expanded + bandRows * rowFloats();
-  equalizerKernels().weighBandLine(to, rebuilt, level, expanded, gain_, width_);
+  equalizerKernels().weighBandLine(to, rebuilt, level, expanded, gain_, width);
 }
 
 WeighedPyramid::WeighedPyramid(const Pyramid& pyramid, const float* gains, float baseGain)
@@ -188,7 +187,7 @@ void WeighedPyramid::rebuildInto(KivImage& target) const {
              finest_.prepare(first, count, scratch);
              for (int y = 0; y < count; ++y) {
                float* const line = target.At(0, 0, first + y);
-               finest_.line(y, line, line, scratch);
+               finest_.line(y, 0, target.size.width, line, line, scratch);
              }
            });
 }

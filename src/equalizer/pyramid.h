@@ -29,16 +29,15 @@ class Pyramid {
   // C(i + 1).
   const KivImage& reduced(std::size_t i) const { return reduced_[i]; }
   IppiSize size() const { return levels_[0].size; }
-  IppiSize size(std::size_t level) const { return levels_[level].size; }
 
-  // What it takes at most, where the finest level is made line by line with so many rows of scratch.
+  // What it takes at most, where the finest level's lines are had so.
   struct Bytes {
     double making;    // while a plane is taken apart, with what is kept
     double kept;      // afterwards
     double weighing;  // beside that, while a plane is weighed
     double scratch;   // of each thread, while its finest level is made
   };
-  static Bytes bytesOf(const Levels& levels, int scratchRows, int threads);
+  static Bytes bytesOf(const Levels& levels, RowsOfLines finest, int threads);
 
  private:
   Levels levels_;
@@ -54,19 +53,18 @@ class LevelRebuild {
   LevelRebuild(IppiSize size, const KivImage& reduced, const KivImage& rebuilt, float gain);
 
   // Of scratch for one band; a multiple of 64.
-  std::int64_t scratchBytes() const { return scratchBytesFor(expansion_, width_); }
-  static std::int64_t scratchBytesFor(const Resizer& expansion, int width);
+  std::int64_t scratchBytes() const { return scratchBytesFor(expansion_, rowBytes_); }
+  static std::int64_t scratchBytesFor(const Resizer& expansion, int rowBytes);
 
   // Makes scratch ready for rows first to first + count - 1, count being at most bandRows.
   void prepare(int first, int count, void* scratch) const;
 
-  // Row first + i of R(i) from that of C(i); to may be level.
-  void line(int i, const float* level, float* to, const void* scratch) const;
+  // Columns left to left + width - 1 of row first + i of R(i), from those of C(i); to may be level.
+  void line(int i, int left, int width, const float* level, float* to, const void* scratch) const;
 
  private:
   std::ptrdiff_t rowFloats() const { return rowBytes_ / static_cast<int>(sizeof(float)); }
 
-  int width_;
   const KivImage& reduced_;
   const KivImage& rebuilt_;
   float gain_;

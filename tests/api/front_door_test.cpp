@@ -7,16 +7,19 @@
 #include <unistd.h>
 #endif
 
+#include <algorithm>
 #include <cfenv>
 #include <cstring>
 #include <random>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "api/orbel.h"
 #include "equalizer/setting_keys.h"
 #include "host/script_keys.h"
 #include "host/test_host.h"
+#include "image/kiv_image.h"
 #include "primitives/primitives.h"
 #include "support/loaded_module.h"
 
@@ -228,17 +231,31 @@ TEST(FrontDoor, BlendsByMixAndMask) {
   EXPECT_EQ(equalized(settings, source, &options), source.samples);
 }
 
+// A part of a picture, of its own address.
+orbel_picture partOf(const orbel_picture& whole, const KivRect& part) {
+  orbel_picture p = whole;
+  p.width = part.width;
+  p.height = part.height;
+  for (int c = 0; c < p.channels; ++c) p.base[c] = sampleOf(whole, c, part.y * whole.width + part.x);
+  return p;
+}
+
+// Whole, by a look's parts in any order, and from lines that come some at a time; with and without a reference edge,
+// above, at and below the picture's size.
 TEST(FrontDoor, WeighsAStackAsAWholeRunDoes) {
   for (const orbel_samples type : {ORBEL_UINT8, ORBEL_FLOAT32}) {
-    for (const IppiSize size : {IppiSize{150, 90}, IppiSize{30, 50}}) {
+    for (const auto& [size, edge] : {std::pair{IppiSize{150, 90}, 0},
+                                     {IppiSize{30, 50}, 0},
+                                     {IppiSize{150, 90}, 67},
+                                     {IppiSize{150, 90}, 150},
+                                     {IppiSize{41, 70}, 113},
+                                     {IppiSize{30, 150}, 50}}) {
       for (const bool luminance : {true, false}) {
-        const orbel_settings first = strong(luminance);
+        orbel_settings first = strong(luminance);
+        first.reference_edge = edge;
         const Owned source(type, size.width, size.height, 4);
         orbel_stack* stack = nullptr;
-        {
-          const Owned passing(source);  // the stack has a copy
-          ASSERT_EQ(orbel_stack_create(&first, &passing.picture, nullptr, &stack), ORBEL_OK);
-        }
+        ASSERT_EQ(orbel_stack_create(&first, &source.picture, nullptr, &stack), ORBEL_OK);
         orbel_settings second = first;
         for (orbel_band& band : second.bands) band.gain += 60;
         second.residual = 105;
@@ -247,11 +264,34 @@ TEST(FrontDoor, WeighsAStackAsAWholeRunDoes) {
         second.overlay = 0;
         for (const orbel_settings& settings : {first, second, first}) {
           const Owned target(type, size.width, size.height, 4, 9);
-          ASSERT_EQ(orbel_stack_weigh(stack, &settings, &target.picture, nullptr), ORBEL_OK);
+          ASSERT_EQ(orbel_stack_weigh(stack, &settings, &source.picture, &target.picture, nullptr), ORBEL_OK);
           EXPECT_EQ(target.samples, equalized(settings, source));
         }
+        if (edge != 0) {
+          orbel_stack* begun = nullptr;
+          ASSERT_EQ(orbel_stack_begin(&first, &source.picture, nullptr, &begun), ORBEL_OK);
+          for (int y = 0, height = 1; y < size.height; y += height, height = std::min(y % 7 + 1, size.height - y)) {
+            const orbel_picture lines = partOf(source.picture, {0, y, size.width, height});
+            ASSERT_EQ(orbel_stack_add(begun, &lines, nullptr), ORBEL_OK);
+          }
+          EXPECT_EQ(orbel_stack_add(begun, &source.picture, nullptr), ORBEL_BAD_ARGUMENT);
+          std::swap(stack, begun);
+          orbel_stack_free(begun);
+        }
+        orbel_look* look = nullptr;
+        ASSERT_EQ(orbel_look_create(stack, &first, nullptr, &look), ORBEL_OK);
+        const Owned parts(source);
+        const int left = size.width / 3;
+        for (const KivRect& part :
+             {KivRect{left, 0, size.width - left, size.height}, {0, 20, left, size.height - 20}, {0, 0, left, 20}}) {
+          const orbel_picture place = partOf(parts.picture, part);
+          ASSERT_EQ(orbel_look_render(look, part.x, part.y, &place, &place, nullptr), ORBEL_OK);
+        }
+        EXPECT_EQ(parts.samples, equalized(first, source));
+        EXPECT_EQ(orbel_look_render(look, 1, 0, &source.picture, &source.picture, nullptr), ORBEL_BAD_PICTURE);
+        orbel_look_free(look);
         second.bands[4].radius += 1;
-        EXPECT_EQ(orbel_stack_weigh(stack, &second, &source.picture, nullptr), ORBEL_BAD_SETTING);
+        EXPECT_EQ(orbel_look_create(stack, &second, nullptr, &look), ORBEL_BAD_SETTING);
         orbel_stack_free(stack);
       }
     }
@@ -259,20 +299,23 @@ TEST(FrontDoor, WeighsAStackAsAWholeRunDoes) {
 }
 
 TEST(FrontDoor, GivesBandsThatAddUpToThePicture) {
-  const Owned source(ORBEL_FLOAT32, 70, 60, 3);
-  orbel_settings settings = strong(false);
-  orbel_stack* stack = nullptr;
-  ASSERT_EQ(orbel_stack_create(&settings, &source.picture, nullptr, &stack), ORBEL_OK);
-  std::vector<double> sum(70 * 60 * 3);
-  for (int band = 0; band <= ORBEL_BANDS; ++band) {
-    const Owned part(ORBEL_FLOAT32, 70, 60, 3);
-    ASSERT_EQ(orbel_stack_band(stack, band, &part.picture, nullptr), ORBEL_OK);
-    const std::vector<float> samples = part.floats();
-    for (std::size_t i = 0; i < sum.size(); ++i) sum[i] += samples[i];
+  for (const int edge : {0, 40, 200}) {
+    const Owned source(ORBEL_FLOAT32, 70, 66, 3);
+    orbel_settings settings = strong(false);
+    settings.reference_edge = edge;
+    orbel_stack* stack = nullptr;
+    ASSERT_EQ(orbel_stack_create(&settings, &source.picture, nullptr, &stack), ORBEL_OK);
+    std::vector<double> sum(70 * 66 * 3);
+    for (int band = 0; band <= ORBEL_BANDS; ++band) {
+      const Owned part(ORBEL_FLOAT32, 70, 66, 3);
+      ASSERT_EQ(orbel_stack_band(stack, band, &source.picture, &part.picture, nullptr), ORBEL_OK);
+      const std::vector<float> samples = part.floats();
+      for (std::size_t i = 0; i < sum.size(); ++i) sum[i] += samples[i];
+    }
+    const std::vector<float> expected = source.floats();
+    for (std::size_t i = 0; i < sum.size(); ++i) ASSERT_NEAR(sum[i], expected[i], 3e-6);
+    orbel_stack_free(stack);
   }
-  const std::vector<float> expected = source.floats();
-  for (std::size_t i = 0; i < sum.size(); ++i) ASSERT_NEAR(sum[i], expected[i], 3e-6);
-  orbel_stack_free(stack);
 }
 
 TEST(FrontDoor, KeepsTheCallersManners) {
@@ -325,8 +368,15 @@ TEST(FrontDoor, CanBeCalledOffUntilItWrites) {
     listener.last = done;
     return done >= listener.stopAt ? 1 : 0;
   };
-  const orbel_settings settings = strong(false);
-  for (const auto& [height, stopAt] : {std::pair{200, 0.0}, {200, 0.3}, {200, 2.0}, {20, 0.0}, {20, 2.0}}) {
+  orbel_settings settings = strong(false);
+  for (const auto& [height, edge, stopAt] : {std::tuple{200, 0, 0.0},
+                                             {200, 0, 0.3},
+                                             {200, 0, 2.0},
+                                             {20, 0, 0.0},
+                                             {20, 0, 2.0},
+                                             {200, 99, 0.1},
+                                             {200, 99, 2.0}}) {
+    settings.reference_edge = edge;
     const Owned source(ORBEL_UINT8, 300, height, 3);
     const auto expected = equalized(settings, source);
     Listener listener{stopAt};
@@ -359,7 +409,7 @@ TEST(FrontDoor, NamesWhatItRefuses) {
       {ORBEL_BAD_SETTING, "bands[4].gain is nan", [](auto& s, auto&, auto&) { s.bands[4].gain = NAN; }},
       {ORBEL_BAD_SETTING, "bands[0].edges is 2", [](auto& s, auto&, auto&) { s.bands[0].edges = 2; }},
       {ORBEL_BAD_SETTING, "mix is 101", [](auto& s, auto&, auto&) { s.mix = 101; }},
-      {ORBEL_BAD_SETTING, "reference_edge", [](auto& s, auto&, auto&) { s.reference_edge = 1024; }},
+      {ORBEL_BAD_SETTING, "reference_edge is -1", [](auto& s, auto&, auto&) { s.reference_edge = -1; }},
       {ORBEL_BAD_PICTURE, "source: width", [](auto&, auto& p, auto&) { p.width = 0; }},
       {ORBEL_BAD_PICTURE, "source: width", [](auto&, auto& p, auto&) { p.width = 1 << 30; }},
       {ORBEL_BAD_PICTURE, "source: channels", [](auto&, auto& p, auto&) { p.channels = 5; }},

@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstdlib>
 #include <new>
+#include <utility>
 #include <vector>
 
 #include "api/orbel.h"
@@ -32,7 +33,9 @@ TEST(FrontDoor, LeavesTheTargetAloneWithoutMemory) {
   settings.luminance = 0;
   settings.mix = 50;
   const std::vector<unsigned char> untouched(60 * 40 * 3, 99);
-  for (const int inARow : {1, INT_MAX}) {
+  // Blocks that are refused in a row; a reference edge below the picture's, above it, and none.
+  for (const auto& [inARow, edge] : {std::pair{1, 0}, {INT_MAX, 0}, {1, 45}, {1, 70}}) {
+    settings.reference_edge = edge;
     bool isEnough = false;
     for (int first = 0; !isEnough; ++first) {
       std::vector<unsigned char> samples = untouched;

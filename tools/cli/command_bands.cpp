@@ -70,9 +70,9 @@ class BandFiles {
 // The picture taken apart once, and put together for each view.
 class Stack {
  public:
-  Stack(const std::string& file, const orbel_settings& run, const Picture& picture) : options_(file) {
-    const orbel_picture source = picture.record();
-    options_.require(orbel_stack_create(&run, &source, options_.get(), &stack_));
+  Stack(const std::string& file, const orbel_settings& run, const Picture& picture)
+      : options_(file), source_(picture.record()) {
+    options_.require(orbel_stack_create(&run, &source_, options_.get(), &stack_));
   }
   ~Stack() { orbel_stack_free(stack_); }
   Stack(const Stack&) = delete;
@@ -80,11 +80,12 @@ class Stack {
 
   void weigh(const orbel_settings& run, const Picture& into) {
     const orbel_picture target = into.record();
-    options_.require(orbel_stack_weigh(stack_, &run, &target, options_.get()));
+    options_.require(orbel_stack_weigh(stack_, &run, &source_, &target, options_.get()));
   }
 
  private:
   EngineOptions options_;
+  orbel_picture source_;
   orbel_stack* stack_ = nullptr;
 };
 

@@ -1,0 +1,13 @@
+// What the reference size changes, brought to the picture's size.
+#pragma once
+
+#include <memory>
+
+#include "equalizer/look.h"
+
+// The look g * Y + c of a picture, c being there at the working size: by bilinear interpolation, or by area means where
+// the picture is the smaller one. Throws std::bad_alloc.
+std::unique_ptr<Look> referenceLook(KivImage&& change, float gain, IppiSize picture);
+
+// Of scratch for one thread, and of tables, for a picture with so many planes.
+double referenceLookBytes(IppiSize working, IppiSize picture, int planes, int threads);

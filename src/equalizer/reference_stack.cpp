@@ -1,0 +1,73 @@
+#include "equalizer/reference_stack.h"
+
+#include "equalizer/equalizer_kernels.h"
+#include "equalizer/lanczos.h"
+#include "equalizer/reference_look.h"
+#include "image/row_bands.h"
+
+namespace {
+
+bool isSame(IppiSize a, IppiSize b) { return a.width == b.width && a.height == b.height; }
+
+IppiSize reducedSize(IppiSize picture, IppiSize working) {
+  return picture.width < working.width || picture.height < working.height ? picture : working;
+}
+
+double planeBytes(IppiSize size) { return static_cast<double>(rowBytesFor(size.width)) * size.height; }
+
+}  // namespace
+
+ReferenceStack::ReferenceStack(IppiSize picture, const Plan& plan, const Planes& planes)
+    : picture_(picture), levels_(plan.levels) {
+  reduction_.emplace(picture, reducedSize(picture, plan.levels[0].size), planes);
+}
+
+void ReferenceStack::add(const PlaneLines& lines, int count, Progress* progress) {
+  isBroken_ = true;
+  reduction_->add(lines, count, progress);
+  linesAdded_ += count;
+  if (reduction_->isDone()) takeApart(progress);
+  isBroken_ = false;
+}
+
+void ReferenceStack::takeApart(Progress* progress) {
+  KivImage reduced = reduction_->take();
+  reduction_.reset();
+  const IppiSize working = levels_[0].size;
+  if (isSame(reduced.size, working)) {
+    stack_.emplace(std::move(reduced), levels_, progress);
+  } else {
+    KivImage enlarged(working, reduced.channels);
+    enlargeByLanczos(reduced, enlarged);
+    stack_.emplace(std::move(enlarged), levels_, progress);
+  }
+}
+
+std::unique_ptr<Look> ReferenceStack::weigh(const float* gains, float baseGain, Progress* progress) const {
+  KivImage weighed = stack_->weigh(gains, baseGain, progress);
+  if (isSame(picture_, weighed.size)) return std::make_unique<WholeLook>(std::move(weighed));
+  const KivImage& before = stack_->planes();
+  for (int plane = 0; plane < weighed.channels; ++plane) {
+    eachIndex(weighed.size.height, [&](int y) {
+      equalizerKernels().addWeightedLine(weighed.At(plane, 0, y), before.At(plane, 0, y), -gains[0],
+                                         weighed.size.width);
+    });
+  }
+  return referenceLook(std::move(weighed), gains[0], picture_);
+}
+
+StackBytes ReferenceStack::bytesOf(IppiSize picture, const Plan& plan, const Planes& planes, int threads) {
+  const IppiSize working = plan.levels[0].size;
+  const double count = planes.count();
+  StackBytes bytes = PlaneStack::bytesOf(plan.levels, planes.count(), threads);
+  const double reducing =
+      count * planeBytes(reducedSize(picture, working)) + PlaneReduction::bytesOf(picture, planes, threads);
+  // The plane as it is, as wide as it will be, and as it will be.
+  const double enlarging =
+      isSame(reducedSize(picture, working), working)
+          ? 0
+          : count * (planeBytes(picture) + 2 * planeBytes({working.width, picture.height}) + planeBytes(working));
+  bytes.making = std::max({bytes.making, reducing, enlarging});
+  bytes.weighing += referenceLookBytes(working, picture, planes.count(), threads);
+  return bytes;
+}
