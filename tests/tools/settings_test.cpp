@@ -75,11 +75,11 @@ TEST_F(SettingsTest, ComeBackFromTheirText) {
 TEST_F(SettingsTest, RadiiScaleWithThePicture) {
   Settings settings;
   setBands(settings, "", *bandWord("radius"), "1,2,3,4,5");
-  EXPECT_EQ(runFor(settings, 4000, 3000).bands[4].radius, 5);
+  EXPECT_EQ(scaledTo(4000, 3000, settings.run).bands[4].radius, 5);
   settings.run.reference_edge = 2000;
-  EXPECT_EQ(runFor(settings, 3000, 4000).bands[0].radius, 2);
-  EXPECT_EQ(runFor(settings, 4000, 3000).bands[4].radius, 10);
-  EXPECT_EQ(runFor(settings, 4000, 3000).bands[4].threshold, 10);
+  EXPECT_EQ(scaledTo(3000, 4000, settings.run).bands[0].radius, 2);
+  EXPECT_EQ(scaledTo(4000, 3000, settings.run).bands[4].radius, 10);
+  EXPECT_EQ(scaledTo(4000, 3000, settings.run).bands[4].threshold, 10);
 }
 
 TEST_F(SettingsTest, AMaskCountsFromTheFilesFolder) {

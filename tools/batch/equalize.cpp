@@ -23,7 +23,7 @@ void EngineOptions::require(orbel_status status) const {
 }
 
 void equalizeByEngine(const std::string& file, const orbel_settings& run, int threads, const orbel_picture& source,
-                      const orbel_picture& target, std::vector<float>& mask) {
+                      const orbel_picture& target, std::vector<float> mask) {
   EngineOptions options(file, threads);
   orbel_picture weights;
   if (!mask.empty()) {

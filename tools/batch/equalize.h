@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,7 @@ namespace orbel {
 // source into target, which may be the same; mask has a weight for each pixel, or is empty. Both throw Failure about
 // the file, and std::bad_alloc.
 void equalizeByEngine(const std::string& file, const orbel_settings& run, int threads, const orbel_picture& source,
-                      const orbel_picture& target, std::vector<float>& mask);
+                      const orbel_picture& target, std::vector<float> mask);
 void equalizeByPlugin(const std::string& file, PluginEntry plugin, const orbel_settings& run, int depth,
                       const orbel_picture& source, const orbel_picture& target, const std::vector<float>& mask);
 
@@ -31,10 +32,22 @@ class EngineOptions {
   // ORBEL_NO_MEMORY.
   void require(orbel_status status) const;
 
+  // What the last call had to say.
+  std::string message() const { return message_.data(); }
+
  private:
   std::string file_;
   std::array<char, 256> message_{};
   orbel_options options_{};
 };
+
+struct FreeStack {
+  void operator()(orbel_stack* stack) const { orbel_stack_free(stack); }
+};
+struct FreeLook {
+  void operator()(orbel_look* look) const { orbel_look_free(look); }
+};
+using Stack = std::unique_ptr<orbel_stack, FreeStack>;
+using Look = std::unique_ptr<orbel_look, FreeLook>;
 
 }  // namespace orbel

@@ -8,12 +8,14 @@
 #include "batch/equalize.h"
 #include "batch/estimate.h"
 #include "batch/made_with.h"
+#include "batch/streamed.h"
 #include "files/failure.h"
 #include "files/target_file.h"
 #include "files/text_file.h"
 #include "pictures/formats.h"
 #include "pictures/mask.h"
 #include "pictures/metadata.h"
+#include "pictures/stream.h"
 #include "pictures/thumbnail.h"
 #include "settings/settings_file.h"
 
@@ -55,11 +57,11 @@ class Road {
       requireThatItDecodes(*opened_, job_.input);
       if (options_.settings.mask) maskWeights(*options_.settings.mask, *opened_);
     } else if (isPiped()) {
-      writeToPipe(equalize(decode()));
+      writeToPipe(equalize());
     } else {
       // Opened before the work, so that a target that can't be written doesn't cost the work first.
       TargetFile target(job_.output, overwrites(), permissionsFor(job_));
-      write(equalize(decode()), target);
+      write(equalize(), target);
     }
     outcome_.status = Outcome::Status::Done;
     if (!options_.dryRun) {
@@ -91,7 +93,8 @@ class Road {
     outcome_.width = opened_->width();
     outcome_.height = opened_->height();
     outcome_.bits = depthOf(samples_);
-    run_ = runFor(options_.settings, outcome_.width, outcome_.height);
+    run_ = options_.plugin == nullptr ? options_.settings.run
+                                      : scaledTo(outcome_.width, outcome_.height, options_.settings.run);
     checkCost();
     if (options_.settings.mask) requireThatMaskFits(*options_.settings.mask, *opened_);
   }
@@ -119,20 +122,52 @@ class Road {
     return bytes && !isBlended(options_.settings) ? 8 : 32;
   }
 
-  Picture decode() const { return decodePicture(*opened_, job_.input); }
+  // With a reference edge a picture passes by in lines, else it is in memory as a whole.
+  Picture equalize() { return run_.reference_edge != 0 ? equalizeInLines() : equalizeWhole(); }
 
   // In its own place, where its samples stay what they are.
-  Picture equalize(const Picture& picture) const {
-    Picture result = picture.samples() == samples_ ? picture : roomFor(picture, samples_);
-    std::vector<float> mask;
-    if (options_.settings.mask) mask = maskWeights(*options_.settings.mask, picture);
+  Picture equalizeWhole() const {
+    const Picture picture = decodePicture(*opened_, job_.input);
+    const Picture result = picture.samples() == samples_ ? picture : roomFor(picture, samples_);
     if (options_.plugin != nullptr) {
-      equalizeByPlugin(job_.input, options_.plugin, run_, documentDepth(), picture.record(), result.record(), mask);
+      equalizeByPlugin(job_.input, options_.plugin, run_, documentDepth(), picture.record(), result.record(),
+                       maskFor(picture));
     } else {
-      equalizeByEngine(job_.input, run_, options_.threads, picture.record(), result.record(), mask);
+      equalizeByEngine(job_.input, run_, options_.threads, picture.record(), result.record(), maskFor(picture));
     }
-    renewThumbnail(result);
+    renewThumbnail(result, result);
     return result;
+  }
+
+  // Where it is not read twice, what is decoded is kept for the result.
+  Picture equalizeInLines() {
+    const FileFormat* const format = formatOf(*opened_);
+    const bool twice = job_.input != pipeName && format != nullptr && format->loader.has(readsTwice);
+    if (!twice) opened_ = decodePicture(*opened_, job_.input);
+    streamed_.emplace(job_.input, run_, opened_->shape());
+    std::optional<SmallCopy> small;
+    if (hasThumbnail(*opened_)) small.emplace(*opened_);
+    readInLines(*opened_, job_.input, [&](const orbel_picture& lines) {
+      if (small) small->take(lines);
+      return streamed_->take(lines);
+    });
+    Notes known;
+    if (twice) opened_ = openPicture(job_.input, known, options_.page);
+    std::optional<Picture> mask;
+    if (options_.settings.mask) mask = maskOver(*options_.settings.mask, *opened_);
+    const Picture result = streamed_->result(*opened_, {}, samples_, mask);
+    if (small) renewThumbnail(result, equalizedCopy(small->copy()));
+    return result;
+  }
+
+  // The look is the same at every size.
+  Picture equalizedCopy(const Picture& small) const {
+    equalizeByEngine(job_.input, run_, options_.threads, small.record(), small.record(), maskFor(small));
+    return small;
+  }
+
+  std::vector<float> maskFor(const Picture& picture) const {
+    return options_.settings.mask ? maskWeights(*options_.settings.mask, picture) : std::vector<float>();
   }
 
   void writeToPipe(const Picture& picture) {
@@ -161,6 +196,7 @@ class Road {
   SampleType samples_{};
   SaveOptions save_;
   orbel_settings run_{};
+  std::optional<StreamedRun> streamed_;
 };
 
 }  // namespace

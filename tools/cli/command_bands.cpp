@@ -67,28 +67,6 @@ class BandFiles {
   std::size_t written_ = 0;
 };
 
-// The picture taken apart once, and put together for each view.
-class Stack {
- public:
-  Stack(const std::string& file, const orbel_settings& run, const Picture& picture)
-      : options_(file), source_(picture.record()) {
-    options_.require(orbel_stack_create(&run, &source_, options_.get(), &stack_));
-  }
-  ~Stack() { orbel_stack_free(stack_); }
-  Stack(const Stack&) = delete;
-  Stack& operator=(const Stack&) = delete;
-
-  void weigh(const orbel_settings& run, const Picture& into) {
-    const orbel_picture target = into.record();
-    options_.require(orbel_stack_weigh(stack_, &run, &source_, &target, options_.get()));
-  }
-
- private:
-  EngineOptions options_;
-  orbel_picture source_;
-  orbel_stack* stack_ = nullptr;
-};
-
 // Upright, since PNG files keep no orientation, and without alpha, which would hide what the bands hold.
 void takeApart(const BandsArguments& arguments) {
   const Settings settings = chooseSettings(arguments.settings);
@@ -98,20 +76,25 @@ void takeApart(const BandsArguments& arguments) {
   const std::string& input = arguments.input;
   try {
     const Picture picture = uprightColours(loadPicture(input, arguments.page));
-    const std::vector<BandView> views = bandViews(runFor(settings, picture.width(), picture.height()));
+    const std::vector<BandView> views = bandViews(settings.run);
     const orbel_settings& run = views.front().run;
     const orbel_plan plan = planFor(input, run, picture.shape(), 0);
     requireShortWork(input, run, plan, 0, arguments.limits.mostMinutes);
-    // The stack's copy, and the view beside the picture.
-    const int bytes = 3 * bytesOf(picture.samples());
+    // The view beside the picture.
+    const int bytes = 2 * bytesOf(picture.samples());
     const double memory = memoryOf(plan, {picture.channels(), picture.colours(), bytes, bytes, 0, false});
     requireMemory(input, memory, arguments.limits.mostMemory());
     BandFiles files(arguments, views, picture.samples() == SampleType::floats);
-    Stack stack(input, run, picture);
+    const orbel_picture source = picture.record();
+    EngineOptions options(input);
+    orbel_stack* made = nullptr;
+    options.require(orbel_stack_create(&run, &source, options.get(), &made));
+    const Stack stack(made);
     ContactSheet sheet;
     for (const BandView& view : views) {
       const Picture result = roomFor(picture, picture.samples());
-      stack.weigh(view.run, result);
+      const orbel_picture target = result.record();
+      options.require(orbel_stack_weigh(stack.get(), &view.run, &source, &target, options.get()));
       files.writeNext(result);
       sheet.add(result, view.label);
     }

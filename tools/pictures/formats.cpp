@@ -15,13 +15,13 @@ namespace {
 constexpr SampleType bits8 = SampleType::bytes;
 constexpr SampleType bits16 = SampleType::words;
 constexpr SampleType floats = SampleType::floats;
-constexpr Loader jpeg{"jpeg", seesMetadata};
-constexpr Loader png{"png", seesSomeMetadata, nullptr, pngHidesMetadata};
-constexpr Loader tiff{"tiff", seesXmp | garblesIptc, tiffCompression, tiffHidesMetadata};
-constexpr Loader webp{"webp", resolutionInExif | seesMetadata, webpCompression};
+constexpr Loader jpeg{"jpeg", readsTwice | seesMetadata};
+constexpr Loader png{"png", readsTwice | seesSomeMetadata, nullptr, pngHidesMetadata};
+constexpr Loader tiff{"tiff", readsTwice | seesXmp | garblesIptc, tiffCompression, tiffHidesMetadata};
+constexpr Loader webp{"webp", readsTwice | resolutionInExif | seesMetadata, webpCompression};
 constexpr Loader heif{"heif", resolutionInExif | lendsMetadata};
 constexpr Loader jpeg2000{"jp2k", pagesAreOne};
-constexpr Loader netpbm{"ppm", whiteUnsaid | sizeClipped | seesMetadata};
+constexpr Loader netpbm{"ppm", readsTwice | whiteUnsaid | sizeClipped | seesMetadata};
 constexpr Loader magick{"magick", pagesAreOne | garblesIptc};
 constexpr Loader gif{"gif", goesOnInComments};
 constexpr Loader jpegXl{"jxl"};

@@ -30,6 +30,7 @@ enum LoaderTrait : unsigned {
   seesSomeMetadata = 128,  // of a file that has any, or nearly always
   goesOnInComments = 256,  // metadata may follow behind a comment, which exiftool in haste takes for the end
   seesXmp = 512,           // in every file that has it
+  readsTwice = 1024,       // soon enough for a picture that isn't kept to be read once more
 };
 
 struct Loader {

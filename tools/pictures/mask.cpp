@@ -67,10 +67,15 @@ void requireThatMaskFits(const std::string& mask, const Picture& picture) {
   });
 }
 
-std::vector<float> maskWeights(const std::string& mask, const Picture& picture) {
-  const VImage memory = translated(mask, Cause::Damaged, [&] {
-    return scaledToSizeOf(picture, fittingMask(loadPicture(mask), mask, picture)).copy_memory();
+Picture maskOver(const std::string& mask, const Picture& picture) {
+  return translated(mask, Cause::Damaged, [&] {
+    return pictureOf(scaledToSizeOf(picture, fittingMask(loadPicture(mask), mask, picture)), mask);
   });
+}
+
+std::vector<float> maskWeights(const std::string& mask, const Picture& picture) {
+  const Picture over = maskOver(mask, picture);
+  const VImage memory = translated(mask, Cause::Damaged, [&] { return imageOf(over).copy_memory(); });
   std::vector<float> weights(static_cast<std::size_t>(picture.width()) * static_cast<std::size_t>(picture.height()));
   std::memcpy(weights.data(), memory.data(), weights.size() * sizeof(float));
   for (float& weight : weights) weight = weight > 0 ? std::min(weight, 1.0F) : 0.0F;

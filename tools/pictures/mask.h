@@ -15,9 +15,13 @@ namespace orbel {
 // Throws Failure when maskWeights would, as far as the header of the mask's file tells.
 void requireThatMaskFits(const std::string& mask, const Picture& picture);
 
+// A mask that lies over the picture, of its size, made where it is asked for: grey in floats, 0 to 1, but for what masks of
+// floats hold. Throws Failure about the mask when it can't be read, and when its proportions are others than the
+// picture's.
+Picture maskOver(const std::string& mask, const Picture& picture);
+
 // How much of the result each pixel shows, 0 to 1, in rows of the picture. A mask of floats may hold anything: it is
-// clipped, and what is no number counts as black. Throws Failure about the mask when it can't be read, and when its
-// proportions are others than the picture's.
+// clipped, and what is no number counts as black. Throws as maskOver does.
 std::vector<float> maskWeights(const std::string& mask, const Picture& picture);
 
 }  // namespace orbel

@@ -21,6 +21,13 @@ enum class SampleType { bytes, words, floats };  // 8 bits, 16 bits with white a
 int bytesOf(SampleType samples);  // of a sample: 1, 2 or 4
 int depthOf(SampleType samples);  // 8, 16 or 32
 
+struct Rectangle {
+  int x;
+  int y;
+  int width;
+  int height;
+};
+
 // A handle: copies are the same picture. Colour is three channels, grey one, and one of alpha may follow.
 class Picture {
  public:

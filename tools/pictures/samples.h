@@ -25,6 +25,9 @@ inline double whiteOf(VipsBandFormat format) {
   return format == VIPS_FORMAT_UCHAR ? 255 : format == VIPS_FORMAT_USHORT ? 65535 : 1;
 }
 
+// The colour model of such a picture, grey or RGB, with samples of this format; its own where it has them.
+VipsInterpretation modelFor(VipsBandFormat format, const vips::VImage& picture);
+
 // The picture with samples of this format, scaled from white to white, alpha too; itself if it has them. Throws
 // vips::VError.
 vips::VImage scaledTo(VipsBandFormat format, const vips::VImage& picture);

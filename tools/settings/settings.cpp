@@ -124,13 +124,13 @@ void setBand(Settings& settings, const std::string& option, const std::string& t
 
 bool isBlended(const Settings& settings) { return settings.run.mix != 100 || settings.mask; }
 
-orbel_settings runFor(const Settings& settings, int width, int height) {
-  orbel_settings run = settings.run;
-  run.reference_edge = 0;
-  if (settings.run.reference_edge == 0) return run;
-  const double scale = static_cast<double>(std::max(width, height)) / settings.run.reference_edge;
-  for (orbel_band& band : run.bands) band.radius *= scale;
-  return run;
+orbel_settings scaledTo(int width, int height, const orbel_settings& settings) {
+  orbel_settings scaled = settings;
+  scaled.reference_edge = 0;
+  if (settings.reference_edge == 0) return scaled;
+  const double scale = static_cast<double>(std::max(width, height)) / settings.reference_edge;
+  for (orbel_band& band : scaled.bands) band.radius *= scale;
+  return scaled;
 }
 
 }  // namespace orbel

@@ -67,8 +67,8 @@ void setBand(Settings& settings, const std::string& option, const std::string& t
 // True when the result is blended with the original.
 bool isBlended(const Settings& settings);
 
-// As the engine takes them for a picture of this size: with a reference edge, the radii times the picture's longer side
-// over it.
-orbel_settings runFor(const Settings& settings, int width, int height);
+// For a module, which knows radii in the picture's own pixels alone: with a reference edge, the radii times the longer
+// side of a picture of this size over it. Near to what the engine makes of a reference edge, not the same.
+orbel_settings scaledTo(int width, int height, const orbel_settings& settings);
 
 }  // namespace orbel
