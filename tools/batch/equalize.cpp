@@ -23,14 +23,9 @@ void EngineOptions::require(orbel_status status) const {
 }
 
 void equalizeByEngine(const std::string& file, const orbel_settings& run, int threads, const orbel_picture& source,
-                      const orbel_picture& target, std::vector<float> mask) {
+                      const orbel_picture& target, const orbel_picture* mask) {
   EngineOptions options(file, threads);
-  orbel_picture weights;
-  if (!mask.empty()) {
-    orbel_picture_interleaved(&weights, sizeof weights, ORBEL_FLOAT32, source.width, source.height, 1, mask.data(),
-                              static_cast<std::ptrdiff_t>(sizeof(float)) * source.width);
-    options.get()->mask = &weights;
-  }
+  options.get()->mask = mask;
   options.require(orbel_equalize(&run, &source, &target, options.get()));
 }
 

@@ -22,12 +22,18 @@ void requireThatHostHolds(const std::string& file, int width, int height);
 
 // What a run is made of, beside the plan.
 struct RunShape {
+  int width = 0;                     // of the picture
+  int height = 0;
   int channels = 0;                  // of the file, with alpha
   int colours = 0;                   // 1 or 3
   int readBytes = 0;                 // a sample of the file that is read
   int writtenBytes = 0;              // and of the one that is written
   int documentBytes = 0;             // a sample of a module's document; 0 for the engine, which needs none
   bool blended = false;              // with the original, by a weight a pixel
+  bool inLines = false;              // and then:
+  bool kept = false;                 // the decoded picture is
+  double maskBytes = 0;              // that are kept of a mask
+  double heldBytes = 0;              // a pixel, by the image library while it reads and writes
   double nanosecondsPerPixel = 100;  // of reading and writing
 };
 

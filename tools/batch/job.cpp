@@ -95,21 +95,42 @@ class Road {
     outcome_.bits = depthOf(samples_);
     run_ = options_.plugin == nullptr ? options_.settings.run
                                       : scaledTo(outcome_.width, outcome_.height, options_.settings.run);
-    checkCost();
-    if (options_.settings.mask) requireThatMaskFits(*options_.settings.mask, *opened_);
+    checkCost(options_.settings.mask ? requireThatMaskFits(*options_.settings.mask, *opened_) : 0);
   }
 
-  void checkCost() {
+  // With a reference edge a picture passes by in lines, else it is in memory as a whole.
+  bool isInLines() const { return run_.reference_edge != 0; }
+
+  // Else what is decoded is kept for the result.
+  bool isReadTwice() const {
+    const FileFormat* const format = formatOf(*opened_);
+    return job_.input != pipeName && format != nullptr && format->loader.has(readsTwice);
+  }
+
+  double heldBytes() const {
+    const FileFormat* const format = formatOf(*opened_);
+    const double reading = format == nullptr || job_.input == pipeName ? 0 : format->loader.heldBytesOf(job_.input);
+    return reading + format_->saver.heldBytes;
+  }
+
+  void checkCost(double maskBytes) {
     if (options_.plugin != nullptr) requireThatHostHolds(job_.input, outcome_.width, outcome_.height);
     const orbel_plan plan = planFor(job_.input, run_, opened_->shape(), options_.threads);
     requireShortWork(job_.input, run_, plan, options_.threads, options_.mostMinutes);
-    const RunShape shape = {opened_->channels(),
-                            opened_->colours(),
-                            bytesOf(opened_->samples()),
-                            bytesOf(samples_),
-                            options_.plugin != nullptr ? documentDepth() / 8 : 0,
-                            isBlended(options_.settings),
-                            format_->saver.nanosecondsPerPixel};
+    RunShape shape;
+    shape.width = outcome_.width;
+    shape.height = outcome_.height;
+    shape.channels = opened_->channels();
+    shape.colours = opened_->colours();
+    shape.readBytes = bytesOf(opened_->samples());
+    shape.writtenBytes = bytesOf(samples_);
+    shape.documentBytes = options_.plugin != nullptr ? documentDepth() / 8 : 0;
+    shape.blended = isBlended(options_.settings);
+    shape.inLines = isInLines();
+    shape.kept = !isReadTwice();
+    shape.maskBytes = maskBytes;
+    shape.heldBytes = heldBytes();
+    shape.nanosecondsPerPixel = format_->saver.nanosecondsPerPixel;
     outcome_.memory = memoryOf(plan, shape);
     outcome_.estimatedSeconds = secondsOf(plan, shape, options_.threads);
     requireMemory(job_.input, outcome_.memory, options_.mostMemory);
@@ -122,27 +143,26 @@ class Road {
     return bytes && !isBlended(options_.settings) ? 8 : 32;
   }
 
-  // With a reference edge a picture passes by in lines, else it is in memory as a whole.
-  Picture equalize() { return run_.reference_edge != 0 ? equalizeInLines() : equalizeWhole(); }
+  Picture equalize() { return isInLines() ? equalizeInLines() : equalizeWhole(); }
 
   // In its own place, where its samples stay what they are.
-  Picture equalizeWhole() const {
-    const Picture picture = decodePicture(*opened_, job_.input);
+  Picture equalizeWhole() {
+    opened_ = decodePicture(*opened_, job_.input);  // what the image library holds to read it goes
+    const Picture picture = *opened_;
     const Picture result = picture.samples() == samples_ ? picture : roomFor(picture, samples_);
     if (options_.plugin != nullptr) {
-      equalizeByPlugin(job_.input, options_.plugin, run_, documentDepth(), picture.record(), result.record(),
-                       maskFor(picture));
+      std::vector<float> mask;
+      if (options_.settings.mask) mask = maskWeights(*options_.settings.mask, picture);
+      equalizeByPlugin(job_.input, options_.plugin, run_, documentDepth(), picture.record(), result.record(), mask);
     } else {
-      equalizeByEngine(job_.input, run_, options_.threads, picture.record(), result.record(), maskFor(picture));
+      equalizeInMemory(picture, result);
     }
     renewThumbnail(result, result);
     return result;
   }
 
-  // Where it is not read twice, what is decoded is kept for the result.
   Picture equalizeInLines() {
-    const FileFormat* const format = formatOf(*opened_);
-    const bool twice = job_.input != pipeName && format != nullptr && format->loader.has(readsTwice);
+    const bool twice = isReadTwice();
     if (!twice) opened_ = decodePicture(*opened_, job_.input);
     streamed_.emplace(job_.input, run_, opened_->shape());
     std::optional<SmallCopy> small;
@@ -156,18 +176,19 @@ class Road {
     std::optional<Picture> mask;
     if (options_.settings.mask) mask = maskOver(*options_.settings.mask, *opened_);
     const Picture result = streamed_->result(*opened_, {}, samples_, mask);
-    if (small) renewThumbnail(result, equalizedCopy(small->copy()));
+    if (small) {
+      const Picture copy = small->copy();
+      equalizeInMemory(copy, copy);  // the look is the same at every size
+      renewThumbnail(result, copy);
+    }
     return result;
   }
 
-  // The look is the same at every size.
-  Picture equalizedCopy(const Picture& small) const {
-    equalizeByEngine(job_.input, run_, options_.threads, small.record(), small.record(), maskFor(small));
-    return small;
-  }
-
-  std::vector<float> maskFor(const Picture& picture) const {
-    return options_.settings.mask ? maskWeights(*options_.settings.mask, picture) : std::vector<float>();
+  void equalizeInMemory(const Picture& picture, const Picture& result) const {
+    std::optional<Picture> mask;
+    if (options_.settings.mask) mask = decodePicture(maskOver(*options_.settings.mask, picture), job_.input);
+    const orbel_picture weights = mask ? mask->record() : orbel_picture{};
+    equalizeByEngine(job_.input, run_, options_.threads, picture.record(), result.record(), mask ? &weights : nullptr);
   }
 
   void writeToPipe(const Picture& picture) {

@@ -81,8 +81,12 @@ void takeApart(const BandsArguments& arguments) {
     const orbel_plan plan = planFor(input, run, picture.shape(), 0);
     requireShortWork(input, run, plan, 0, arguments.limits.mostMinutes);
     // The view beside the picture.
-    const int bytes = 2 * bytesOf(picture.samples());
-    const double memory = memoryOf(plan, {picture.channels(), picture.colours(), bytes, bytes, 0, false});
+    RunShape shape;
+    shape.width = picture.width();
+    shape.height = picture.height();
+    shape.channels = picture.channels();
+    shape.readBytes = shape.writtenBytes = 2 * bytesOf(picture.samples());
+    const double memory = memoryOf(plan, shape);
     requireMemory(input, memory, arguments.limits.mostMemory());
     BandFiles files(arguments, views, picture.samples() == SampleType::floats);
     const orbel_picture source = picture.record();

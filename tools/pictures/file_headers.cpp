@@ -35,6 +35,20 @@ bool beginsFrame(std::uint32_t marker) {
   return marker >= 0xFFC0 && marker <= 0xFFCF && marker != 0xFFC4 && marker != 0xFFC8 && marker != 0xFFCC;
 }
 
+// The marker of a JPEG file's frame, whose content comes next; 0 where there is none.
+std::uint32_t jpegFrame(std::ifstream& stream) {
+  if (bigEndian<2>(stream) != 0xFFD8) return 0;
+  while (stream) {
+    std::uint32_t marker = bigEndian<2>(stream);
+    while (marker == 0xFFFF) marker = 0xFF00 | bigEndian<1>(stream);  // fill bytes
+    const std::uint32_t size = bigEndian<2>(stream);
+    if (marker < 0xFFC0 || size < 2) return 0;
+    if (beginsFrame(marker)) return marker;
+    stream.seekg(size - 2, std::ios::cur);
+  }
+  return 0;
+}
+
 }  // namespace
 
 std::optional<TiffHeader> tiffHeader(const std::string& file, int page) {
@@ -87,29 +101,24 @@ std::string webpCompression(const std::string& file, int /*page*/) {
   return "";
 }
 
+bool jpegIsProgressive(const std::string& file) {
+  std::ifstream stream(file, std::ios::binary);
+  const std::uint32_t marker = jpegFrame(stream);
+  return marker == 0xFFC2 || marker == 0xFFCA;  // by Huffman's codes, and by arithmetic ones
+}
+
 std::optional<ChromaShare> jpegChroma(const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
-  if (bigEndian<2>(stream) != 0xFFD8) return std::nullopt;
-  while (stream) {
-    std::uint32_t marker = bigEndian<2>(stream);
-    while (marker == 0xFFFF) marker = 0xFF00 | bigEndian<1>(stream);  // fill bytes
-    const std::uint32_t size = bigEndian<2>(stream);
-    if (marker < 0xFFC0 || size < 2) return std::nullopt;
-    if (!beginsFrame(marker)) {
-      stream.seekg(size - 2, std::ios::cur);
-      continue;
-    }
-    stream.seekg(5, std::ios::cur);  // precision, height, width
-    if (bigEndian<1>(stream) != 3) return std::nullopt;
-    std::array<std::uint32_t, 3> factors{};  // across in the high four bits, down in the low ones
-    for (std::uint32_t& factor : factors) factor = (bigEndian<3>(stream) >> 8) & 0xFF;
-    const std::uint32_t across = factors[1] >> 4;
-    const std::uint32_t down = factors[1] & 15;
-    if (!stream || across == 0 || down == 0 || factors[1] != factors[2]) return std::nullopt;
-    const ChromaShare share{static_cast<int>((factors[0] >> 4) / across), static_cast<int>((factors[0] & 15) / down)};
-    return share.across > 0 && share.down > 0 ? std::optional<ChromaShare>(share) : std::nullopt;
-  }
-  return std::nullopt;
+  if (jpegFrame(stream) == 0) return std::nullopt;
+  stream.seekg(5, std::ios::cur);  // precision, height, width
+  if (bigEndian<1>(stream) != 3) return std::nullopt;
+  std::array<std::uint32_t, 3> factors{};  // across in the high four bits, down in the low ones
+  for (std::uint32_t& factor : factors) factor = (bigEndian<3>(stream) >> 8) & 0xFF;
+  const std::uint32_t across = factors[1] >> 4;
+  const std::uint32_t down = factors[1] & 15;
+  if (!stream || across == 0 || down == 0 || factors[1] != factors[2]) return std::nullopt;
+  const ChromaShare share{static_cast<int>((factors[0] >> 4) / across), static_cast<int>((factors[0] & 15) / down)};
+  return share.across > 0 && share.down > 0 ? std::optional<ChromaShare>(share) : std::nullopt;
 }
 
 bool netpbmSizeIs(const std::string& file, int width, int height) {
@@ -127,6 +136,11 @@ bool netpbmSizeIs(const std::string& file, int width, int height) {
 int pngBits(const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
   return stream.seekg(24).get();
+}
+
+bool pngIsInterlaced(const std::string& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return stream.seekg(28).get() == 1;
 }
 
 int photoshopBits(const std::string& file) {

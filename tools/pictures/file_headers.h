@@ -31,6 +31,10 @@ struct ChromaShare {
 // Nothing for grey and inks, and for what is no JPEG file.
 std::optional<ChromaShare> jpegChroma(const std::string& file);
 
+// Whether all of a file has to be read before its first line is known.
+bool jpegIsProgressive(const std::string& file);
+bool pngIsInterlaced(const std::string& file);
+
 // Whether a PPM, PGM or PFM file is of this size by its header; true for other files.
 bool netpbmSizeIs(const std::string& file, int width, int height);
 

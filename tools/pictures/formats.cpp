@@ -15,16 +15,16 @@ namespace {
 constexpr SampleType bits8 = SampleType::bytes;
 constexpr SampleType bits16 = SampleType::words;
 constexpr SampleType floats = SampleType::floats;
-constexpr Loader jpeg{"jpeg", readsTwice | seesMetadata};
-constexpr Loader png{"png", readsTwice | seesSomeMetadata, nullptr, pngHidesMetadata};
+constexpr Loader jpeg{"jpeg", readsTwice | seesMetadata, nullptr, nullptr, 6, jpegIsProgressive};
+constexpr Loader png{"png", readsTwice | seesSomeMetadata, nullptr, pngHidesMetadata, 3, pngIsInterlaced};
 constexpr Loader tiff{"tiff", readsTwice | seesXmp | garblesIptc, tiffCompression, tiffHidesMetadata};
-constexpr Loader webp{"webp", readsTwice | resolutionInExif | seesMetadata, webpCompression};
-constexpr Loader heif{"heif", resolutionInExif | lendsMetadata};
-constexpr Loader jpeg2000{"jp2k", pagesAreOne};
-constexpr Loader netpbm{"ppm", readsTwice | whiteUnsaid | sizeClipped | seesMetadata};
-constexpr Loader magick{"magick", pagesAreOne | garblesIptc};
-constexpr Loader gif{"gif", goesOnInComments};
-constexpr Loader jpegXl{"jxl"};
+constexpr Loader webp{"webp", readsTwice | resolutionInExif | seesMetadata, webpCompression, nullptr, 7.5};
+constexpr Loader heif{"heif", resolutionInExif | lendsMetadata, nullptr, nullptr, 7.5};
+constexpr Loader jpeg2000{"jp2k", pagesAreOne, nullptr, nullptr, 12};
+constexpr Loader netpbm{"ppm", readsTwice | whiteUnsaid | sizeClipped | seesMetadata, nullptr, nullptr, 3};
+constexpr Loader magick{"magick", pagesAreOne | garblesIptc, nullptr, nullptr, 16};
+constexpr Loader gif{"gif", goesOnInComments, nullptr, nullptr, 8};
+constexpr Loader jpegXl{"jxl", 0, nullptr, nullptr, 6};
 
 const Saver none{};
 
@@ -65,6 +65,7 @@ Saver heifSaver() {
   Saver saver = lossyOrLossless("heifsave_target");
   saver.wantsBareXmp = true;
   saver.nanosecondsPerPixel = 1500;
+  saver.heldBytes = 27;
   return saver;
 }
 
@@ -93,7 +94,8 @@ const std::vector<FileFormat>& fileFormats() {
   constexpr Metadata noExif{true, false, true, false};
   constexpr Metadata exifAndXmp{false, true, true, false};
   constexpr Metadata texts{false, true, true, true};
-  const Saver webpSaver = lossyOrLossless("webpsave_target");
+  Saver webpSaver = lossyOrLossless("webpsave_target");
+  webpSaver.heldBytes = 7.7;  // 30 where it is lossless
   const Saver ppmSaver = netpbmSaver(VIPS_FOREIGN_PPM_FORMAT_PPM);
   const Saver pgmSaver = netpbmSaver(VIPS_FOREIGN_PPM_FORMAT_PGM);
   const Saver pfmSaver = netpbmSaver(VIPS_FOREIGN_PPM_FORMAT_PFM);

@@ -41,6 +41,12 @@ struct Loader {
   std::string (*compressionOf)(const std::string& file, int page) = nullptr;
   // Whether a file may hold metadata beside those that the library sees. Null where nobody has looked: it may.
   bool (*hidesMetadata)(const std::string& file, const Metadata& seen) = nullptr;
+  // What it holds of a picture while it reads: bytes a pixel, about, measured with 8 bits in colour. Null for whether a
+  // file is so: all are.
+  double heldBytes = 0;
+  bool (*holds)(const std::string& file) = nullptr;
+
+  double heldBytesOf(const std::string& file) const { return holds == nullptr || holds(file) ? heldBytes : 0; }
 
   bool has(LoaderTrait trait) const { return (traits & trait) != 0; }
 };
@@ -73,6 +79,7 @@ struct Saver {
   // What reading, writing and all else but the filtering take on one core: between JPEG (40) and PNG (150), as with
   // JPEG 2000 and WebP, on an AMD EPYC.
   double nanosecondsPerPixel = 100;
+  double heldBytes = 0;  // a pixel, while it writes, about
 };
 
 struct FileFormat {

@@ -60,10 +60,12 @@ VImage scaledToSizeOf(const Picture& picture, const VImage& mask) {
 
 }  // namespace
 
-void requireThatMaskFits(const std::string& mask, const Picture& picture) {
-  translated(mask, Cause::Damaged, [&] {
+double requireThatMaskFits(const std::string& mask, const Picture& picture) {
+  return translated(mask, Cause::Damaged, [&] {
     Notes notes;
-    fittingMask(openPicture(mask, notes), mask, picture);
+    const Picture opened = openPicture(mask, notes);
+    fittingMask(opened, mask, picture);
+    return static_cast<double>(opened.width()) * opened.height() * opened.channels() * bytesOf(opened.samples());
   });
 }
 

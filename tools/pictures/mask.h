@@ -12,8 +12,9 @@
 
 namespace orbel {
 
-// Throws Failure when maskWeights would, as far as the header of the mask's file tells.
-void requireThatMaskFits(const std::string& mask, const Picture& picture);
+// Throws Failure when maskOver would, as far as the header of the mask's file tells. Gives the bytes that a mask keeps in
+// memory.
+double requireThatMaskFits(const std::string& mask, const Picture& picture);
 
 // A mask that lies over the picture, of its size, made where it is asked for: grey in floats, 0 to 1, but for what masks of
 // floats hold. Throws Failure about the mask when it can't be read, and when its proportions are others than the
