@@ -205,7 +205,7 @@ TEST_F(Orbel, NamesOutputsByFolderPatternAndSuffixAndRefusesWhatIsThere) {
 TEST_F(Orbel, WaitsForTheMemoryThatAnotherHas) {
   for (const char* name : {"a.pgm", "b.pgm", "c.pgm"}) save(name, testPicture(1).replicate(4, 4));
   const Watch watch;
-  runWell("apply a.pgm b.pgm c.pgm -j 3 --memory 150M --radius 9 --edge on");
+  runWell("apply a.pgm b.pgm c.pgm -j 3 --memory 50M --radius 9 --edge on");
   int inWork = 0;
   int begun = 0;
   for (const auto& [appears, name] : watch.events()) {

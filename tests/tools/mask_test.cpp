@@ -107,7 +107,7 @@ TEST_F(MaskTest, BandsAddUp) {
   EXPECT_GT(load("bands/contact-sheet.png").width(), 3 * 70);
   EXPECT_EQ(orbel("bands in.tif -o bands"), 1);
   EXPECT_EQ(orbel("bands in.tif -o bands -f --ref-edge 70"), 0);
-  EXPECT_EQ(orbel("bands in.tif -o none --memory 50M"), 1);
+  EXPECT_EQ(orbel("bands in.tif -o none --memory 20M"), 1);
   EXPECT_FALSE(fs::exists("none"));
 }
 

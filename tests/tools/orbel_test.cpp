@@ -118,12 +118,34 @@ TEST_F(Orbel, RenewsThumbnails) {
   setBlob(picture, thumbnail, VImage::black(160, 80).jpegsave_buffer());
   save("in.jpg", picture);
   for (const std::string out : {"out.jpg", "out.webp"}) {
-    runWell("in.jpg " + out + " --contrast 0 --factor 0 --half --planes");
-    const std::string jpeg = blobOf(load(out), thumbnail);
-    const VImage shown = VImage::new_from_buffer(jpeg, "");
-    EXPECT_EQ(shown.width(), 160);
-    EXPECT_EQ(shown.height(), 80);
-    EXPECT_LE((shown - 128).abs().max(), 2) << out;
+    for (const std::string options : {"", " --ref-edge 200", " --ref-edge 200 --crop 240x120+7+5"}) {
+      runWell("in.jpg " + out + " -f --contrast 20 --factor 50 --planes" + options);
+      const std::string jpeg = blobOf(load(out), thumbnail);
+      const VImage shown = VImage::new_from_buffer(jpeg, "");
+      const VImage expected = load(out).thumbnail_image(160);
+      ASSERT_EQ(shown.height(), expected.height());
+      EXPECT_LE((shown - expected).abs().avg(), 3) << out << options;
+    }
+  }
+}
+
+// Shown upright, the part is the whole's.
+TEST_F(Orbel, WritesAPartAsTheWholeHasIt) {
+  VImage picture = testPicture(3);
+  for (int orientation = 1; orientation <= 8; ++orientation) {
+    picture = picture.copy();
+    picture.set(VIPS_META_ORIENTATION, orientation);
+    save("in.tif", picture);
+    for (const std::string options : {" --contrast 150", " --contrast 150 --ref-edge 99 --cross 4"}) {
+      runWell("in.tif whole.tif -f" + options);
+      runWell("in.tif part.tif -f --crop 40x30+25+11" + options);
+      const VImage expected = load("whole.tif").autorot().extract_area(25, 11, 40, 30);
+      EXPECT_EQ(difference(load("part.tif").autorot(), expected), 0) << orientation << options;
+    }
+  }
+  EXPECT_EQ(run("in.tif part.tif -f --crop 9999x1+0+0").code(), 1);
+  for (const char* wrong : {"40x30", "40x30+1", "0x30+1+1", "40x30+-1+0", "ax30+1+1"}) {
+    EXPECT_EQ(run(std::string("in.tif part.tif -f --crop ") + wrong).code(), 2) << wrong;
   }
 }
 

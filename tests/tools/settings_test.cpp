@@ -102,7 +102,7 @@ TEST_F(SettingsTest, NameTheFileAndTheLine) {
       {"cross = 3000000000", ":1: 'cross' takes a whole number"},
       {"half = true\nthreshold = [255, 10, -1, 10, 10]", ":2: -1 is out of range; threshold goes from 0 to 255"},
       {"mix = 100.5", ":1: mix: a mix goes from 0 to 100"},
-      {"ref-edge = -1", ":1: ref-edge: an edge can't be below 0 pixels"},
+      {"ref-edge = -1", ":1: ref-edge: an edge goes from 0 to 32767 pixels"},
       {"mask = 1", ":1: 'mask' takes a text in quotes"},
       {"half = true\nhalf = true", ":2: "},
       {"description = \"\xff\"", ":1: "}};

@@ -43,7 +43,7 @@ bool sendLine(int connection, const std::string& line) {
 // Both sides speak in lines of JSON.
 //
 // --- In the process of one file. It says what memory it needs, waits for an answer, works, has answers of exiftool
-// meanwhile, and says what came of it.
+// meanwhile, tells how far it is, and says what came of it.
 
 nlohmann::json answerTo(const nlohmann::json& question, int connection) {
   std::string line;
@@ -65,8 +65,9 @@ Outcome workOn(const Job& job, const JobOptions& options, int connection) {
     const auto answer = answerTo({{"exiftool", request.arguments}, {"seconds", request.seconds}}, connection);
     return {answer.at("status"), answer.at("text")};
   };
+  const auto tellPart = [&](double part) { sendLine(connection, jsonLine({{"part", part}})); };
   try {
-    return doJob(job, options, {waitFor, askExiftool});
+    return doJob(job, options, {waitFor, askExiftool, tellPart});
   } catch (const std::exception&) {
     return outcomeOf(job, Outcome::Status::Failed, failureInHand(job.input));
   }
@@ -165,6 +166,8 @@ class Batch {
   void hear(Worker& worker, const nlohmann::json& said) {
     if (said.contains("needs")) {
       worker.needs = said["needs"];
+    } else if (said.contains("part")) {
+      report_.tellPart(worker.job->input, said["part"]);
     } else if (said.contains("exiftool")) {
       exiftool_.ask(worker.process, {said["exiftool"], said["seconds"]});
     } else {

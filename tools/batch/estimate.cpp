@@ -99,7 +99,11 @@ double memoryOf(const orbel_plan& plan, const RunShape& s) {
   const double pixels = pixelsOf(s);
   const double lines = linesInHand * s.width * s.channels * std::max(s.readBytes, s.writtenBytes);
   const double library = s.heldBytes * pixels + lines;
-  if (s.inLines) return processBytes + plan.bytes + s.maskBytes + library + (s.kept ? pixels * s.channels * s.readBytes : 0);
+  if (s.inLines) {
+    const double kept = s.kept ? pixels * s.channels * s.readBytes : 0;
+    const double mask = s.maskBytes > 0 ? s.maskBytes + linesInHand * s.width * s.channels : 0;
+    return processBytes + plan.bytes + kept + mask + library;
+  }
   double bytes = s.channels * s.readBytes;  // a pixel
   if (s.readBytes != s.writtenBytes) bytes += s.channels * s.writtenBytes;
   if (s.blended) bytes += static_cast<double>(sizeof(float));

@@ -90,6 +90,7 @@ class Road {
     requireThatFormatHolds(*format_, *opened_, samples_, job_.output);
     noteMisnomer(job_.input, *opened_, *format_, outcome_.notes);
     save_ = keepPacking(job_.input, options_.page.value_or(1), *opened_, *format_, options_.save, outcome_.notes);
+    if (options_.crop) requireThatPartLiesIn(*options_.crop, *opened_, job_.input);
     outcome_.width = opened_->width();
     outcome_.height = opened_->height();
     outcome_.bits = depthOf(samples_);
@@ -157,16 +158,21 @@ class Road {
     } else {
       equalizeInMemory(picture, result);
     }
-    renewThumbnail(result, result);
-    return result;
+    const Picture whole = options_.crop ? cutOut(result, *partToWrite()) : result;
+    renewThumbnail(whole, whole);
+    return whole;
+  }
+
+  std::optional<Rectangle> partToWrite() const {
+    return options_.crop ? std::optional(asStored(*options_.crop, *opened_)) : std::nullopt;
   }
 
   Picture equalizeInLines() {
     const bool twice = isReadTwice();
     if (!twice) opened_ = decodePicture(*opened_, job_.input);
-    streamed_.emplace(job_.input, run_, opened_->shape());
+    streamed_.emplace(job_.input, run_, opened_->shape(), surroundings_.tellPart);
     std::optional<SmallCopy> small;
-    if (hasThumbnail(*opened_)) small.emplace(*opened_);
+    if (hasThumbnail(*opened_) && !options_.crop) small.emplace(*opened_);
     readInLines(*opened_, job_.input, [&](const orbel_picture& lines) {
       if (small) small->take(lines);
       return streamed_->take(lines);
@@ -175,7 +181,13 @@ class Road {
     if (twice) opened_ = openPicture(job_.input, known, options_.page);
     std::optional<Picture> mask;
     if (options_.settings.mask) mask = maskOver(*options_.settings.mask, *opened_);
-    const Picture result = streamed_->result(*opened_, {}, samples_, mask);
+    const std::optional<Rectangle> part = partToWrite();
+    const Picture result = streamed_->result(*opened_, part, samples_, mask);
+    if (part && hasThumbnail(result)) {
+      const Picture cut = decodePicture(result, job_.input);
+      renewThumbnail(cut, cut);
+      return cut;
+    }
     if (small) {
       const Picture copy = small->copy();
       equalizeInMemory(copy, copy);  // the look is the same at every size

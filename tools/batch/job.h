@@ -33,7 +33,8 @@ struct JobOptions {
   std::optional<int> hostDepth;       // of a module's document; the least that loses nothing if not given
   std::optional<SampleType> samples;  // of the output; as the input's if not given
   SaveOptions save;
-  std::optional<int> page;  // of the inputs
+  std::optional<int> page;        // of the inputs
+  std::optional<Rectangle> crop;  // of the picture as it is shown: what is written of the result
   bool keepsOriginal = false;
   bool writesRecipe = false;
   bool dryRun = false;
@@ -49,6 +50,7 @@ Outcome outcomeOf(const Job& job, Outcome::Status status, const Failure& why);
 struct Surroundings {
   std::function<void(double)> waitFor;  // called with bytes of memory before they are taken; returns when they are free
   AskExiftool askExiftool;
+  std::function<void(double)> tellPart;  // of the work that is done, 0 to 1, now and then
 };
 
 // Does the job; in a dry run all but the work itself and the writing: the picture is read to its end. Throws Failure,

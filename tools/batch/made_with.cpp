@@ -43,6 +43,7 @@ json settingsOf(const JobOptions& options, const std::optional<std::string>& plu
   if (options.samples) settings["depth"] = depthOf(*options.samples);
   if (options.save.quality) settings["quality"] = *options.save.quality;
   if (options.save.compression) settings["compression"] = *options.save.compression;
+  if (const auto& crop = options.crop) settings["crop"] = {crop->width, crop->height, crop->x, crop->y};
   if (options.hostDepth) settings["host-depth"] = *options.hostDepth;
   if (plugin) settings["plugin"] = bareName(*plugin);
   return json::parse(asciiOf(settings));  // as it will be read: a name may hold bytes that are no text

@@ -41,8 +41,15 @@ double Report::secondsGone() const {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
 }
 
+double Report::bytesGone() const {
+  double bytes = bytesDone_;
+  for (const auto& [input, part] : partsDone_) bytes += part * sizeOfFile(input);
+  return bytes;
+}
+
 double Report::secondsLeft() const {
-  return bytesDone_ > 0 ? secondsGone() * std::max(0.0, bytes_ / bytesDone_ - 1) : 0;
+  const double gone = bytesGone();
+  return gone > 0 ? secondsGone() * std::max(0.0, bytes_ / gone - 1) : 0;
 }
 
 double Report::megapixelsPerSecond() const { return megapixels_ / std::max(secondsGone(), 1e-3); }
@@ -74,6 +81,7 @@ void Report::report(const Outcome& o) {
 
 void Report::tell(const Outcome& outcome) {
   clearBar();
+  partsDone_.erase(outcome.input);
   bytesDone_ += sizeOfFile(outcome.input);
   estimatedSeconds_ += outcome.estimatedSeconds;
   megapixels_ += outcome.status == Outcome::Status::Done ? outcome.megapixels() : 0;
@@ -86,13 +94,15 @@ void Report::tell(const Outcome& outcome) {
   tick();
 }
 
-void Report::printProgress() const {
+void Report::printProgress() {
+  printed_ = secondsGone();
   const std::size_t gone = done_ + failed_ + skipped_;
   if (options_.progress == Progress::Json) {
     fmt::print(stderr, "{}",
                jsonLine({{"files", files_},
                          {"done", gone},
                          {"failed", failed_},
+                         {"part", bytes_ > 0 ? std::min(1.0, bytesGone() / bytes_) : 0},
                          {"megapixels_per_second", megapixelsPerSecond()},
                          {"seconds_left", secondsLeft()}}));
   } else if (options_.progress == Progress::Lines) {
@@ -102,15 +112,17 @@ void Report::printProgress() const {
 }
 
 void Report::tick() {
-  if (options_.progress != Progress::Bar || secondsGone() < secondsBeforeBar) return;
-  drawBar();
+  constexpr double secondsBetweenLines = 2;
+  const double gone = secondsGone();
+  if (options_.progress == Progress::Bar && gone >= secondsBeforeBar) drawBar();
+  if (!partsDone_.empty() && gone >= printed_ + secondsBetweenLines) printProgress();
 }
 
 void Report::drawBar() {
   constexpr std::size_t cells = 30;
   const std::size_t gone = done_ + failed_ + skipped_;
-  const auto full = static_cast<std::size_t>(bytes_ > 0 ? static_cast<double>(cells) * bytesDone_ / bytes_ : 0);
-  const std::string left = bytesDone_ > 0 ? clock(secondsLeft()) + " left" : clock(secondsGone());
+  const auto full = static_cast<std::size_t>(bytes_ > 0 ? static_cast<double>(cells) * bytesGone() / bytes_ : 0);
+  const std::string left = bytesGone() > 0 ? clock(secondsLeft()) + " left" : clock(secondsGone());
   fmt::print(stderr, "\r\033[K[{:=<{}}{: <{}}] {} of {} files, {:.1f} megapixels/s, {}", "", std::min(full, cells), "",
              cells - std::min(full, cells), gone, files_, megapixelsPerSecond(), left);
   std::fflush(stderr);

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,9 @@ class Report {
   // Of the whole, where there was more than one file.
   void summarize();
 
+  // So much of a file's work is done, 0 to 1.
+  void tellPart(const std::string& input, double part) { partsDone_[input] = part; }
+
   // From time to time: keeps the bar alive.
   void tick();
 
@@ -39,24 +43,27 @@ class Report {
 
  private:
   double secondsGone() const;
+  double bytesGone() const;  // with those of files that are in work
   double secondsLeft() const;
   double megapixelsPerSecond() const;
   std::string line(const Outcome& outcome) const;
   void report(const Outcome& outcome);
   void drawBar();
   void clearBar();
-  void printProgress() const;
+  void printProgress();
 
   ReportOptions options_;
   std::size_t files_;
   double bytes_;
   double bytesDone_ = 0;
+  std::map<std::string, double> partsDone_;
   double megapixels_ = 0;
   double estimatedSeconds_ = 0;
   std::size_t done_ = 0;
   std::size_t failed_ = 0;
   std::size_t skipped_ = 0;
   bool barIsThere_ = false;
+  double printed_ = 0;  // the seconds that had gone by then
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 

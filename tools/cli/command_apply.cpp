@@ -82,6 +82,20 @@ CLI::Validator oneOf(const std::vector<std::pair<std::string, Value>>& words) {
           ""};
 }
 
+Rectangle partFrom(const std::string& option, const std::string& text) {
+  std::vector<std::string> numbers = split(text, '+');
+  const std::vector<std::string> sides = split(numbers.front(), 'x');
+  if (numbers.size() != 3 || sides.size() != 2) {
+    throw SettingsError(option + ": " + orbel::quoted(text) + " is no WxH+X+Y in pixels");
+  }
+  const auto number = [&](const std::string& digits) { return integerFrom(option + " " + text, digits); };
+  const Rectangle part = {number(numbers[1]), number(numbers[2]), number(sides[0]), number(sides[1])};
+  if (part.width < 1 || part.height < 1 || part.x < 0 || part.y < 0) {
+    throw SettingsError(option + ": " + orbel::quoted(text) + " is no part of a picture");
+  }
+  return part;
+}
+
 void describeInputs(CLI::App& command, ApplyArguments& a) {
   command.add_option("IN", a.inputs.names, "Pictures, or folders with -r; - is the standard input")->type_name("");
   const char* group = "Input";
@@ -122,6 +136,12 @@ void describeOutput(CLI::App& command, ApplyArguments& a) {
       ->group(group)
       ->type_name("DEPTH")
       ->transform(oneOf(depths));
+  command
+      .add_option_function<std::string>(
+          "--crop", [&a](const std::string& text) { a.job.crop = partFrom("--crop", text); },
+          "Write this part of the result alone, as the whole would have it: WxH+X+Y, of the picture as it is shown")
+      ->group(group)
+      ->type_name("PART");
   command.add_option("--quality", a.job.save.quality, "For JPEG, WebP, HEIF and JPEG 2000, 1 to 100 (default 95)")
       ->group(group)
       ->type_name("N")

@@ -65,6 +65,37 @@ Picture uprightColours(const Picture& decoded) {
   });
 }
 
+void requireThatPartLiesIn(const Rectangle& part, const Picture& picture, const std::string& name) {
+  const bool turned = picture.orientation() > 4;
+  const int width = turned ? picture.height() : picture.width();
+  const int height = turned ? picture.width() : picture.height();
+  if (part.width <= width - part.x && part.height <= height - part.y) return;
+  throw Failure(name,
+                "--crop " + std::to_string(part.width) + "x" + std::to_string(part.height) + "+" +
+                    std::to_string(part.x) + "+" + std::to_string(part.y) + " reaches beyond its " +
+                    std::to_string(width) + " x " + std::to_string(height) + " pixels",
+                Cause::Settings);
+}
+
+// Exif 2.32, 4.6.4, the tag Orientation: from 5 on rows are shown as columns.
+Rectangle asStored(const Rectangle& shown, const Picture& picture) {
+  const int orientation = picture.orientation();
+  Rectangle part = shown;
+  if (orientation > 4) part = {shown.y, shown.x, shown.height, shown.width};
+  const bool fromRight = orientation == 2 || orientation == 3 || orientation == 7 || orientation == 8;
+  const bool fromBottom = orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;
+  if (fromRight) part.x = picture.width() - part.x - part.width;
+  if (fromBottom) part.y = picture.height() - part.y - part.height;
+  return part;
+}
+
+Picture cutOut(const Picture& decoded, const Rectangle& part) {
+  return translated(nameOf(decoded), Cause::Other, [&] {
+    return pictureOf(imageOf(decoded).extract_area(part.x, part.y, part.width, part.height).copy_memory(),
+                     nameOf(decoded));
+  });
+}
+
 std::string xmpOf(const Picture& picture) {
   const VImage& image = imageOf(picture);
   if (image.get_typeof(VIPS_META_XMP_NAME) != VIPS_TYPE_BLOB) return "";

@@ -79,6 +79,15 @@ Picture roomFor(const Picture& like, SampleType samples);
 // The picture as it is shown, decoded: turned upright, and without alpha. Throws Failure about the picture's file.
 Picture uprightColours(const Picture& decoded);
 
+// Throws Failure about the file for a part that reaches beyond the picture as it is shown.
+void requireThatPartLiesIn(const Rectangle& part, const Picture& picture, const std::string& name);
+
+// Where a part of the picture as it is shown lies in the picture as it is stored, which its orientation will turn.
+Rectangle asStored(const Rectangle& shown, const Picture& picture);
+
+// A part of a decoded picture as it is stored, in memory of its own. Throws Failure about the picture's file.
+Picture cutOut(const Picture& decoded, const Rectangle& part);
+
 // The picture's XMP packet; empty where it has none.
 std::string xmpOf(const Picture& picture);
 

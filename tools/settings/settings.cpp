@@ -74,7 +74,10 @@ void setMix(Settings& settings, const std::string& option, double percent) {
 }
 
 void setReferenceEdge(Settings& settings, const std::string& option, int pixels) {
-  if (pixels < 0) throw SettingsError(option + ": an edge can't be below 0 pixels");
+  constexpr int longestSide = 32767;
+  if (pixels < 0 || pixels > longestSide) {
+    throw SettingsError(fmt::format("{}: an edge goes from 0 to {} pixels", option, longestSide));
+  }
   settings.run.reference_edge = pixels;
 }
 
