@@ -15,9 +15,11 @@ else
 fi
 for i in $(seq 2 "${2:-12}"); do cp "$folder/in/1.jpg" "$folder/in/$i.jpg"; done
 
+TIMEFORMAT="%U + %S s of processor time, %R s"
 for jobs in "-j 1 -t 1" "-j 1" "-j 2" "-j 1" "-j 2"; do
   rm -rf "$folder/out"
+  printf '%-10s ' "$jobs"
   # shellcheck disable=SC2086
-  printf '%-10s %s\n' "$jobs" "$("$orbel" apply -r "$folder/in" -o "$folder/out" -p clarity $jobs | tail -1)"
+  time "$orbel" apply -r "$folder/in" -o "$folder/out" -p clarity -q $jobs
 done
 nproc

@@ -4,8 +4,8 @@
 bench/same_look.py ORBEL PHOTO...: each photograph is brought to s times the reference edge, equalized and reduced by s,
 and held against the one that is reduced first and equalized then; below the reference edge, the one at the reference
 edge is held against its reduction. Levels of 8 bits over all photographs: the mean difference, and the 99th percentile
-behind it; from the mean is taken what resampling alone makes, that is reducing what was enlarged. Works at 16 bits.
-Needs the program vips (libvips-tools) and python3-numpy; some minutes.
+behind it; from both is taken what resampling alone makes, that is reducing what was enlarged. Works in floats, so that
+nothing is clipped or rounded. Needs the program vips (libvips-tools) and python3-numpy; some minutes.
 """
 
 import subprocess
@@ -27,28 +27,25 @@ def vips(*arguments):
 
 def samples(image):
     vips("rawsave", image, folder / "raw")
-    return numpy.fromfile(folder / "raw", numpy.uint16).astype(numpy.float32) / 257
+    return 255 * numpy.fromfile(folder / "raw", numpy.float32)
+
+
+def size_of(image):
+    return [int(subprocess.check_output(["vipsheader", "-f", field, image])) for field in ("width", "height")]
 
 
 def scaled(photo, longest, multiple, name):
-    """The photograph with this longer side, cut so that both sides are multiples, at 16 bits."""
-    size = [int(subprocess.check_output(["vipsheader", "-f", field, photo])) for field in ("width", "height")]
-    factor = (longest + 0.5) / max(size)
-    vips("resize", photo, folder / "scaled.v", factor)
-    size = [int(subprocess.check_output(["vipsheader", "-f", field, folder / "scaled.v"])) for field in
-            ("width", "height")]
-    size = [min(side, longest) // multiple * multiple for side in size]
+    """The photograph with this longer side, cut so that both sides are multiples, in floats."""
+    vips("resize", photo, folder / "scaled.v", (longest + 0.5) / max(size_of(photo)))
+    size = [min(side, longest) // multiple * multiple for side in size_of(folder / "scaled.v")]
     vips("extract_area", folder / "scaled.v", folder / "cut.v", 0, 0, *size)
-    vips("linear", folder / "cut.v", folder / "deep.v", 257, 0)
-    vips("cast", folder / "deep.v", folder / "words.v", "ushort")
-    vips("copy", folder / "words.v", folder / name, "--interpretation", "rgb16")
+    vips("linear", folder / "cut.v", folder / "floats.v", 1 / 255, 0)
+    vips("copy", folder / "floats.v", folder / name, "--interpretation", "scrgb")
     return folder / name
 
 
 def reduced(image, by, name):
-    vips("shrink", image, folder / "small.v", by, by)
-    vips("cast", folder / "small.v", folder / "cast.v", "ushort")
-    vips("copy", folder / "cast.v", folder / name, "--interpretation", "rgb16")
+    vips("shrink", image, folder / name, by, by)
     return folder / name
 
 
@@ -71,14 +68,14 @@ for size in (0.25, 0.5, 2, 3, 4, 6):
     for photo in photos:
         large = scaled(photo, int(max(edge, edge * size)), by, "large.tif")
         small = reduced(large, by, "small.tif")
-        alone = 0
+        alone = numpy.zeros(1)
         if size < 1:
             vips("resize", small, folder / "enlarged.tif", by)
-            alone = differences(reduced(folder / "enlarged.tif", by, "again.tif"), small).mean()
+            alone = differences(reduced(folder / "enlarged.tif", by, "again.tif"), small)
         for preset in presets:
             found = differences(reduced(equalized(large, preset, "a.tif"), by, "b.tif"),
                                 equalized(small, preset, "c.tif"))
-            means[preset].append(max(0, found.mean() - alone))
-            ranks[preset].append(numpy.percentile(found, 99))
+            means[preset].append(max(0, found.mean() - alone.mean()))
+            ranks[preset].append(max(0, numpy.percentile(found, 99) - numpy.percentile(alone, 99)))
     cells = [f"{numpy.mean(means[p]):.2f} ({numpy.mean(ranks[p]):.1f})" for p in presets]
     print(f"| {size:g} | " + " | ".join(cells) + " |", flush=True)

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "api/orbel.h"
+#include "support/forced_row.h"
 
 namespace {
 
@@ -50,11 +51,14 @@ orbel_settings settingsFor(int edge, bool luminance) {
   return s;
 }
 
-Image equalized(const orbel_settings& settings, Image image) {
+Image equalized(const orbel_settings& settings, Image image, int threads = 0) {
+  orbel_options options;
+  orbel_options_init(&options, sizeof options);
+  options.threads = threads;
   orbel_picture picture;
   orbel_picture_interleaved(&picture, sizeof picture, ORBEL_FLOAT32, image.width, image.height, image.channels,
                             image.samples.data(), std::ptrdiff_t{4} * image.channels * image.width);
-  EXPECT_EQ(orbel_equalize(&settings, &picture, &picture, nullptr), ORBEL_OK);
+  EXPECT_EQ(orbel_equalize(&settings, &picture, &picture, &options), ORBEL_OK);
   return image;
 }
 
@@ -156,6 +160,21 @@ TEST(ReferenceSize, IsAPlainRunAtThatSize) {
     const Image picture = painted(160, 90, 3);
     EXPECT_EQ(equalized(settingsFor(160, luminance), picture).samples,
               equalized(settingsFor(0, luminance), picture).samples);
+  }
+}
+
+// In every row of bodies that the machine has, and for any number of threads.
+TEST(ReferenceSize, IsTheSameOnEveryProcessor) {
+  for (const int edge : {70, 350}) {
+    const Image picture = painted(201, 143, 3);
+    const Image expected = equalized(settingsFor(edge, true), picture);
+    for (int row = 0; row < rowCount; ++row) {
+      if (!ForcedRow::machineHas(row)) continue;
+      const ForcedRow forced(row);
+      for (const int threads : {1, 3}) {
+        EXPECT_EQ(equalized(settingsFor(edge, true), picture, threads).samples, expected.samples) << row;
+      }
+    }
   }
 }
 

@@ -119,8 +119,8 @@ void addBandsCommand(CLI::App& program, ExitCode&) {
   CLI::App* const command = program.add_subcommand(
       "bands",
       "Write the five bands and the residual of a picture, each by itself, and a contact sheet of them.\n"
-      "Bands show around middle grey, with the gains that are set. --mix, --mask, --luminance, --half and --cross\n"
-      "have no part in it.");
+      "Bands show around middle grey, with the gains that are set, at the scale of the reference edge where there is\n"
+      "one. --mix, --mask, --luminance, --half and --cross have no part in it.");
   const auto arguments = std::make_shared<BandsArguments>();
   BandsArguments& a = *arguments;
   command->add_option("IN", a.input, "Picture to take apart")->required()->type_name("");

@@ -62,7 +62,7 @@ void addSettingsOptions(CLI::App& command, SettingsArguments& a) {
   add(command, whole, "--mask", a.mask, "IMAGE",
       "Let the result show where this picture is white, the original where it is black; of the same proportions");
   add(command, whole, "--reference-edge,--ref-edge", a.referenceEdge, "PIXELS",
-      "The radii are meant for a picture with so long an edge, and scale with the picture (0: take them as they are)");
+      "The settings are meant for a picture with so long an edge: the same look at every size (0: for this picture)");
 
   const char* settings = "Settings";
   add(command, settings, "-p,--preset", a.preset, "NAME|FILE",
