@@ -17,7 +17,7 @@ void WeighedPicture::render(const KivRect& part, const PictureLines& source, con
                             const orbel_picture* mask, Progress* progress) const {
   const PlaneLines lines(source, task_.planes, part.width);
   PictureResult result(part, overlay_ ? &*overlay_ : nullptr, settings_.mix, source, target, mask);
-  putTogether(*look_, part, lines, settings_.half != 0, result, progress);
+  putTogether(*look_, part, lines, {settings_.limit != 0, settings_.half != 0}, result, progress);
 }
 
 struct orbel_look {

@@ -62,14 +62,26 @@ ORBEL_API const char* orbel_version(void);
 
 #define ORBEL_BANDS 5
 
+/* How a picture is taken apart. */
+typedef enum orbel_form {
+  ORBEL_PYRAMID = 0, /* as the plug-in does: each level is half the size of the one before; a band also holds what
+                        halving lost of edges, so that high gains draw halos along them */
+  ORBEL_WAVELETS = 1 /* edge-avoiding wavelets, without halving: no band holds an edge, so that bands can be raised two
+                        and three times without a halo */
+} orbel_form;
+
 /* One band of detail: what the low-pass of its level takes away. Each level is half the size of the one before. */
 typedef struct orbel_band {
   double gain;      /* in percent: 0 removes the band, 100 leaves it, 200 doubles it, below 0 inverts it; default 100 */
-  double radius;    /* standard deviation of the low-pass in pixels of the band's level; 0 for none; default 3 */
+  double radius;    /* standard deviation of the low-pass in pixels of the band's level, each of which is half the size
+                       of the one before; of wavelets three times the distance of the low-pass's taps in such pixels,
+                       to a whole one of the picture that is worked on, whose standard deviation that is; 0 for none;
+                       default 3 */
   double threshold; /* how far samples may differ, on a scale of 0 to 255, and still be smoothed together; for a band
-                       with edges; default 255 for the finest band, 10 for the others */
-  int32_t edges;    /* 1: a bilateral filter, which keeps strong edges out of the band; 0: a Gaussian; default 0 for the
-                       finest band, 1 for the others */
+                       with edges; where they differ so far, wavelets smooth with half the weight; default 255 for the
+                       finest band, 10 for the others */
+  int32_t edges;    /* 1: keep strong edges out of the band, by a bilateral filter or a wavelet's weights; 0: a Gaussian
+                       or a B3 spline; default 0 for the finest band, 1 for the others */
   int32_t reserved; /* 0 */
 } orbel_band;
 
@@ -84,6 +96,9 @@ typedef struct orbel_settings {
   int32_t reference_edge; /* the longer side, in pixels, of the picture that the radii are meant for: the look is then
                              the same at every size; 0: radii are in pixels of the picture, whatever its size;
                              default 0 */
+  int32_t form;           /* an orbel_form; default ORBEL_PYRAMID */
+  int32_t limit; /* 1: hold a pixel's change back as its colours come near to black or white, which none of them
+                    is driven beyond; 0: what is beyond them is clipped; default 0 */
 } orbel_settings;
 
 /* Fills the record with the defaults. size: sizeof(orbel_settings). Returns ORBEL_BAD_ARGUMENT for null and for a size
@@ -95,13 +110,13 @@ ORBEL_API orbel_status orbel_settings_init(orbel_settings* settings, size_t size
  *   gain, residual    -1000 to 1000
  *   radius, overlay, reference_edge  0 to 32767
  *   threshold         0 to 255; 0: no low-pass where edges is 1
- *   edges, half, luminance  0 or 1
+ *   edges, half, luminance, form, limit  0 or 1
  *   mix               0 to 100 */
 ORBEL_API orbel_status orbel_settings_check(const orbel_settings* settings, char* message, size_t capacity);
 
 /* The 24 keys by which scripts for Photoshop know the settings: "CON1" to "CON5" (gain, finest band first), "RAD1" to
- * "RAD5", "THR1" to "THR5", "EDG1" to "EDG5", "FCTR" (residual), "HALF", "LUMI" and "WDTH" (overlay). mix and
- * reference_edge have no key. */
+ * "RAD5", "THR1" to "THR5", "EDG1" to "EDG5", "FCTR" (residual), "HALF", "LUMI" and "WDTH" (overlay). mix,
+ * reference_edge, form and limit have no key: the plug-in knows the pyramid alone. */
 #define ORBEL_KEYS 24
 
 typedef enum orbel_key_kind { ORBEL_KEY_NUMBER = 0, ORBEL_KEY_FLAG = 1, ORBEL_KEY_INTEGER = 2 } orbel_key_kind;
@@ -193,10 +208,11 @@ ORBEL_API orbel_status orbel_options_init(orbel_options* options, size_t size);
  *
  * With a reference edge the picture is worked on at that size: its planes are reduced by area means (enlarged by
  * Lanczos, where they are smaller), equalized there, and what changes, but for the finest band, comes back by bilinear
- * interpolation (by area means): result = picture + (g - 1) * plane + change, g being the finest band's gain and change
- * = equalized - g * reduced. So the look is the same for a picture of any size, and the work hardly depends on it. A
- * picture isn't reduced below a shorter side of 64 samples; the radii take the rest. Where its longer side is the
- * reference edge, the result is that of a run without one.
+ * interpolation (by area means; with wavelets to larger pictures by a guided filter, which keeps their edges): result =
+ * picture + (g - 1) * plane + change, g being the finest band's gain and change = equalized - g * reduced. So the look
+ * is the same for a picture of any size, and the work hardly depends on it. A picture isn't reduced below a shorter
+ * side of 64 samples; the radii take the rest. Where its longer side is the reference edge, the result is that of a run
+ * without one.
  *
  * Samples of 8 bits, and of 16 with white at 32768, become floats and come back as the plug-in converts its host's, so
  * that results are the plug-in's; 16 bits with white at 65535 go by double precision, so that every level comes back.
@@ -208,7 +224,12 @@ ORBEL_API orbel_status orbel_equalize(const orbel_settings* settings, const orbe
 
 /* ---- The plan of a run ------------------------------------------------------------------------------------------- */
 
-typedef enum orbel_low_pass { ORBEL_NONE = 0, ORBEL_GAUSSIAN = 1, ORBEL_BILATERAL = 2 } orbel_low_pass;
+typedef enum orbel_low_pass {
+  ORBEL_NONE = 0,
+  ORBEL_GAUSSIAN = 1,
+  ORBEL_BILATERAL = 2,
+  ORBEL_WAVELET = 3
+} orbel_low_pass;
 
 typedef struct orbel_level {
   int32_t width; /* of the level whose detail the band is; the first one has the size that is worked on */
@@ -246,16 +267,16 @@ ORBEL_API orbel_status orbel_plan_run(const orbel_settings* settings, const orbe
  * picture of at most 32 samples in width or height at the size that is worked on is taken apart again for each look. */
 typedef struct orbel_stack orbel_stack;
 
-/* Takes source apart, with the settings' radii, thresholds, edges, luminance and reference edge. *stack is null with
- * every status but ORBEL_OK. The mask has no part in it. Otherwise as orbel_equalize. */
+/* Takes source apart, with the settings' radii, thresholds, edges, luminance, reference edge and form. *stack is null
+ * with every status but ORBEL_OK. The mask has no part in it. Otherwise as orbel_equalize. */
 ORBEL_API orbel_status orbel_stack_create(const orbel_settings* settings, const orbel_picture* source,
                                           const orbel_options* options, orbel_stack** stack);
 
 /* The same for a picture that comes line by line and is never in memory as a whole: begins a stack for one of this
  * shape, whose base addresses and steps aren't looked at, and takes its next lines, from the top downwards, any number
  * at a time: a picture of the same width, channels and samples, and of so many lines. With the last one it is taken
- * apart, and the stack is like any other, bit for bit. Wants a reference edge (ORBEL_BAD_SETTING). Not for several
- * threads at once on one stack. After a status but ORBEL_OK the stack takes no more lines and is good for
+ * apart, and the stack is like any other, bit for bit. Wants a reference edge or wavelets (ORBEL_BAD_SETTING). Not for
+ * several threads at once on one stack. After a status but ORBEL_OK the stack takes no more lines and is good for
  * orbel_stack_free alone, but ORBEL_BAD_ARGUMENT and ORBEL_BAD_PICTURE leave it as it was. */
 ORBEL_API orbel_status orbel_stack_begin(const orbel_settings* settings, const orbel_picture* shape,
                                          const orbel_options* options, orbel_stack** stack);
@@ -264,9 +285,9 @@ ORBEL_API orbel_status orbel_stack_add(orbel_stack* stack, const orbel_picture* 
 /* A stack weighed: ready to put any part of the picture together. */
 typedef struct orbel_look orbel_look;
 
-/* Weighs a stack with the settings' gains and residual, for results with their half, overlay and mix. ORBEL_BAD_SETTING
- * where radii, thresholds, edges, luminance or reference edge aren't those that the stack was made with. The stack
- * outlives the look. With a reference edge the cost doesn't depend on the picture's size. */
+/* Weighs a stack with the settings' gains and residual, for results with their half, limit, overlay and mix.
+ * ORBEL_BAD_SETTING where radii, thresholds, edges, luminance, reference edge or form aren't those that the stack was
+ * made with. The stack outlives the look. With a reference edge the cost doesn't depend on the picture's size. */
 ORBEL_API orbel_status orbel_look_create(const orbel_stack* stack, const orbel_settings* settings,
                                          const orbel_options* options, orbel_look** look);
 

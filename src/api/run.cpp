@@ -18,7 +18,10 @@ void fill(const Task& task, orbel_plan& to) {
   for (std::size_t i = 0; i < plan.levels.size(); ++i) {
     const Level& level = plan.levels[i];
     const bool bilateral = level.lowPass == LowPass::bilateral;
-    const int lowPass = bilateral ? ORBEL_BILATERAL : level.lowPass == LowPass::gaussian ? ORBEL_GAUSSIAN : ORBEL_NONE;
+    const int lowPass = bilateral                            ? ORBEL_BILATERAL
+                        : level.lowPass == LowPass::gaussian ? ORBEL_GAUSSIAN
+                        : level.lowPass == LowPass::wavelet  ? ORBEL_WAVELET
+                                                             : ORBEL_NONE;
     const bool hasRoom = static_cast<int>(i) < plan.refused;
     to.levels[i] = {level.size.width, level.size.height, lowPass, bilateral && hasRoom ? level.window() : 0,
                     level.taps()};
@@ -44,18 +47,19 @@ WorkingSize workingSizeOf(const orbel_settings& settings, const orbel_picture& s
 Task::Task(const orbel_settings& settings, const orbel_picture& shape)
     : picture{shape.width, shape.height},
       planes{coloursOf(shape), settings.luminance != 0},
-      referenceEdge(settings.reference_edge),
+      isFull(settings.reference_edge == 0 && settings.form == ORBEL_PYRAMID),
       parameters(parametersOf(settings)),
       radii(workingSizeOf(settings, shape).radii) {
   for (float& radius : parameters.radii) radius = static_cast<float>(radius * radii);
-  plan = parameters.planFor(workingSizeOf(settings, shape).size);
+  const IppiSize size = workingSizeOf(settings, shape).size;
+  plan = settings.form == ORBEL_WAVELETS ? planWavelets(size, parameters.radii, parameters.thresholds, parameters.edges)
+                                         : parameters.planFor(size);
 }
 
-double Task::takingApart() const { return plan.taps(planes.count()) + (referenceEdge != 0 ? linesWork(picture) : 0); }
+double Task::takingApart() const { return plan.taps(planes.count()) + (isFull ? 0 : linesWork(picture)); }
 
 StackBytes Task::bytes(int threads) const {
-  return referenceEdge == 0 ? FullStack::bytesOf(plan, planes, threads)
-                            : ReferenceStack::bytesOf(picture, plan, planes, threads);
+  return isFull ? FullStack::bytesOf(plan, planes, threads) : ReferenceStack::bytesOf(picture, plan, planes, threads);
 }
 
 void requireAdmitted(const Task& task, const orbel_settings& settings) {
@@ -69,7 +73,7 @@ void requireAdmitted(const Task& task, const orbel_settings& settings) {
 
 std::unique_ptr<BandStack> takeApart(const Task& task, const PictureLines& picture, Progress* progress) {
   const PlaneLines lines(picture, task.planes, task.picture.width);
-  if (task.referenceEdge == 0) return std::make_unique<FullStack>(task.plan, lines, progress);
+  if (task.isFull) return std::make_unique<FullStack>(task.plan, lines, progress);
   auto stack = std::make_unique<ReferenceStack>(task.picture, task.plan, task.planes);
   stack->add(lines, task.picture.height, progress);
   return stack;

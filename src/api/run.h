@@ -14,7 +14,7 @@
 struct Task {
   IppiSize picture;
   Planes planes;
-  int referenceEdge;
+  bool isFull;                  // worked on at the picture's own size, line by line
   ScaledParameters parameters;  // with the radii that are worked with
   double radii;                 // what the settings' were multiplied by
   Plan plan;                    // of the size that is worked on

@@ -116,6 +116,8 @@ orbel_settings requireSettings(const orbel_settings* settings) {
   }
   require(s.mix, {"mix", 0, 100}, "mix");
   require(s.reference_edge, {"reference_edge", 0, longestSide}, "reference_edge");
+  require(s.form, {"form", ORBEL_PYRAMID, ORBEL_WAVELETS}, "form");
+  require(s.limit, {"limit", 0, 1}, "limit");
   return s;
 }
 
@@ -136,7 +138,7 @@ bool takeApartAlike(const orbel_settings& a, const orbel_settings& b) {
   const auto alike = [](const orbel_band& x, const orbel_band& y) {
     return x.radius == y.radius && x.threshold == y.threshold && x.edges == y.edges;
   };
-  return a.luminance == b.luminance && a.reference_edge == b.reference_edge &&
+  return a.luminance == b.luminance && a.reference_edge == b.reference_edge && a.form == b.form &&
          std::equal(std::begin(a.bands), std::end(a.bands), std::begin(b.bands), alike);
 }
 

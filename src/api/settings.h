@@ -9,5 +9,5 @@ orbel_settings requireSettings(const orbel_settings* settings);
 
 ScaledParameters parametersOf(const orbel_settings& settings);
 
-// Whether radii, thresholds, edges, luminance and reference edge are the same: what a picture is taken apart by.
+// Whether radii, thresholds, edges, luminance, reference edge and form are the same: what a picture is taken apart by.
 bool takeApartAlike(const orbel_settings& a, const orbel_settings& b);

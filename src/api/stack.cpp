@@ -55,7 +55,7 @@ orbel_settings requireSettingsOf(const orbel_stack& stack, const orbel_settings*
   const orbel_settings s = requireSettings(settings);
   if (!takeApartAlike(s, stack.settings)) {
     throw Refusal{ORBEL_BAD_SETTING,
-                  "radius, threshold, edges, luminance and reference_edge must be those of the stack"};
+                  "radius, threshold, edges, luminance, reference_edge and form must be those of the stack"};
   }
   return s;
 }
@@ -87,10 +87,10 @@ orbel_status orbel_stack_begin(const orbel_settings* settings, const orbel_pictu
     if (stack == nullptr) throw Refusal{ORBEL_BAD_ARGUMENT, "stack is null"};
     const orbel_settings s = requireSettings(settings);
     const orbel_picture picture = requireShape(shape, "shape");
-    if (s.reference_edge == 0) {
-      throw Refusal{ORBEL_BAD_SETTING, "reference_edge is 0; line by line goes with a reference edge alone"};
-    }
     std::unique_ptr<orbel_stack> made = newStack(s, picture);
+    if (made->task.isFull) {
+      throw Refusal{ORBEL_BAD_SETTING, "reference_edge is 0; line by line goes with a reference edge, or wavelets"};
+    }
     auto bands = std::make_unique<ReferenceStack>(made->task.picture, made->task.plan, made->task.planes);
     made->begun = bands.get();
     made->bands = std::move(bands);

@@ -5,12 +5,9 @@
 
 #include "equalizer/level_lines.h"
 #include "equalizer/progress.h"
-#include "equalizer/stepwise.h"
 #include "image/row_bands.h"
 
 namespace {
-
-double planeBytes(IppiSize size) { return static_cast<double>(rowBytesFor(size.width)) * size.height; }
 
 // Planes of which all but the finest level is put together, which is made line by line.
 class FinestLook : public Look {
@@ -45,49 +42,6 @@ class FinestLook : public Look {
 
 }  // namespace
 
-PlaneStack::PlaneStack(KivImage&& planes, const Levels& levels, Progress* progress)
-    : planes_(std::move(planes)), levels_(levels) {
-  if (!Pyramid::serves(planes_.size)) return;
-  for (int i = 0; i < planes_.channels; ++i) {
-    const KivImage plane = planes_.Plane(i);
-    pyramids_.emplace_back(LevelLines(plane), levels, progress);
-  }
-}
-
-KivImage PlaneStack::weigh(const float* gains, float baseGain, Progress* progress) const {
-  KivImage weighed;
-  weighed = planes_;
-  for (int i = 0; i < weighed.channels; ++i) {
-    KivImage plane = weighed.Plane(i);
-    if (pyramids_.empty()) {
-      equalizeStepwise(plane, levels_, gains, baseGain, progress);
-    } else {
-      WeighedPyramid(pyramids_[static_cast<std::size_t>(i)], gains, baseGain).rebuildInto(plane);
-    }
-  }
-  return weighed;
-}
-
-double PlaneStack::weighingWork() const {
-  double taps = 0;
-  for (const Level& level : levels_) taps += pyramids_.empty() ? planes_.channels * level.taps() : 0;
-  return taps;
-}
-
-StackBytes PlaneStack::bytesOf(const Levels& levels, int planes, int threads) {
-  const IppiSize size = levels[0].size;
-  const double plane = planeBytes(size);
-  if (!Pyramid::serves(size)) {
-    // Beside the planes, their copy, and what the steps keep of one: three images and the bands.
-    constexpr double imagesOfSteps = 3 + 1.34;
-    return {planes * plane, planes * plane, (planes + imagesOfSteps) * plane};
-  }
-  const Pyramid::Bytes pyramid = Pyramid::bytesOf(levels, RowsOfLines{false, 0}, threads);
-  const double kept = planes * (plane + pyramid.kept);
-  return {planes * plane + (planes - 1) * pyramid.kept + pyramid.making, kept,
-          planes * plane + pyramid.weighing + threads * pyramid.scratch};
-}
-
 FullStack::FullStack(const Plan& plan, const PlaneLines& lines, Progress* progress) {
   const IppiSize size = plan.levels[0].size;
   const int count = lines.planes().count();
@@ -112,7 +66,7 @@ FullStack::FullStack(const Plan& plan, const PlaneLines& lines, Progress* progre
       planeLines.readInto(view);
     }
   }
-  if (pyramids_.empty()) small_.emplace(std::move(small), plan.levels, progress);
+  if (pyramids_.empty()) small_ = takePlanesApart(std::move(small), plan, progress);
 }
 
 std::unique_ptr<Look> FullStack::weigh(const float* gains, float baseGain, Progress* progress) const {
@@ -122,7 +76,7 @@ std::unique_ptr<Look> FullStack::weigh(const float* gains, float baseGain, Progr
 
 StackBytes FullStack::bytesOf(const Plan& plan, const Planes& planes, int threads) {
   const int count = planes.count();
-  if (!Pyramid::serves(plan.levels[0].size)) return PlaneStack::bytesOf(plan.levels, count, threads);
+  if (!Pyramid::serves(plan.levels[0].size)) return planeStackBytes(plan, count, threads);
   const Pyramid::Bytes pyramid = Pyramid::bytesOf(plan.levels, RowsOfLines{true, mostColours}, threads);
   return {(count - 1) * pyramid.kept + pyramid.making, count * pyramid.kept,
           count * (pyramid.weighing + threads * pyramid.scratch)};

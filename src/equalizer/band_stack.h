@@ -2,44 +2,14 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <vector>
 
 #include "equalizer/look.h"
 #include "equalizer/plan.h"
+#include "equalizer/plane_stack.h"
 #include "equalizer/pyramid.h"
 
 class Progress;
-
-// Memory that is taken at most.
-struct StackBytes {
-  double making;    // while a picture is taken apart, with what is kept
-  double kept;      // afterwards
-  double weighing;  // beside that, while a look is made, and by it
-};
-
-// Planes in memory, taken apart; those that a pyramid doesn't serve are taken apart again each time.
-class PlaneStack {
- public:
-  // progress may be null, and gets the levels' taps, here or while the planes are weighed. Throws NO_MEMORY_ERROR, and
-  // Cancelled.
-  PlaneStack(KivImage&& planes, const Levels& levels, Progress* progress);
-
-  const KivImage& planes() const { return planes_; }
-
-  // The planes put together. Throws NO_MEMORY_ERROR, and Cancelled.
-  KivImage weigh(const float* gains, float baseGain, Progress* progress) const;
-
-  double weighingWork() const;
-
-  // Of so many planes, themselves included.
-  static StackBytes bytesOf(const Levels& levels, int planes, int threads);
-
- private:
-  KivImage planes_;
-  Levels levels_;
-  std::vector<Pyramid> pyramids_;  // one a plane, or none
-};
 
 class BandStack {
  public:
@@ -65,6 +35,6 @@ class FullStack : public BandStack {
   static StackBytes bytesOf(const Plan& plan, const Planes& planes, int threads);
 
  private:
-  std::vector<Pyramid> pyramids_;    // one a plane
-  std::optional<PlaneStack> small_;  // of a picture that a pyramid doesn't serve
+  std::vector<Pyramid> pyramids_;      // one a plane
+  std::unique_ptr<PlaneStack> small_;  // of a picture that a pyramid doesn't serve
 };

@@ -56,9 +56,53 @@ void addBetweenLine(float* to, const float* before, float gain, const float* upp
   for (; x < width; ++x) to[x] = before[x] * gain + (upper[x] + (lower[x] - upper[x]) * share);
 }
 
+void addGuidedLine(float* to, const float* before, float gain, const float* upperB, const float* lowerB,
+                   const float* upperA, const float* lowerA, float share, int width) {
+  int x = 0;
+  for (; x <= width - LANES; x += LANES) {
+    const Floats b = load<Floats>(upperB + x);
+    const Floats a = load<Floats>(upperA + x);
+    const Floats shift = b + (load<Floats>(lowerB + x) - b) * share;
+    const Floats factor = gain + (a + (load<Floats>(lowerA + x) - a) * share);
+    store(to + x, load<Floats>(before + x) * factor + shift);
+  }
+  for (; x < width; ++x) {
+    const float shift = upperB[x] + (lowerB[x] - upperB[x]) * share;
+    const float factor = gain + (upperA[x] + (lowerA[x] - upperA[x]) * share);
+    to[x] = before[x] * factor + shift;
+  }
+}
+
+inline Floats heldBack(Floats change, Floats least, Floats most) {
+  const Floats zero{};
+  const Floats room = larger(select(change > 0.0F, 1.0F - most, least), zero);
+  const Floats room2 = room * room;
+  const Floats change2 = change * change;
+  const Floats held = change * room / squareRoots(squareRoots(room2 * room2 + change2 * change2));
+  return select(room > 0.0F, held, zero);
+}
+
+void addLimitedLine(float* c0, float* c1, float* c2, const float* before, const float* after, int count, int width) {
+  float* const colours[] = {c0, c1, c2};
+  for (int x = 0; x < width; x += LANES) {
+    const int length = width - x < LANES ? width - x : LANES;
+    Floats samples[3] = {};
+    for (int c = 0; c < count; ++c) samples[c] = loadPart<Floats>(colours[c] + x, length, 0.0F);
+    Floats least = samples[0];
+    Floats most = samples[0];
+    for (int c = 1; c < count; ++c) {
+      least = smaller(least, samples[c]);
+      most = larger(most, samples[c]);
+    }
+    const Floats change = loadPart<Floats>(after + x, length, 0.0F) - loadPart<Floats>(before + x, length, 0.0F);
+    const Floats held = heldBack(change, least, most);
+    for (int c = 0; c < count; ++c) storePart(colours[c] + x, samples[c] + held, length);
+  }
+}
+
 }  // namespace
 
-extern const EqualizerKernels equalizerKernels = {weighBandLine, addChangeLine, weightLine, addWeightedLine,
-                                                  addBetweenLine};
+extern const EqualizerKernels equalizerKernels = {weighBandLine,  addChangeLine, weightLine,    addWeightedLine,
+                                                  addBetweenLine, addGuidedLine, addLimitedLine};
 
 }  // namespace ROW

@@ -69,17 +69,23 @@ double linesWork(IppiSize size) { return workOfASample * size.width * size.heigh
 
 std::int64_t lineBytes(int width) { return std::int64_t{rowsOfLine} * rowBytesFor(width); }
 
-void putTogether(const Look& look, const KivRect& part, const PlaneLines& lines, bool half, ResultLines& result,
-                 Progress* progress) {
-  const auto addChangeLine = equalizerKernels().addChangeLine;
+void putTogether(const Look& look, const KivRect& part, const PlaneLines& lines, const Finish& finish,
+                 ResultLines& result, Progress* progress) {
+  const EqualizerKernels& kernels = equalizerKernels();
   const Planes& planes = lines.planes();
   eachLine(look, part, lines, progress,
            [&](int y, float* const* colours, const float* luminance, float* const* after, float* const* scratch) {
-             if (planes.luminance) {
-               addChangeLine(colours[0], colours[1], colours[2], luminance, after[0], 1.0F, part.width);
+             const bool addsChange = planes.luminance || finish.limited;
+             if (planes.luminance && finish.limited) {
+               kernels.addLimitedLine(colours[0], colours[1], colours[2], luminance, after[0], mostColours, part.width);
+             } else if (planes.luminance) {
+               kernels.addChangeLine(colours[0], colours[1], colours[2], luminance, after[0], 1.0F, part.width);
              }
-             float* const* const changed = planes.luminance ? colours : after;
-             for (int c = 0; half && c < planes.colours; ++c) {
+             for (int c = 0; !planes.luminance && finish.limited && c < planes.colours; ++c) {
+               kernels.addLimitedLine(colours[c], nullptr, nullptr, colours[c], after[c], 1, part.width);
+             }
+             float* const* const changed = addsChange ? colours : after;
+             for (int c = 0; finish.half && c < planes.colours; ++c) {
                for (int x = 0; x < part.width; ++x) changed[c][x] += 0.5F;
              }
              result.write(y, changed, scratch);

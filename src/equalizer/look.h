@@ -76,11 +76,18 @@ class Look {
                     const void* scratch) const = 0;
 };
 
-// Puts a part of the picture together, whose lines go by numbers from its own top. half adds 0.5 to every sample. With
-// planesAlone the result's colours are the planes themselves. progress may be null, and gets linesWork of the part.
-// Throws NO_MEMORY_ERROR, and Cancelled, before any line is written, and commits progress then.
-void putTogether(const Look& look, const KivRect& part, const PlaneLines& lines, bool half, ResultLines& result,
-                 Progress* progress);
+// What becomes of the colours beside the look.
+struct Finish {
+  bool limited;  // by black and white: EqualizerKernels::addLimitedLine
+  bool half;     // 0.5 is added to every sample
+};
+
+// Puts a part of the picture together, whose lines go by numbers from its own top. progress may be null, and gets
+// linesWork of the part. Throws NO_MEMORY_ERROR, and Cancelled, before any line is written, and commits progress then.
+void putTogether(const Look& look, const KivRect& part, const PlaneLines& lines, const Finish& finish,
+                 ResultLines& result, Progress* progress);
+
+// The same with the planes themselves for colours, as they are.
 void putPlanesTogether(const Look& look, const KivRect& part, const PlaneLines& lines, ResultLines& result);
 
 // What a pass over so many pixels costs, in taps.

@@ -7,6 +7,7 @@
 
 void applyLowPass(KivImage& to, const KivImage& from, const Level& level, Progress* progress) {
   switch (level.lowPass) {
+    case LowPass::wavelet:  // no low-pass of a pyramid's level
     case LowPass::none:
       to.Copy(from);
       break;
@@ -24,6 +25,7 @@ void applyLowPass(KivImage& to, const KivImage& from, const Level& level, Progre
 
 double lowPassBytes(const Level& level, int threads) {
   switch (level.lowPass) {
+    case LowPass::wavelet:  // no low-pass of a pyramid's level
     case LowPass::none:
       return 0;
     case LowPass::gaussian:

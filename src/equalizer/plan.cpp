@@ -37,6 +37,7 @@ int Level::window() const { return static_cast<int>(reachOf(radius)); }
 
 double Level::taps() const {
   if (lowPass == LowPass::none) return 0;
+  if (lowPass == LowPass::wavelet) return 25.0 * size.width * size.height;
   const double side = 2.0 * static_cast<double>(reachOf(radius)) + 1.0;
   const double taps = lowPass == LowPass::bilateral ? side * side : 2.0 * side;
   return taps * size.width * size.height;
@@ -57,12 +58,30 @@ Plan planRun(IppiSize size, const float* radii, const float* thresholds, const b
   plan.refused = levelCount;
   for (int i = 0; i < levelCount; ++i) {
     Level& level = plan.levels[static_cast<std::size_t>(i)];
-    level = {size, lowPassOf(radii[i], thresholds[i], edgeBytes[i] == 1), radii[i], thresholds[i]};
+    const bool keepsEdges = edgeBytes[i] == 1;
+    level = {size, lowPassOf(radii[i], thresholds[i], keepsEdges), radii[i], thresholds[i], keepsEdges, 0};
     if (plan.isAdmitted() && isRefused(level)) {
       plan.refused = i;
       plan.largestRadius = static_cast<double>(roomFor(size)) / lowPassReach;
     }
     size = halved(size);
+  }
+  return plan;
+}
+
+Plan planWavelets(IppiSize size, const float* radii, const float* thresholds, const bool* edges) {
+  constexpr double radiusOfSpacing = 3;
+  const double longest = std::max(size.width, size.height);  // taps beyond the edges all see the same samples
+  Plan plan{};
+  plan.form = Form::wavelets;
+  plan.refused = levelCount;
+  for (int i = 0; i < levelCount; ++i) {
+    const double spacing = std::round(std::ldexp(radii[i] / radiusOfSpacing, i));
+    const bool blurs = radii[i] > 0 && (!edges[i] || thresholds[i] > 0);
+    plan.levels[static_cast<std::size_t>(i)] = {
+        size,     blurs ? LowPass::wavelet : LowPass::none,
+        radii[i], thresholds[i],
+        edges[i], blurs ? static_cast<int>(std::clamp(spacing, 1.0, longest)) : 0};
   }
   return plan;
 }

@@ -10,19 +10,24 @@
 // Both low-passes reach so many standard deviations.
 constexpr int lowPassReach = 4;
 
-enum class LowPass { none, gaussian, bilateral };
+// How planes are taken apart: by the plug-in's pyramid, or by edge-avoiding wavelets, without halving.
+enum class Form { pyramid, wavelets };
+
+enum class LowPass { none, gaussian, bilateral, wavelet };
 
 struct Level {
   IppiSize size;
   LowPass lowPass;
   float radius;
   float threshold;
+  bool keepsEdges;
+  int spacing;  // of the taps of a wavelet's low-pass; 0 for others
 
   // The half-width of the bilateral filter's square; of a level that is admitted.
   int window() const;
 
   // The samples that the low-pass visits: w * w a sample of the level for the bilateral filter and 2 * w for a
-  // Gaussian, w = 2 * ceil(4 * radius) + 1.
+  // Gaussian, w = 2 * ceil(4 * radius) + 1; 25 for a wavelet's.
   double taps() const;
 };
 
@@ -32,6 +37,7 @@ using Levels = std::array<Level, levelCount>;
 IppiSize halved(IppiSize size);
 
 struct Plan {
+  Form form;
   Levels levels;
 
   // The first level that the bilateral filter has no room for: its window, or the level with its window on either side,
@@ -49,6 +55,10 @@ struct Plan {
 
 // radii, thresholds and edges as in EqualizeIT, which throws NO_MEMORY_ERROR for a plan that isn't admitted.
 Plan planRun(IppiSize size, const float* radii, const float* thresholds, const bool* edges);
+
+// By wavelets: every level has the planes' size, and the taps of level i lie 2^i * radius / 3 apart, to the next whole
+// sample and at least one, so that a radius of 3 gives the distances 1, 2, 4, 8 and 16. Always admitted.
+Plan planWavelets(IppiSize size, const float* radii, const float* thresholds, const bool* edges);
 
 // The user's parameters as EqualizeIT takes them.
 struct ScaledParameters {

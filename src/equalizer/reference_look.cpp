@@ -39,19 +39,40 @@ class Between {
   int step_;
 };
 
-// The picture is larger. Scratch has the lines of the change that a part lies between, as wide as the part.
-class EnlargedLook : public Look {
+// What both ways have in common: scratch has so many lines of the change for each plane, as wide as a part.
+class ChangeLook : public Look {
  public:
-  EnlargedLook(KivImage&& change, float gain, IppiSize picture)
-      : change_(std::move(change)),
-        gain_(gain),
+  int bandRows() const override { return rowsAtOnce; }
+
+ protected:
+  ChangeLook(KivImage&& change, float gain, int linesOfPlane)
+      : change_(std::move(change)), gain_(gain), linesOfPlane_(linesOfPlane) {}
+
+  std::int64_t offsetOf(int plane, int line, int width) const {
+    return (std::int64_t{plane} * linesOfPlane_ + line) * rowBytesFor(width);
+  }
+  std::int64_t linesBytes(int width) const { return offsetOf(change_.channels, 0, width); }
+  const float* lineAt(const void* scratch, int plane, int line, int width) const {
+    return reinterpret_cast<const float*>(static_cast<const unsigned char*>(scratch) + offsetOf(plane, line, width));
+  }
+
+  const KivImage change_;
+  const float gain_;
+
+ private:
+  const int linesOfPlane_;
+};
+
+// The picture is larger: scratch has the lines that a part lies between.
+class EnlargedLook : public ChangeLook {
+ public:
+  EnlargedLook(KivImage&& change, int planes, float gain, IppiSize picture)
+      : ChangeLook(std::move(change), gain, rowsAtOnce + 1),
+        planes_(planes),
         across_(change_.size.width, picture.width),
         down_(change_.size.height, picture.height) {}
 
-  int bandRows() const override { return rowsAtOnce; }
-  std::int64_t scratchBytes(int width) const override {
-    return std::int64_t{change_.channels} * mostLines * rowBytesFor(width);
-  }
+  std::int64_t scratchBytes(int width) const override { return linesBytes(width); }
 
   void prepare(const KivRect& part, void* scratch) const override {
     const int first = down_.first(part.y);
@@ -59,7 +80,7 @@ class EnlargedLook : public Look {
     for (int plane = 0; plane < change_.channels; ++plane) {
       for (int y = first; y < end; ++y) {
         const float* const from = change_.At(plane, 0, y);
-        float* const to = floatsAt(scratch, offsetOf(plane, y - first, part));
+        float* const to = floatsAt(scratch, offsetOf(plane, y - first, part.width));
         for (int x = 0; x < part.width; ++x) {
           const float left = from[across_.first(part.x + x)];
           to[x] = left + (from[across_.second(part.x + x)] - left) * across_.share(part.x + x);
@@ -71,44 +92,37 @@ class EnlargedLook : public Look {
   void line(int plane, int i, const KivRect& part, const float* before, float* to, const void* scratch) const override {
     const int y = part.y + i;
     const int first = down_.first(part.y);
-    const auto lineAt = [&](int row) {
-      const auto* const bytes = static_cast<const unsigned char*>(scratch) + offsetOf(plane, row - first, part);
-      return reinterpret_cast<const float*>(bytes);
-    };
-    equalizerKernels().addBetweenLine(to, before, gain_, lineAt(down_.first(y)), lineAt(down_.second(y)),
-                                      down_.share(y), part.width);
+    const auto upper = [&](int p) { return lineAt(scratch, p, down_.first(y) - first, part.width); };
+    const auto lower = [&](int p) { return lineAt(scratch, p, down_.second(y) - first, part.width); };
+    const EqualizerKernels& kernels = equalizerKernels();
+    if (change_.channels == planes_) {
+      kernels.addBetweenLine(to, before, gain_, upper(plane), lower(plane), down_.share(y), part.width);
+    } else {
+      const int factor = planes_ + plane;
+      kernels.addGuidedLine(to, before, gain_, upper(plane), lower(plane), upper(factor), lower(factor), down_.share(y),
+                            part.width);
+    }
   }
 
  private:
-  static constexpr int mostLines = rowsAtOnce + 1;
-
-  static std::int64_t offsetOf(int plane, int line, const KivRect& part) {
-    return (std::int64_t{plane} * mostLines + line) * rowBytesFor(part.width);
-  }
-
-  KivImage change_;
-  float gain_;
+  int planes_;
   Between across_;
   Between down_;
 };
 
-// The picture is smaller. Scratch has the change of each line, and a line of sums.
-class ReducedLook : public Look {
+// The picture is smaller: scratch has the change of each line, and a line of sums.
+class ReducedLook : public ChangeLook {
  public:
   ReducedLook(KivImage&& change, float gain, IppiSize picture)
-      : change_(std::move(change)),
-        gain_(gain),
+      : ChangeLook(std::move(change), gain, rowsAtOnce),
         across_(change_.size.width, picture.width),
         down_(change_.size.height, picture.height) {}
 
-  int bandRows() const override { return rowsAtOnce; }
-  std::int64_t scratchBytes(int width) const override {
-    return std::int64_t{change_.channels} * rowsAtOnce * rowBytesFor(width) + rowBytesFor(change_.size.width);
-  }
+  std::int64_t scratchBytes(int width) const override { return linesBytes(width) + rowBytesFor(change_.size.width); }
 
   void prepare(const KivRect& part, void* scratch) const override {
     const EqualizerKernels& kernels = equalizerKernels();
-    float* const sum = floatsAt(scratch, offsetOf(change_.channels, 0, part));
+    float* const sum = floatsAt(scratch, linesBytes(part.width));
     for (int plane = 0; plane < change_.channels; ++plane) {
       for (int i = 0; i < part.height; ++i) {
         const int y = part.y + i;
@@ -117,24 +131,17 @@ class ReducedLook : public Look {
         for (int j = first + 1; j < down_.end(y); ++j) {
           kernels.addWeightedLine(sum, change_.At(plane, 0, j), down_.weight(y, j), change_.size.width);
         }
-        across_.reduce(sum, part.x, part.width, floatsAt(scratch, offsetOf(plane, i, part)));
+        across_.reduce(sum, part.x, part.width, floatsAt(scratch, offsetOf(plane, i, part.width)));
       }
     }
   }
 
   void line(int plane, int i, const KivRect& part, const float* before, float* to, const void* scratch) const override {
-    const auto* const bytes = static_cast<const unsigned char*>(scratch) + offsetOf(plane, i, part);
-    const auto* const change = reinterpret_cast<const float*>(bytes);
+    const float* const change = lineAt(scratch, plane, i, part.width);
     equalizerKernels().addBetweenLine(to, before, gain_, change, change, 0.0F, part.width);
   }
 
  private:
-  static std::int64_t offsetOf(int plane, int line, const KivRect& part) {
-    return (std::int64_t{plane} * rowsAtOnce + line) * rowBytesFor(part.width);
-  }
-
-  KivImage change_;
-  float gain_;
   AreaMean across_;
   AreaMean down_;
 };
@@ -143,9 +150,9 @@ bool isSmaller(IppiSize a, IppiSize b) { return a.width < b.width || a.height < 
 
 }  // namespace
 
-std::unique_ptr<Look> referenceLook(KivImage&& change, float gain, IppiSize picture) {
+std::unique_ptr<Look> referenceLook(KivImage&& change, int planes, float gain, IppiSize picture) {
   if (isSmaller(picture, change.size)) return std::make_unique<ReducedLook>(std::move(change), gain, picture);
-  return std::make_unique<EnlargedLook>(std::move(change), gain, picture);
+  return std::make_unique<EnlargedLook>(std::move(change), planes, gain, picture);
 }
 
 double referenceLookBytes(IppiSize working, IppiSize picture, int planes, int threads) {

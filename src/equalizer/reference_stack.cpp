@@ -1,6 +1,7 @@
 #include "equalizer/reference_stack.h"
 
 #include "equalizer/equalizer_kernels.h"
+#include "equalizer/guided_change.h"
 #include "equalizer/lanczos.h"
 #include "equalizer/reference_look.h"
 #include "image/row_bands.h"
@@ -18,7 +19,7 @@ double planeBytes(IppiSize size) { return static_cast<double>(rowBytesFor(size.w
 }  // namespace
 
 ReferenceStack::ReferenceStack(IppiSize picture, const Plan& plan, const Planes& planes)
-    : picture_(picture), levels_(plan.levels) {
+    : picture_(picture), plan_(plan) {
   reduction_.emplace(picture, reducedSize(picture, plan.levels[0].size), planes);
 }
 
@@ -33,13 +34,13 @@ void ReferenceStack::add(const PlaneLines& lines, int count, Progress* progress)
 void ReferenceStack::takeApart(Progress* progress) {
   KivImage reduced = reduction_->take();
   reduction_.reset();
-  const IppiSize working = levels_[0].size;
+  const IppiSize working = plan_.levels[0].size;
   if (isSame(reduced.size, working)) {
-    stack_.emplace(std::move(reduced), levels_, progress);
+    stack_ = takePlanesApart(std::move(reduced), plan_, progress);
   } else {
     KivImage enlarged(working, reduced.channels);
     enlargeByLanczos(reduced, enlarged);
-    stack_.emplace(std::move(enlarged), levels_, progress);
+    stack_ = takePlanesApart(std::move(enlarged), plan_, progress);
   }
 }
 
@@ -53,13 +54,17 @@ std::unique_ptr<Look> ReferenceStack::weigh(const float* gains, float baseGain, 
                                          weighed.size.width);
     });
   }
-  return referenceLook(std::move(weighed), gains[0], picture_);
+  const bool enlarges = isSame(reducedSize(picture_, weighed.size), weighed.size);
+  if (plan_.form == Form::wavelets && enlarges) {
+    return referenceLook(guidedChange(weighed, before), before.channels, gains[0], picture_);
+  }
+  return referenceLook(std::move(weighed), before.channels, gains[0], picture_);
 }
 
 StackBytes ReferenceStack::bytesOf(IppiSize picture, const Plan& plan, const Planes& planes, int threads) {
   const IppiSize working = plan.levels[0].size;
   const double count = planes.count();
-  StackBytes bytes = PlaneStack::bytesOf(plan.levels, planes.count(), threads);
+  StackBytes bytes = planeStackBytes(plan, planes.count(), threads);
   const double reducing =
       count * planeBytes(reducedSize(picture, working)) + PlaneReduction::bytesOf(picture, planes, threads);
   // The plane as it is, as wide as it will be, and as it will be.
@@ -68,6 +73,8 @@ StackBytes ReferenceStack::bytesOf(IppiSize picture, const Plan& plan, const Pla
           ? 0
           : count * (planeBytes(picture) + 2 * planeBytes({working.width, picture.height}) + planeBytes(working));
   bytes.making = std::max({bytes.making, reducing, enlarging});
-  bytes.weighing += referenceLookBytes(working, picture, planes.count(), threads);
+  const int changePlanes = plan.form == Form::wavelets ? 2 * planes.count() : planes.count();
+  if (plan.form == Form::wavelets) bytes.weighing += guidedChangeBytes(working, planes.count(), threads);
+  bytes.weighing += referenceLookBytes(working, picture, changePlanes, threads);
   return bytes;
 }

@@ -5,6 +5,8 @@
 // band cancels out. So c comes back to the picture's size by bilinear interpolation (by area means where the picture is
 // the smaller one) without a loss, and the picture's own detail is weighed as the finest band: Y becomes
 // g * Y + c. At the reference size itself the planes become what a run without a reference makes of them, to the bit.
+//
+// With edge-avoiding wavelets c jumps at edges, as the bands do, and comes back to a larger picture by guided_change.h.
 #pragma once
 
 #include <memory>
@@ -35,9 +37,9 @@ class ReferenceStack : public BandStack {
   void takeApart(Progress* progress);
 
   IppiSize picture_;
-  Levels levels_;
+  Plan plan_;
   std::optional<PlaneReduction> reduction_;  // until the picture is complete
-  std::optional<PlaneStack> stack_;          // from then on
+  std::unique_ptr<PlaneStack> stack_;        // from then on
   int linesAdded_ = 0;
   bool isBroken_ = false;
 };

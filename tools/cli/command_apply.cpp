@@ -260,6 +260,7 @@ ExitCode apply(ApplyArguments& a) {
   if (isBlended(a.job.settings) && a.job.hostDepth.value_or(32) != 32) {
     throw SettingsError("--mix and --mask blend floats: they go with --host-depth 32 alone");
   }
+  if (a.plugin || a.job.hostDepth) requireThatKeysSay(a.job.settings.run, "the plug-in");
   if (a.naming.extension) requireWritable(*a.naming.extension);
   if (a.inputs.names.empty() && !a.inputs.list) throw SettingsError("no picture is named (orbel --help tells more)");
   a.job.samples = a.samples;

@@ -63,6 +63,10 @@ void addSettingsOptions(CLI::App& command, SettingsArguments& a) {
       "Let the result show where this picture is white, the original where it is black; of the same proportions");
   add(command, whole, "--reference-edge,--ref-edge", a.referenceEdge, "PIXELS",
       "The settings are meant for a picture with so long an edge: the same look at every size (0: for this picture)");
+  add(command, whole, "--form", a.form, "FORM",
+      "pyramid, the plug-in's own, or wavelets, which draw no halos however much bands are raised (default pyramid)");
+  addSwitch(command, whole, "--limit", "Drive no colour beyond black or white", "--no-limit",
+            "Clip what is beyond them (default)", a.limit);
 
   const char* settings = "Settings";
   add(command, settings, "-p,--preset", a.preset, "NAME|FILE",
@@ -92,6 +96,8 @@ Settings chooseSettings(const SettingsArguments& a) {
   if (a.referenceEdge) {
     setReferenceEdge(settings, "--reference-edge", integerFrom("--reference-edge", *a.referenceEdge));
   }
+  if (a.form) setForm(settings, "--form", *a.form);
+  if (a.limit) settings.run.limit = *a.limit ? 1 : 0;
   for (const std::string& band : a.bands) setBand(settings, "--band", band);
   for (const std::string& pair : a.pairs) setPair(settings, "--set", pair);
   return settings;

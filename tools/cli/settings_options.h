@@ -29,6 +29,8 @@ struct SettingsArguments {
   std::optional<std::string> mix;
   std::optional<std::string> mask;
   std::optional<std::string> referenceEdge;
+  std::optional<std::string> form;
+  std::optional<bool> limit;
   bool printSettings = false;
 };
 

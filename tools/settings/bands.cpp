@@ -16,6 +16,7 @@ orbel_settings alone(orbel_settings run, int shown) {
   run.luminance = 0;
   run.overlay = 0;
   run.mix = 100;
+  run.limit = 0;
   return run;
 }
 

@@ -30,6 +30,7 @@ std::string putLine(const ScriptKey& key, const Settings& settings) {
 }  // namespace
 
 std::string photoshopScript(const Settings& settings) {
+  requireThatKeysSay(settings.run, "a Photoshop script");
   if (isBlended(settings)) {
     throw SettingsError(
         "a Photoshop script has no --mix and no --mask: run it on a copy of the layer, and use the "

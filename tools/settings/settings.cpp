@@ -10,6 +10,8 @@ namespace orbel {
 
 namespace {
 
+constexpr const char* formWords[] = {"pyramid", "wavelets"};  // by the engine's numbers
+
 template <std::size_t count>
 const SettingWord* find(const SettingWord (&words)[count], const std::string& word) {
   const auto* const found =
@@ -79,6 +81,22 @@ void setReferenceEdge(Settings& settings, const std::string& option, int pixels)
     throw SettingsError(fmt::format("{}: an edge goes from 0 to {} pixels", option, longestSide));
   }
   settings.run.reference_edge = pixels;
+}
+
+void setForm(Settings& settings, const std::string& option, const std::string& word) {
+  const auto* const found = std::find(std::begin(formWords), std::end(formWords), word);
+  if (found == std::end(formWords))
+    throw SettingsError(option + ": a form is pyramid or wavelets, not " + quoted(word));
+  settings.run.form = static_cast<std::int32_t>(found - std::begin(formWords));
+}
+
+const char* formOf(const Settings& settings) { return formWords[settings.run.form]; }
+
+void requireThatKeysSay(const orbel_settings& settings, const std::string& what) {
+  if (settings.form != ORBEL_PYRAMID) {
+    throw SettingsError(what + " knows the form pyramid alone, and these settings are for wavelets");
+  }
+  if (settings.limit != 0) throw SettingsError(what + " knows no limit, which these settings ask for");
 }
 
 void setKey(Settings& settings, const std::string& option, const std::string& key, const std::string& value) {

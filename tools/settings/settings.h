@@ -32,6 +32,8 @@ inline constexpr SettingWord pictureWords[] = {{"residual", "factor", "FCTR"},
                                                {"overlay", "cross", "WDTH"}};
 inline constexpr SettingWord mixWord = {"mix", nullptr, nullptr};
 inline constexpr SettingWord referenceEdgeWord = {"reference-edge", "ref-edge", nullptr};
+inline constexpr SettingWord formWord = {"form", nullptr, nullptr};
+inline constexpr SettingWord limitWord = {"limit", nullptr, nullptr};
 inline constexpr SettingWord maskWord = {"mask", nullptr, nullptr};
 
 bool isSaid(const SettingWord& known, const std::string& word);
@@ -52,6 +54,8 @@ void setNumber(Settings& settings, const std::string& key, double value);  // in
 void setInRange(Settings& settings, const std::string& option, const std::string& key, double value);
 void setMix(Settings& settings, const std::string& option, double percent);
 void setReferenceEdge(Settings& settings, const std::string& option, int pixels);
+void setForm(Settings& settings, const std::string& option, const std::string& word);
+const char* formOf(const Settings& settings);  // its word: "pyramid", "wavelets"
 
 // From text. All of them throw SettingsError, which names the option: when there is no such key or word, and when the
 // text is no value of its kind and range.
@@ -66,6 +70,10 @@ void setBand(Settings& settings, const std::string& option, const std::string& t
 
 // True when the result is blended with the original.
 bool isBlended(const Settings& settings);
+
+// Throws SettingsError for what the plug-in's 24 keys can't say; a mix and a mask are looked at elsewhere. what: who
+// would have to know it.
+void requireThatKeysSay(const orbel_settings& settings, const std::string& what);
 
 // For a module, which knows radii in the picture's own pixels alone: with a reference edge, the radii times the longer
 // side of a picture of this size over it. Near to what the engine makes of a reference edge, not the same.

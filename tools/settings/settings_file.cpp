@@ -103,6 +103,10 @@ void apply(const Entry& entry, const std::string& file, Settings& settings, std:
     settings.mask = (fs::path(file).parent_path() / entry.text()).string();
   } else if (isSaid(referenceEdgeWord, word)) {
     setReferenceEdge(settings, option, static_cast<int>(entry.value(ORBEL_KEY_INTEGER)));
+  } else if (isSaid(formWord, word)) {
+    setForm(settings, option, entry.text());
+  } else if (isSaid(limitWord, word)) {
+    settings.run.limit = entry.value(ORBEL_KEY_FLAG) != 0 ? 1 : 0;
   } else if (word == "description") {
     description = entry.text();
   } else {
@@ -151,6 +155,8 @@ std::string settingsText(const Settings& settings, const std::string& descriptio
   text += fmt::format("{} = {}\n", mixWord.word, settings.run.mix);
   if (settings.mask) text += "mask = " + inQuotes(fs::absolute(*settings.mask).string()) + "\n";
   text += fmt::format("{} = {}\n", referenceEdgeWord.word, settings.run.reference_edge);
+  text += fmt::format("{} = \"{}\"\n", formWord.word, formOf(settings));
+  text += fmt::format("{} = {}\n", limitWord.word, settings.run.limit != 0);
   return text;
 }
 

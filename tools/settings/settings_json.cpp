@@ -29,6 +29,8 @@ ordered_json settingsJson(const Settings& settings) {
   json[maskWord.word] = settings.mask ? ordered_json(*settings.mask) : ordered_json();
   const int edge = settings.run.reference_edge;
   json[referenceEdgeWord.word] = edge != 0 ? ordered_json(edge) : ordered_json();
+  json[formWord.word] = formOf(settings);
+  json[limitWord.word] = settings.run.limit != 0;
   return json;
 }
 
