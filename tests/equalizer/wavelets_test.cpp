@@ -123,7 +123,7 @@ TEST(Wavelets, KeepThePicturesEdgesAtAnySize) {
     orbel_picture_interleaved(&picture, sizeof picture, ORBEL_FLOAT32, w, h, 1, samples.data(), 4 * w);
     ASSERT_EQ(orbel_equalize(&settings, &picture, &picture, nullptr), ORBEL_OK);
     const auto [least, most] = std::minmax_element(samples.begin(), samples.end());
-    EXPECT_LE(255 * std::max(0.2 - *least, *most - 0.8), 3) << edge;
+    EXPECT_LE(255 * std::max(0.2 - *least, *most - 0.8), 2) << edge;
   }
 }
 

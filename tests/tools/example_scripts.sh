@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
-# example_scripts.sh ORBEL FOLDER: fails when a script in the folder is not what `orbel jsx` makes of the preset that it
-# is named after.
+# example_scripts.sh ORBEL FOLDER: fails when a script in the folder is not what `orbel jsx` makes of the settings file
+# beside it, or of the preset that it is named after where there is none.
 set -euo pipefail
 shopt -s failglob
 for script in "$2"/*.jsx; do
-  preset=$(basename "$script" .jsx)
-  "$1" jsx -p "${preset//-/ }" | diff -u "$script" - || {
-    echo "make it anew: orbel jsx -p '${preset//-/ }' -f -o $script" >&2
+  settings=${script%.jsx}.toml
+  if [ ! -e "$settings" ]; then settings=$(basename "$script" .jsx); fi
+  "$1" jsx -p "$settings" | diff -u "$script" - || {
+    echo "make it anew: orbel jsx -p $settings -f -o $script" >&2
     exit 1
   }
 done
