@@ -1,6 +1,7 @@
 #include "pictures/stream.h"
 
 #include <array>
+#include <cstddef>
 #include <memory>
 #include <vips/vips8>
 
@@ -20,9 +21,10 @@ orbel_samples typeOf(VipsBandFormat format) {
 
 orbel_picture partOf(VipsRegion* region, const VipsRect& part) {
   const VipsImage* const image = region->im;
+  const auto rowStep = static_cast<std::ptrdiff_t>(VIPS_REGION_LSKIP(region));
   orbel_picture picture;
   orbel_picture_interleaved(&picture, sizeof picture, typeOf(image->BandFmt), part.width, part.height, image->Bands,
-                            VIPS_REGION_ADDR(region, part.left, part.top), VIPS_REGION_LSKIP(region));
+                            VIPS_REGION_ADDR(region, part.left, part.top), rowStep);
   return picture;
 }
 
