@@ -211,8 +211,8 @@ ORBEL_API orbel_status orbel_options_init(orbel_options* options, size_t size);
  * interpolation (by area means; with wavelets to larger pictures by a guided filter, which keeps their edges): result =
  * picture + (g - 1) * plane + change, g being the finest band's gain and change = equalized - g * reduced. So the look
  * is the same for a picture of any size, and the work hardly depends on it. A picture isn't reduced below a shorter
- * side of 64 samples; the radii take the rest. Where its longer side is the reference edge, the result is that of a run
- * without one.
+ * side of 64 samples; the radii take the rest, up to 32767. Where its longer side is the reference edge, the result is
+ * that of a run without one.
  *
  * Samples of 8 bits, and of 16 with white at 32768, become floats and come back as the plug-in converts its host's, so
  * that results are the plug-in's; 16 bits with white at 65535 go by double precision, so that every level comes back.
@@ -274,10 +274,10 @@ ORBEL_API orbel_status orbel_stack_create(const orbel_settings* settings, const 
 
 /* The same for a picture that comes line by line and is never in memory as a whole: begins a stack for one of this
  * shape, whose base addresses and steps aren't looked at, and takes its next lines, from the top downwards, any number
- * at a time: a picture of the same width, channels and samples, and of so many lines. With the last one it is taken
- * apart, and the stack is like any other, bit for bit. Wants a reference edge or wavelets (ORBEL_BAD_SETTING). Not for
- * several threads at once on one stack. After a status but ORBEL_OK the stack takes no more lines and is good for
- * orbel_stack_free alone, but ORBEL_BAD_ARGUMENT and ORBEL_BAD_PICTURE leave it as it was. */
+ * at a time: a picture of the same width and channels, with samples of any type, and of so many lines. With the last
+ * one it is taken apart, and the stack is like any other, bit for bit. Wants a reference edge or wavelets
+ * (ORBEL_BAD_SETTING). Not for several threads at once on one stack. After a status but ORBEL_OK the stack takes no more
+ * lines and is good for orbel_stack_free alone, but ORBEL_BAD_ARGUMENT and ORBEL_BAD_PICTURE leave it as it was. */
 ORBEL_API orbel_status orbel_stack_begin(const orbel_settings* settings, const orbel_picture* shape,
                                          const orbel_options* options, orbel_stack** stack);
 ORBEL_API orbel_status orbel_stack_add(orbel_stack* stack, const orbel_picture* lines, const orbel_options* options);

@@ -38,6 +38,9 @@ void fill(const Task& task, orbel_plan& to) {
   to.look_bytes = bytes.weighing + lines;
 }
 
+// As of a setting: a wider Gaussian smooths no more, and asks for gigabytes of weights.
+constexpr double mostOfRadius = 32767;
+
 WorkingSize workingSizeOf(const orbel_settings& settings, const orbel_picture& shape) {
   return workingSize({shape.width, shape.height}, settings.reference_edge);
 }
@@ -50,7 +53,9 @@ Task::Task(const orbel_settings& settings, const orbel_picture& shape)
       isFull(settings.reference_edge == 0 && settings.form == ORBEL_PYRAMID),
       parameters(parametersOf(settings)),
       radii(workingSizeOf(settings, shape).radii) {
-  for (float& radius : parameters.radii) radius = static_cast<float>(radius * radii);
+  if (radii != 1) {
+    for (float& radius : parameters.radii) radius = static_cast<float>(std::min(radius * radii, mostOfRadius));
+  }
   const IppiSize size = workingSizeOf(settings, shape).size;
   plan = settings.form == ORBEL_WAVELETS ? planWavelets(size, parameters.radii, parameters.thresholds, parameters.edges)
                                          : parameters.planFor(size);

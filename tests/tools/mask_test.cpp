@@ -87,6 +87,12 @@ TEST_F(MaskTest, BlendsBeforeTheDepthGoesBack) {
   const VImage clipped = (exact > 255).ifthenelse(255.0, (exact < 0).ifthenelse(0.0, exact));
   EXPECT_LE(difference(colours(blended), colours(clipped)), 0.5001);
   EXPECT_EQ(difference(blended[3], in[3]), 0);
+  const VImage tagged = load("mask.png");
+  vips_image_set_blob_copy(tagged.get_image(), VIPS_META_XMP_NAME, "<mask/>", 7);
+  save("tagged.tif", tagged);
+  ASSERT_EQ(orbel("in.png lines.tif --contrast 250 --mask tagged.tif --mix 50 --ref-edge 64"), 0);
+  EXPECT_EQ(xmpOf(loadPicture("lines.tif")).find("<mask/>"), std::string::npos);
+  EXPECT_EQ(difference(load("lines.tif"), load("blended.png")), 0);
   EXPECT_EQ(orbel("in.png deep.png --mix 50 --host-depth 16"), 2);
   save("wrong.png", corner(20, 40, 10));
   EXPECT_EQ(orbel("in.png dry.png --mask mask.png --dry-run"), 0);

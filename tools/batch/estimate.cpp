@@ -102,7 +102,7 @@ double memoryOf(const orbel_plan& plan, const RunShape& s) {
   if (s.inLines) {
     const double kept = s.kept ? pixels * s.channels * s.readBytes : 0;
     const double mask = s.maskBytes > 0 ? s.maskBytes + linesInHand * s.width * s.channels : 0;
-    return processBytes + plan.bytes + kept + mask + library;
+    return processBytes + plan.bytes + kept + s.cutBytes + mask + library;
   }
   double bytes = s.channels * s.readBytes;  // a pixel
   if (s.readBytes != s.writtenBytes) bytes += s.channels * s.writtenBytes;
@@ -111,7 +111,7 @@ double memoryOf(const orbel_plan& plan, const RunShape& s) {
     // The document, the module's result, the module's own three planes of floats, and the original to blend with.
     bytes += (s.colours + 3 + (s.blended ? s.colours : 0)) * s.documentBytes + 3 * static_cast<double>(sizeof(float));
   }
-  return processBytes + pixels * bytes + std::max(plan.bytes, library);
+  return processBytes + pixels * bytes + std::max(plan.bytes, s.cutBytes + library);
 }
 
 void requireMemory(const std::string& file, double needed, double most) {

@@ -32,6 +32,7 @@ struct RunShape {
   bool blended = false;              // with the original, by a weight a pixel
   bool inLines = false;              // and then:
   bool kept = false;                 // the decoded picture is
+  double cutBytes = 0;               // of a part that is cut out in memory
   double maskBytes = 0;              // that are kept of a mask
   double heldBytes = 0;              // a pixel, by the image library while it reads and writes
   double nanosecondsPerPixel = 100;  // of reading and writing

@@ -1,5 +1,6 @@
 #include "batch/job.h"
 
+#include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <filesystem>
@@ -10,6 +11,7 @@
 #include "batch/made_with.h"
 #include "batch/streamed.h"
 #include "files/failure.h"
+#include "files/file_state.h"
 #include "files/target_file.h"
 #include "files/text_file.h"
 #include "pictures/formats.h"
@@ -76,6 +78,7 @@ class Road {
 
   // All that can be known from the headers.
   void check() {
+    if (job_.input != pipeName) read_.emplace(job_.input);
     if (std::error_code none; std::filesystem::is_directory(job_.input, none)) {
       throw Failure(job_.input, "is a folder; -r takes the pictures in it", Cause::Unreadable);
     }
@@ -110,7 +113,9 @@ class Road {
 
   double heldBytes() const {
     const FileFormat* const format = formatOf(*opened_);
-    const double reading = format == nullptr || job_.input == pipeName ? 0 : format->loader.heldBytesOf(job_.input);
+    const int bytesOfPixel = opened_->channels() * bytesOf(opened_->samples());
+    const bool isKnown = format != nullptr && job_.input != pipeName;
+    const double reading = isKnown ? format->loader.heldBytesOf(job_.input, bytesOfPixel) : 0;
     return reading + format_->saver.heldBytes;
   }
 
@@ -129,6 +134,10 @@ class Road {
     shape.blended = isBlended(options_.settings);
     shape.inLines = isInLines();
     shape.kept = !isReadTwice();
+    if (options_.crop && (!isInLines() || hasThumbnail(*opened_))) {
+      const double pixels = static_cast<double>(options_.crop->width) * options_.crop->height;
+      shape.cutBytes = pixels * shape.channels * shape.writtenBytes;
+    }
     shape.maskBytes = maskBytes;
     shape.heldBytes = heldBytes();
     shape.nanosecondsPerPixel = format_->saver.nanosecondsPerPixel;
@@ -156,7 +165,7 @@ class Road {
       if (options_.settings.mask) mask = maskWeights(*options_.settings.mask, picture);
       equalizeByPlugin(job_.input, options_.plugin, run_, documentDepth(), picture.record(), result.record(), mask);
     } else {
-      equalizeInMemory(picture, result);
+      equalizeInMemory(picture, result, run_);
     }
     const Picture whole = options_.crop ? cutOut(result, *partToWrite()) : result;
     renewThumbnail(whole, whole);
@@ -165,6 +174,11 @@ class Road {
 
   std::optional<Rectangle> partToWrite() const {
     return options_.crop ? std::optional(asStored(*options_.crop, *opened_)) : std::nullopt;
+  }
+
+  // What is read twice has to be one picture.
+  void requireThatItIsTheSame() const {
+    if (isInLines() && isReadTwice()) read_->requireUnchanged();
   }
 
   Picture equalizeInLines() {
@@ -177,8 +191,17 @@ class Road {
       if (small) small->take(lines);
       return streamed_->take(lines);
     });
+    std::optional<Picture> copy;
+    if (small) {
+      copy = small->copy();
+      small.reset();
+      equalizeInMemory(*copy, *copy, runForCopy(*copy));
+    }
     Notes known;
-    if (twice) opened_ = openPicture(job_.input, known, options_.page);
+    if (twice) {
+      opened_ = openPicture(job_.input, known, options_.page);
+      requireThatItIsTheSame();
+    }
     std::optional<Picture> mask;
     if (options_.settings.mask) mask = maskOver(*options_.settings.mask, *opened_);
     const std::optional<Rectangle> part = partToWrite();
@@ -188,23 +211,27 @@ class Road {
       renewThumbnail(cut, cut);
       return cut;
     }
-    if (small) {
-      const Picture copy = small->copy();
-      equalizeInMemory(copy, copy);  // the look is the same at every size
-      renewThumbnail(result, copy);
-    }
+    if (copy) renewThumbnail(result, *copy);
     return result;
   }
 
-  void equalizeInMemory(const Picture& picture, const Picture& result) const {
+  // The look is the same at every size, but a copy that is smaller than the reference edge would be worked on at that
+  // size, which is most of the time and memory of the picture itself.
+  orbel_settings runForCopy(const Picture& copy) const {
+    const bool isSmaller = std::max(copy.width(), copy.height()) < run_.reference_edge;
+    return isSmaller ? scaledTo(copy.width(), copy.height(), run_) : run_;
+  }
+
+  void equalizeInMemory(const Picture& picture, const Picture& result, const orbel_settings& run) const {
     std::optional<Picture> mask;
     if (options_.settings.mask) mask = decodePicture(maskOver(*options_.settings.mask, picture), job_.input);
     const orbel_picture weights = mask ? mask->record() : orbel_picture{};
-    equalizeByEngine(job_.input, run_, options_.threads, picture.record(), result.record(), mask ? &weights : nullptr);
+    equalizeByEngine(job_.input, run, options_.threads, picture.record(), result.record(), mask ? &weights : nullptr);
   }
 
   void writeToPipe(const Picture& picture) {
     savePictureToPipe(remembering({options_.madeWith, std::time(nullptr)}, picture, *format_), *format_, save_);
+    requireThatItIsTheSame();
     append(outcome_.notes, completeMetadata(job_.input, picture, nullptr, *format_, surroundings_.askExiftool));
   }
 
@@ -212,6 +239,7 @@ class Road {
     const MadeWith made{options_.madeWith, target.begun()};
     const Picture whole = withHiddenXmp(job_.input, picture, *format_, surroundings_.askExiftool);
     savePicture(remembering(made, whole, *format_), *format_, target.descriptor(), job_.output, save_);
+    requireThatItIsTheSame();
     append(outcome_.notes, completeMetadata(job_.input, whole, &target, *format_, surroundings_.askExiftool));
     target.replace(options_.keepsOriginal);
     if (options_.writesRecipe) {
@@ -224,6 +252,7 @@ class Road {
   const JobOptions& options_;
   const Surroundings& surroundings_;
   Outcome outcome_;
+  std::optional<FileState> read_;  // the input, where it is a file
   std::optional<Picture> opened_;
   const FileFormat* format_ = nullptr;
   SampleType samples_{};

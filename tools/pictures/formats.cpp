@@ -15,16 +15,16 @@ namespace {
 constexpr SampleType bits8 = SampleType::bytes;
 constexpr SampleType bits16 = SampleType::words;
 constexpr SampleType floats = SampleType::floats;
-constexpr Loader jpeg{"jpeg", readsTwice | seesMetadata, nullptr, nullptr, 6, jpegIsProgressive};
-constexpr Loader png{"png", readsTwice | seesSomeMetadata, nullptr, pngHidesMetadata, 3, pngIsInterlaced};
+constexpr Loader jpeg{"jpeg", readsTwice | seesMetadata, nullptr, nullptr, 6, 0, jpegIsProgressive};
+constexpr Loader png{"png", readsTwice | seesSomeMetadata, nullptr, pngHidesMetadata, 0, 1, pngIsInterlaced};
 constexpr Loader tiff{"tiff", readsTwice | seesXmp | garblesIptc, tiffCompression, tiffHidesMetadata};
 constexpr Loader webp{"webp", readsTwice | resolutionInExif | seesMetadata, webpCompression, nullptr, 7.5};
 constexpr Loader heif{"heif", resolutionInExif | lendsMetadata, nullptr, nullptr, 7.5};
 constexpr Loader jpeg2000{"jp2k", pagesAreOne, nullptr, nullptr, 12};
-constexpr Loader netpbm{"ppm", readsTwice | whiteUnsaid | sizeClipped | seesMetadata, nullptr, nullptr, 3};
+constexpr Loader netpbm{"ppm", readsTwice | whiteUnsaid | sizeClipped | seesMetadata, nullptr, nullptr, 0, 1};
 constexpr Loader magick{"magick", pagesAreOne | garblesIptc, nullptr, nullptr, 16};
 constexpr Loader gif{"gif", goesOnInComments, nullptr, nullptr, 8};
-constexpr Loader jpegXl{"jxl", 0, nullptr, nullptr, 6};
+constexpr Loader jpegXl{"jxl", 0, nullptr, nullptr, 0, 2};
 
 const Saver none{};
 

@@ -41,12 +41,15 @@ struct Loader {
   std::string (*compressionOf)(const std::string& file, int page) = nullptr;
   // Whether a file may hold metadata beside those that the library sees. Null where nobody has looked: it may.
   bool (*hidesMetadata)(const std::string& file, const Metadata& seen) = nullptr;
-  // What it holds of a picture while it reads: bytes a pixel, about, measured with 8 bits in colour. Null for whether a
-  // file is so: all are.
+  // What it holds of a picture while it reads, about: bytes a pixel, measured with 8 bits in colour, and so many times
+  // the decoded picture. Null for whether a file is so: all are.
   double heldBytes = 0;
+  double heldPictures = 0;
   bool (*holds)(const std::string& file) = nullptr;
 
-  double heldBytesOf(const std::string& file) const { return holds == nullptr || holds(file) ? heldBytes : 0; }
+  double heldBytesOf(const std::string& file, int bytesOfPixel) const {
+    return holds == nullptr || holds(file) ? heldBytes + heldPictures * bytesOfPixel : 0;
+  }
 
   bool has(LoaderTrait trait) const { return (traits & trait) != 0; }
 };

@@ -1,6 +1,7 @@
 #include "pictures/stream.h"
 
 #include <array>
+#include <cstddef>
 #include <memory>
 #include <vips/vips8>
 
@@ -20,9 +21,10 @@ orbel_samples typeOf(VipsBandFormat format) {
 
 orbel_picture partOf(VipsRegion* region, const VipsRect& part) {
   const VipsImage* const image = region->im;
+  const auto rowStep = static_cast<std::ptrdiff_t>(VIPS_REGION_LSKIP(region));
   orbel_picture picture;
   orbel_picture_interleaved(&picture, sizeof picture, typeOf(image->BandFmt), part.width, part.height, image->Bands,
-                            VIPS_REGION_ADDR(region, part.left, part.top), VIPS_REGION_LSKIP(region));
+                            VIPS_REGION_ADDR(region, part.left, part.top), rowStep);
   return picture;
 }
 
@@ -58,8 +60,8 @@ extern "C" int renderRegion(VipsRegion* to, void* sequence, void*, void* context
   }
   orbel_picture mask{};
   if (from[1] != nullptr) mask = partOf(from[1], part);
-  const std::string error = rendering.render({part.left, part.top, partOf(from[0], part), partOf(to, to->valid),
-                                              from[1] != nullptr ? &mask : nullptr});
+  const std::string error = rendering.render(
+      {part.left, part.top, partOf(from[0], part), partOf(to, to->valid), from[1] != nullptr ? &mask : nullptr});
   if (!error.empty()) vips_error("orbel", "%s", error.c_str());
   return error.empty() ? 0 : -1;
 }
@@ -90,7 +92,8 @@ Picture rendered(const Picture& source, const std::optional<Rectangle>& part, Sa
     rendering->render = render;
     const VImage image(vips_image_new());
     VipsImage* const made = image.get_image();
-    if (vips_image_pipeline_array(made, VIPS_DEMAND_STYLE_FATSTRIP, rendering->inputs.data()) != 0) {
+    // Of the source alone: an image gets the metadata of all that it is made of, and a mask's are none of the result's.
+    if (vips_image_pipelinev(made, VIPS_DEMAND_STYLE_FATSTRIP, rendering->inputs[0], nullptr) != 0) {
       throw vips::VError();
     }
     // Several lines at a time, even where the source is read line by line: what lies between lines is shared.
