@@ -9,9 +9,12 @@
 
 class WeighedPicture {
  public:
-  // task and stack outlive the object. progress may be null, and gets the stack's weighingWork(). Throws
-  // NO_MEMORY_ERROR, and Cancelled.
-  WeighedPicture(const Task& task, const BandStack& stack, const orbel_settings& settings, Progress* progress);
+  // Of the task's picture, or of that picture in another size. stack outlives the object. progress may be null, and
+  // gets the stack's weighingWork(). Throws NO_MEMORY_ERROR, and Cancelled.
+  WeighedPicture(const Task& task, const BandStack& stack, const orbel_settings& settings, IppiSize size,
+                 Progress* progress);
+
+  IppiSize size() const { return size_; }
 
   // Puts a part of the picture together: source, target and mask, which may be null, are that part. progress may be
   // null, and gets linesWork of the part. Throws NO_MEMORY_ERROR, and Cancelled, before any sample is written.
@@ -19,7 +22,8 @@ class WeighedPicture {
               Progress* progress) const;
 
  private:
-  const Task& task_;
+  IppiSize size_;
+  Planes planes_;
   orbel_settings settings_;
   std::unique_ptr<Look> look_;
   std::optional<CrossOverlay> overlay_;

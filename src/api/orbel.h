@@ -276,8 +276,9 @@ ORBEL_API orbel_status orbel_stack_create(const orbel_settings* settings, const 
  * shape, whose base addresses and steps aren't looked at, and takes its next lines, from the top downwards, any number
  * at a time: a picture of the same width and channels, with samples of any type, and of so many lines. With the last
  * one it is taken apart, and the stack is like any other, bit for bit. Wants a reference edge or wavelets
- * (ORBEL_BAD_SETTING). Not for several threads at once on one stack. After a status but ORBEL_OK the stack takes no more
- * lines and is good for orbel_stack_free alone, but ORBEL_BAD_ARGUMENT and ORBEL_BAD_PICTURE leave it as it was. */
+ * (ORBEL_BAD_SETTING). Not for several threads at once on one stack. After a status but ORBEL_OK the stack takes no
+ * more lines and is good for orbel_stack_free alone, but ORBEL_BAD_ARGUMENT and ORBEL_BAD_PICTURE leave it as it was.
+ */
 ORBEL_API orbel_status orbel_stack_begin(const orbel_settings* settings, const orbel_picture* shape,
                                          const orbel_options* options, orbel_stack** stack);
 ORBEL_API orbel_status orbel_stack_add(orbel_stack* stack, const orbel_picture* lines, const orbel_options* options);
@@ -290,6 +291,14 @@ typedef struct orbel_look orbel_look;
  * made with. The stack outlives the look. With a reference edge the cost doesn't depend on the picture's size. */
 ORBEL_API orbel_status orbel_look_create(const orbel_stack* stack, const orbel_settings* settings,
                                          const orbel_options* options, orbel_look** look);
+
+/* The same for the stack's picture in another size: handed the picture reduced by area means, or enlarged, it gives the
+ * result so reduced or enlarged, up to what is clipped and to single precision where bands are interpolated: for a view
+ * that fits a window, or a thumbnail. Wants a reference edge or wavelets (ORBEL_BAD_SETTING). The overlay shrinks and
+ * grows with the picture. */
+ORBEL_API orbel_status orbel_look_create_in_size(const orbel_stack* stack, const orbel_settings* settings,
+                                                 int32_t width, int32_t height, const orbel_options* options,
+                                                 orbel_look** look);
 
 /* Puts a part of the picture together, whose first sample is in this column and row of the whole: source is that part
  * of the picture that the stack was made of, target gets the same part of what orbel_equalize gives, sample for sample.

@@ -113,7 +113,7 @@ orbel_status orbel_equalize(const orbel_settings* settings, const orbel_picture*
     std::optional<Progress> progress = progressFor(o, task.takingApart() + task.puttingTogether());
     Progress* const told = progress ? &*progress : nullptr;
     const std::unique_ptr<BandStack> stack = takeApart(task, lines, told);
-    const WeighedPicture weighed(task, *stack, s, told);
+    const WeighedPicture weighed(task, *stack, s, task.picture, told);
     weighed.render({0, 0, from.width, from.height}, lines, to, mask ? &*mask : nullptr, told);
   });
 }

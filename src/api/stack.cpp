@@ -129,7 +129,7 @@ orbel_status orbel_stack_weigh(const orbel_stack* stack, const orbel_settings* s
     const std::optional<orbel_picture> mask = maskFor(o, from);
     std::optional<Progress> progress = progressFor(o, taken.bands->weighingWork() + taken.task.puttingTogether());
     Progress* const told = progress ? &*progress : nullptr;
-    const WeighedPicture weighed(taken.task, *taken.bands, s, told);
+    const WeighedPicture weighed(taken.task, *taken.bands, s, taken.task.picture, told);
     weighed.render({0, 0, from.width, from.height}, PictureLines(from), to, mask ? &*mask : nullptr, told);
   });
 }
@@ -146,7 +146,8 @@ orbel_status orbel_stack_band(const orbel_stack* stack, int32_t band, const orbe
     }
     float gains[levelCount] = {};
     if (band < levelCount) gains[band] = 1.0F;
-    const std::unique_ptr<Look> look = taken.bands->weigh(gains, band == levelCount ? 1.0F : 0.0F, nullptr);
+    const std::unique_ptr<Look> look =
+        taken.bands->weigh(gains, band == levelCount ? 1.0F : 0.0F, taken.task.picture, nullptr);
     const PictureLines lines(from);
     BandLines result(to, band < levelCount && to.samples != ORBEL_FLOAT32);
     putPlanesTogether(*look, {0, 0, from.width, from.height}, PlaneLines(lines, taken.task.planes, from.width), result);

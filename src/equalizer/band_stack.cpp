@@ -69,7 +69,7 @@ FullStack::FullStack(const Plan& plan, const PlaneLines& lines, Progress* progre
   if (pyramids_.empty()) small_ = takePlanesApart(std::move(small), plan, progress);
 }
 
-std::unique_ptr<Look> FullStack::weigh(const float* gains, float baseGain, Progress* progress) const {
+std::unique_ptr<Look> FullStack::weigh(const float* gains, float baseGain, IppiSize, Progress* progress) const {
   if (small_) return std::make_unique<WholeLook>(small_->weigh(gains, baseGain, progress));
   return std::make_unique<FinestLook>(pyramids_, gains, baseGain);
 }

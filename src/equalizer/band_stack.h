@@ -15,8 +15,10 @@ class BandStack {
  public:
   virtual ~BandStack() = default;
 
-  // The stack outlives the look. progress may be null, and gets weighingWork(). Throws NO_MEMORY_ERROR, and Cancelled.
-  virtual std::unique_ptr<Look> weigh(const float* gains, float baseGain, Progress* progress) const = 0;
+  // The look of the stack's picture; another size is that of the picture as it is when it is reduced or enlarged, which
+  // a FullStack doesn't know. The stack outlives the look. progress may be null, and gets weighingWork(). Throws
+  // NO_MEMORY_ERROR, and Cancelled.
+  virtual std::unique_ptr<Look> weigh(const float* gains, float baseGain, IppiSize size, Progress* progress) const = 0;
 
   // In taps, without the lines of the result.
   virtual double weighingWork() const = 0;
@@ -29,7 +31,7 @@ class FullStack : public BandStack {
   // NO_MEMORY_ERROR, and Cancelled.
   FullStack(const Plan& plan, const PlaneLines& lines, Progress* progress);
 
-  std::unique_ptr<Look> weigh(const float* gains, float baseGain, Progress* progress) const override;
+  std::unique_ptr<Look> weigh(const float* gains, float baseGain, IppiSize size, Progress* progress) const override;
   double weighingWork() const override { return small_ ? small_->weighingWork() : 0; }
 
   static StackBytes bytesOf(const Plan& plan, const Planes& planes, int threads);

@@ -44,9 +44,10 @@ void ReferenceStack::takeApart(Progress* progress) {
   }
 }
 
-std::unique_ptr<Look> ReferenceStack::weigh(const float* gains, float baseGain, Progress* progress) const {
+std::unique_ptr<Look> ReferenceStack::weigh(const float* gains, float baseGain, IppiSize size,
+                                            Progress* progress) const {
   KivImage weighed = stack_->weigh(gains, baseGain, progress);
-  if (isSame(picture_, weighed.size)) return std::make_unique<WholeLook>(std::move(weighed));
+  if (isSame(size, weighed.size) && isSame(size, picture_)) return std::make_unique<WholeLook>(std::move(weighed));
   const KivImage& before = stack_->planes();
   for (int plane = 0; plane < weighed.channels; ++plane) {
     eachIndex(weighed.size.height, [&](int y) {
@@ -54,11 +55,11 @@ std::unique_ptr<Look> ReferenceStack::weigh(const float* gains, float baseGain, 
                                          weighed.size.width);
     });
   }
-  const bool enlarges = isSame(reducedSize(picture_, weighed.size), weighed.size);
+  const bool enlarges = isSame(reducedSize(size, weighed.size), weighed.size);
   if (plan_.form == Form::wavelets && enlarges) {
-    return referenceLook(guidedChange(weighed, before), before.channels, gains[0], picture_);
+    return referenceLook(guidedChange(weighed, before), before.channels, gains[0], size);
   }
-  return referenceLook(std::move(weighed), before.channels, gains[0], picture_);
+  return referenceLook(std::move(weighed), before.channels, gains[0], size);
 }
 
 StackBytes ReferenceStack::bytesOf(IppiSize picture, const Plan& plan, const Planes& planes, int threads) {

@@ -28,7 +28,7 @@ class ReferenceStack : public BandStack {
   // After an exception: nothing can be done with it any more.
   bool isBroken() const { return isBroken_; }
 
-  std::unique_ptr<Look> weigh(const float* gains, float baseGain, Progress* progress) const override;
+  std::unique_ptr<Look> weigh(const float* gains, float baseGain, IppiSize size, Progress* progress) const override;
   double weighingWork() const override { return stack_->weighingWork(); }
 
   static StackBytes bytesOf(IppiSize picture, const Plan& plan, const Planes& planes, int threads);

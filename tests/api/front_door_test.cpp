@@ -298,6 +298,42 @@ TEST(FrontDoor, WeighsAStackAsAWholeRunDoes) {
   }
 }
 
+// In another size a look gives the result in that size: here reduced by a whole number, in either form.
+TEST(FrontDoor, LooksInOtherSizesAreTheResultReduced) {
+  for (const int form : {ORBEL_PYRAMID, ORBEL_WAVELETS}) {
+    const int by = 4;
+    const Owned source(ORBEL_FLOAT32, 320, 280, 1);
+    const auto reduced = [&](const std::vector<float>& whole) {
+      const Owned small(ORBEL_FLOAT32, 320 / by, 280 / by, 1);
+      for (int i = 0; i < 320 * 280; ++i) {
+        float* const to =
+            reinterpret_cast<float*>(sampleOf(small.picture, 0, i / 320 / by * (320 / by) + i % 320 / by));
+        *to = (i / 320 % by == 0 && i % by == 0 ? 0 : *to) + whole[static_cast<std::size_t>(i)] / (by * by);
+      }
+      return small;
+    };
+    orbel_settings settings = strong(true);
+    settings.reference_edge = 160;
+    settings.form = form;
+    settings.overlay = 0;
+    orbel_stack* stack = nullptr;
+    orbel_look* look = nullptr;
+    ASSERT_EQ(orbel_stack_create(&settings, &source.picture, nullptr, &stack), ORBEL_OK);
+    ASSERT_EQ(orbel_look_create_in_size(stack, &settings, 320 / by, 280 / by, nullptr, &look), ORBEL_OK);
+    const Owned small = reduced(source.floats());
+    ASSERT_EQ(orbel_look_render(look, 0, 0, &small.picture, &small.picture, nullptr), ORBEL_OK);
+    Owned whole(source);
+    whole.samples = equalized(settings, source);
+    const std::vector<float> expected = reduced(whole.floats()).floats();
+    const std::vector<float> found = small.floats();
+    double sum = 0;
+    for (std::size_t i = 0; i < found.size(); ++i) sum += 255 * std::abs(found[i] - expected[i]);
+    EXPECT_LE(sum / static_cast<double>(found.size()), 0.6) << form;
+    orbel_look_free(look);
+    orbel_stack_free(stack);
+  }
+}
+
 TEST(FrontDoor, GivesBandsThatAddUpToThePicture) {
   for (const int edge : {0, 40, 200}) {
     const Owned source(ORBEL_FLOAT32, 70, 66, 3);

@@ -165,7 +165,10 @@ class Road {
       if (options_.settings.mask) mask = maskWeights(*options_.settings.mask, picture);
       equalizeByPlugin(job_.input, options_.plugin, run_, documentDepth(), picture.record(), result.record(), mask);
     } else {
-      equalizeInMemory(picture, result, run_);
+      const std::optional<Picture> mask = maskInMemory(picture);
+      const orbel_picture weights = mask ? mask->record() : orbel_picture{};
+      equalizeByEngine(job_.input, run_, options_.threads, picture.record(), result.record(),
+                       mask ? &weights : nullptr);
     }
     const Picture whole = options_.crop ? cutOut(result, *partToWrite()) : result;
     renewThumbnail(whole, whole);
@@ -195,7 +198,7 @@ class Road {
     if (small) {
       copy = small->copy();
       small.reset();
-      equalizeInMemory(*copy, *copy, runForCopy(*copy));
+      streamed_->equalizeCopy(*copy, maskInMemory(*copy));
     }
     Notes known;
     if (twice) {
@@ -215,18 +218,9 @@ class Road {
     return result;
   }
 
-  // The look is the same at every size, but a copy that is smaller than the reference edge would be worked on at that
-  // size, which is most of the time and memory of the picture itself.
-  orbel_settings runForCopy(const Picture& copy) const {
-    const bool isSmaller = std::max(copy.width(), copy.height()) < run_.reference_edge;
-    return isSmaller ? scaledTo(copy.width(), copy.height(), run_) : run_;
-  }
-
-  void equalizeInMemory(const Picture& picture, const Picture& result, const orbel_settings& run) const {
-    std::optional<Picture> mask;
-    if (options_.settings.mask) mask = decodePicture(maskOver(*options_.settings.mask, picture), job_.input);
-    const orbel_picture weights = mask ? mask->record() : orbel_picture{};
-    equalizeByEngine(job_.input, run, options_.threads, picture.record(), result.record(), mask ? &weights : nullptr);
+  std::optional<Picture> maskInMemory(const Picture& picture) const {
+    if (!options_.settings.mask) return std::nullopt;
+    return decodePicture(maskOver(*options_.settings.mask, picture), job_.input);
   }
 
   void writeToPipe(const Picture& picture) {

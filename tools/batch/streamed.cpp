@@ -33,6 +33,18 @@ Picture StreamedRun::result(const Picture& source, const std::optional<Rectangle
   return rendered(source, part, samples, mask, [this](const PartOf& p) { return render(p); });
 }
 
+void StreamedRun::equalizeCopy(const Picture& copy, const std::optional<Picture>& mask) {
+  options_.require(status_);
+  const orbel_picture record = copy.record();
+  orbel_look* made = nullptr;
+  options_.require(orbel_look_create_in_size(stack_.get(), &run_, record.width, record.height, options_.get(), &made));
+  const Look look(made);
+  EngineOptions options(file_, 1);
+  const orbel_picture weights = mask ? mask->record() : orbel_picture{};
+  if (mask) options.get()->mask = &weights;
+  options.require(orbel_look_render(look.get(), 0, 0, &record, &record, options.get()));
+}
+
 // Empty where it went well. Called on several threads at once, so each call works alone.
 std::string StreamedRun::render(const PartOf& part) {
   EngineOptions options(file_, 1);

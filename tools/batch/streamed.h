@@ -30,6 +30,10 @@ class StreamedRun {
   Picture result(const Picture& source, const std::optional<Rectangle>& part, SampleType samples,
                  const std::optional<Picture>& mask);
 
+  // When all lines have been taken: a copy of the picture in memory, of any size, becomes one of the result. mask is of
+  // the copy's size. Throws Failure about the file, and std::bad_alloc.
+  void equalizeCopy(const Picture& copy, const std::optional<Picture>& mask);
+
  private:
   std::string render(const PartOf& part);
   void passed(int lines, int width);
