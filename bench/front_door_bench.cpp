@@ -6,6 +6,7 @@
 
 #include "api/orbel.h"
 #include "pictures.h"
+#include "support/forced_row.h"
 
 namespace {
 
@@ -80,10 +81,28 @@ void weighAnew(benchmark::State& state) {
   orbel_stack_free(stack);
 }
 
+// A picture of a reference size by each form, on one thread and each processor row.
+void equalizeByForm(benchmark::State& state) {
+  const Interleaved source(ORBEL_UINT8, 1);
+  orbel_settings settings = clarity(true);
+  for (orbel_band& band : settings.bands) band.edges = 1;
+  settings.form = static_cast<std::int32_t>(state.range(0));
+  const int row = static_cast<int>(state.range(1));
+  if (!ForcedRow::machineHas(row)) return state.SkipWithError("the machine lacks this row");
+  const ForcedRow forced(row);
+  const orbel_options options = withThreads(1);
+  for (auto _ : state) require(state, orbel_equalize(&settings, &source.picture, &source.picture, &options));
+}
+
 const std::vector<std::string> arguments = {"samples", "luminance", "threads"};
 const std::vector<std::vector<std::int64_t>> all = {{ORBEL_UINT8, ORBEL_UINT16, ORBEL_FLOAT32}, {1, 0}, {1, 2}};
 BENCHMARK(equalizeInterleaved)->ArgNames(arguments)->ArgsProduct(all)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(takeApart)->ArgNames(arguments)->ArgsProduct(all)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(weighAnew)->ArgNames(arguments)->ArgsProduct(all)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(equalizeByForm)
+    ->ArgNames({"form", "row"})
+    ->ArgsProduct({{ORBEL_PYRAMID, ORBEL_WAVELETS}, {0, 3, 4}})
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -91,6 +91,16 @@ void requireThatHostHolds(const std::string& file, int width, int height) {
   }
 }
 
+RunShape shapeOf(const Picture& picture) {
+  RunShape shape;
+  shape.width = picture.width();
+  shape.height = picture.height();
+  shape.channels = picture.channels();
+  shape.colours = picture.colours();
+  shape.readBytes = shape.writtenBytes = bytesOf(picture.samples());
+  return shape;
+}
+
 double secondsOf(const orbel_plan& plan, const RunShape& shape, int threads) {
   return secondsPerRun + filteringSeconds(plan, threads) + 1e-9 * shape.nanosecondsPerPixel * pixelsOf(shape);
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "api/orbel.h"
+#include "pictures/picture.h"
 
 namespace orbel {
 
@@ -37,6 +38,9 @@ struct RunShape {
   double heldBytes = 0;              // a pixel, by the image library while it reads and writes
   double nanosecondsPerPixel = 100;  // of reading and writing
 };
+
+// Of a picture that comes back as it is, from memory to memory.
+RunShape shapeOf(const Picture& picture);
 
 // Seconds that a run takes, with its process, reading and writing: the low-passes shared by the threads, the rest on
 // one.

@@ -123,12 +123,7 @@ class Road {
     if (options_.plugin != nullptr) requireThatHostHolds(job_.input, outcome_.width, outcome_.height);
     const orbel_plan plan = planFor(job_.input, run_, opened_->shape(), options_.threads);
     requireShortWork(job_.input, run_, plan, options_.threads, options_.mostMinutes);
-    RunShape shape;
-    shape.width = outcome_.width;
-    shape.height = outcome_.height;
-    shape.channels = opened_->channels();
-    shape.colours = opened_->colours();
-    shape.readBytes = bytesOf(opened_->samples());
+    RunShape shape = shapeOf(*opened_);
     shape.writtenBytes = bytesOf(samples_);
     shape.documentBytes = options_.plugin != nullptr ? documentDepth() / 8 : 0;
     shape.blended = isBlended(options_.settings);

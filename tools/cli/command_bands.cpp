@@ -81,10 +81,7 @@ void takeApart(const BandsArguments& arguments) {
     const orbel_plan plan = planFor(input, run, picture.shape(), 0);
     requireShortWork(input, run, plan, 0, arguments.limits.mostMinutes);
     // The view beside the picture.
-    RunShape shape;
-    shape.width = picture.width();
-    shape.height = picture.height();
-    shape.channels = picture.channels();
+    RunShape shape = shapeOf(picture);
     shape.readBytes = shape.writtenBytes = 2 * bytesOf(picture.samples());
     const double memory = memoryOf(plan, shape);
     requireMemory(input, memory, arguments.limits.mostMemory());

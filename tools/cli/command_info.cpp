@@ -37,9 +37,8 @@ struct InfoArguments {
 
 // At the settings that are built in.
 double memoryFor(const std::string& file, const Picture& picture) {
-  const int bytes = bytesOf(picture.samples());
   const orbel_plan plan = planFor(file, Settings().run, picture.shape(), 0);
-  return memoryOf(plan, {picture.channels(), picture.colours(), bytes, bytes, 0, false});
+  return memoryOf(plan, shapeOf(picture));
 }
 
 // Of the settings that a picture was made with, those that are not built in.
