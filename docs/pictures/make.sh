@@ -17,8 +17,7 @@ part() { vips crop "$1" "$2[Q=88]" "${@:3}"; }
 part "$photo" raccoon-before.jpg 250 140 640 480
 part "$work/after.png" raccoon-after.jpg 250 140 640 480
 
-# Three times their strength, to be seen.
-"$orbel" bands "$photo" -o "$work/bands" --contrast 300 >/dev/null
+"$orbel" bands "$photo" -o "$work/bands" >/dev/null
 vips copy "$work/bands/contact-sheet.png" raccoon-bands.jpg[Q=88]
 
 # label CELL TEXT: the picture CELL.png as CELL-cell.v, with the text below.

@@ -110,11 +110,27 @@ TEST_F(MaskTest, BandsAddUp) {
   VImage sum = load("bands/residual.tif");
   for (const char* band : {"1", "2", "3", "4", "5"}) sum += load(std::string("bands/band") + band + ".tif") - 0.5;
   EXPECT_LT(difference(sum, load("whole.tif")), 2e-6);
-  EXPECT_GT(load("bands/contact-sheet.png").width(), 3 * 70);
+  const VImage sheet = load("bands/contact-sheet.png");
+  EXPECT_GT(sheet.width(), 3 * 70);
+  // The faint band 4 at the left of the second row, stretched.
+  EXPECT_GT((sheet.extract_area(16, sheet.height() / 2 + 16, 70, 50) - 128).abs().avg(), 15);
   EXPECT_EQ(orbel("bands in.tif -o bands"), 1);
   EXPECT_EQ(orbel("bands in.tif -o bands -f --ref-edge 70"), 0);
   EXPECT_EQ(orbel("bands in.tif -o none --memory 20M"), 1);
   EXPECT_FALSE(fs::exists("none"));
+}
+
+// Beside the original, with the part below the whole.
+TEST_F(MaskTest, SheetsShowWhatPresetsDo) {
+  save("in.png", colours(noisy(300, 200)));
+  ASSERT_EQ(orbel("sheet in.png -o sheet.png -p clarity -p crisp"), 0);
+  ASSERT_EQ(orbel("in.png out.png -p crisp"), 0);
+  const VImage sheet = load("sheet.png");
+  constexpr int gap = 16;
+  EXPECT_EQ(difference(sheet.extract_area(gap, gap, 300, 200), load("in.png")), 0);
+  EXPECT_EQ(difference(sheet.extract_area(3 * gap + 600, gap + 200 + gap / 2, 300, 200), load("out.png")), 0);
+  EXPECT_EQ(orbel("sheet in.png -o sheet.png"), 1) << "it is there";
+  EXPECT_EQ(orbel("sheet in.png -o other.png --part 300,1"), 2);
 }
 
 }  // namespace

@@ -97,7 +97,11 @@ void takeApart(const BandsArguments& arguments) {
       const orbel_picture target = result.record();
       options.require(orbel_stack_weigh(stack.get(), &view.run, &source, &target, options.get()));
       files.writeNext(result);
-      sheet.add(result, view.label);
+      if (view.run.half != 0) {
+        sheet.addBand(result, view.label);
+      } else {
+        sheet.add(result, view.label);
+      }
     }
     files.writeNext(sheet.sheet());
     if (arguments.json) {
@@ -115,7 +119,9 @@ void takeApart(const BandsArguments& arguments) {
 void addBandsCommand(CLI::App& program, ExitCode&) {
   CLI::App* const command = program.add_subcommand(
       "bands",
-      "Write the five bands and the residual of a picture, each by itself, and a contact sheet of them.\n"
+      "Write the five bands and the residual of a picture, each by itself, and a contact sheet of them, in which "
+      "bands\n"
+      "are stretched to be seen; it says by how much.\n"
       "Bands show around middle grey, with the gains that are set, at the scale of the reference edge where there is\n"
       "one. --mix, --mask, --luminance, --half and --cross have no part in it.");
   const auto arguments = std::make_shared<BandsArguments>();

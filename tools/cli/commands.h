@@ -21,5 +21,6 @@ void addJsxCommand(CLI::App& program, ExitCode& outcome);
 void addKeysCommand(CLI::App& program, ExitCode& outcome);
 void addManCommand(CLI::App& program, ExitCode& outcome);
 void addPresetsCommand(CLI::App& program, ExitCode& outcome);
+void addSheetCommand(CLI::App& program, ExitCode& outcome);
 
 }  // namespace orbel

@@ -1,6 +1,9 @@
 #include "pictures/contact_sheet.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <cmath>
 
 #include "pictures/errors.h"
 #include "pictures/samples.h"
@@ -29,13 +32,25 @@ VImage labelPicture(const std::string& text, int bands) {
   return bands == 1 ? paper : VImage::bandjoin({paper, paper, paper});
 }
 
+VImage above(const VImage& upper, const VImage& lower) {
+  return upper.join(
+      lower, VIPS_DIRECTION_VERTICAL,
+      VImage::option()->set("expand", true)->set("shim", gap / 2)->set("background", std::vector<double>{white}));
+}
+
 VImage labelled(const VImage& small, const std::string& label) {
   const VImage text =
       labelPicture(label, small.bands()).copy(VImage::option()->set("interpretation", small.interpretation()));
-  return small
-      .join(text, VIPS_DIRECTION_VERTICAL,
-            VImage::option()->set("expand", true)->set("shim", gap / 2)->set("background", std::vector<double>{white}))
-      .copy_memory();
+  return above(small, text).copy_memory();
+}
+
+// By how much a band's contrast is raised: in steps that can be said, and not at all where there is next to nothing.
+double stretchOf(const VImage& band) {
+  constexpr double grey = 128;
+  constexpr double filled = 96;  // levels on either side
+  const VImage away = (band - grey).abs().cast(VIPS_FORMAT_UCHAR);
+  const double most = away.bandmean().percent(99);
+  return most < 1 ? 1 : std::max(1.0, std::round(10 * filled / most) / 10);
 }
 
 }  // namespace
@@ -43,6 +58,25 @@ VImage labelled(const VImage& small, const std::string& label) {
 void ContactSheet::add(const Picture& picture, const std::string& label) {
   cells_.push_back(translated(nameOf(picture), Cause::Other,
                               [&] { return pictureOf(labelled(reduced(imageOf(picture)), label), nameOf(picture)); }));
+}
+
+void ContactSheet::addBand(const Picture& band, const std::string& label) {
+  cells_.push_back(translated(nameOf(band), Cause::Other, [&] {
+    const VImage small = reduced(imageOf(band));
+    const double stretch = stretchOf(small);
+    const VImage shown = ((small - 128) * stretch + 128).cast(VIPS_FORMAT_UCHAR);
+    const VImage same = shown.copy(VImage::option()->set("interpretation", small.interpretation()));
+    const std::string said = stretch > 1 ? fmt::format("{}\nshown {:.4g} times as strong", label, stretch) : label;
+    return pictureOf(labelled(same, said), nameOf(band));
+  }));
+}
+
+void ContactSheet::addWithPart(const Picture& picture, const Rectangle& part, const std::string& label) {
+  cells_.push_back(translated(nameOf(picture), Cause::Other, [&] {
+    const VImage& image = imageOf(picture);
+    const VImage cut = scaledTo(VIPS_FORMAT_UCHAR, image.extract_area(part.x, part.y, part.width, part.height));
+    return pictureOf(labelled(above(reduced(image), cut), label), nameOf(picture));
+  }));
 }
 
 Picture ContactSheet::sheet() const {

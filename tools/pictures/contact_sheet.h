@@ -14,6 +14,13 @@ class ContactSheet {
   // Failure about the picture's file.
   void add(const Picture& picture, const std::string& label);
 
+  // The same for a band around middle grey: its contrast is raised until all but a hundredth of it fills three quarters
+  // of the range, and the label says by how much.
+  void addBand(const Picture& band, const std::string& label);
+
+  // The same with a part of the picture below, as it is.
+  void addWithPart(const Picture& picture, const Rectangle& part, const std::string& label);
+
   // In rows of three; there is at least one picture. Throws Failure about the first one's file.
   Picture sheet() const;
 
