@@ -11,8 +11,8 @@
 
 namespace orbel {
 
-// source into target, which may be the same. The mask is a picture of their size, or null; for a module a weight of 0 to
-// 1 for each pixel, or empty. Both throw Failure about the file, and std::bad_alloc.
+// source into target, which may be the same. The mask is a picture of their size, or null; for a module a weight of 0
+// to 1 for each pixel, or empty. Both throw Failure about the file, and std::bad_alloc.
 void equalizeByEngine(const std::string& file, const orbel_settings& run, int threads, const orbel_picture& source,
                       const orbel_picture& target, const orbel_picture* mask);
 void equalizeByPlugin(const std::string& file, PluginEntry plugin, const orbel_settings& run, int depth,

@@ -23,7 +23,7 @@ void requireThatHostHolds(const std::string& file, int width, int height);
 
 // What a run is made of, beside the plan.
 struct RunShape {
-  int width = 0;                     // of the picture
+  int width = 0;  // of the picture
   int height = 0;
   int channels = 0;                  // of the file, with alpha
   int colours = 0;                   // 1 or 3

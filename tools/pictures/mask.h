@@ -12,13 +12,13 @@
 
 namespace orbel {
 
-// Throws Failure when maskOver would, as far as the header of the mask's file tells. Gives the bytes that a mask keeps in
-// memory.
+// Throws Failure when maskOver would, as far as the header of the mask's file tells. Gives the bytes that a mask keeps
+// in memory.
 double requireThatMaskFits(const std::string& mask, const Picture& picture);
 
-// A mask that lies over the picture, of its size, made where it is asked for: grey in floats, 0 to 1, but for what masks of
-// floats hold. Throws Failure about the mask when it can't be read, and when its proportions are others than the
-// picture's.
+// A mask that lies over the picture, of its size, made where it is asked for: grey in floats, 0 to 1, but for what
+// masks of floats hold. Throws Failure about the mask when it can't be read, and when its proportions are others than
+// the picture's.
 Picture maskOver(const std::string& mask, const Picture& picture);
 
 // How much of the result each pixel shows, 0 to 1, in rows of the picture. A mask of floats may hold anything: it is
