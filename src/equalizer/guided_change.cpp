@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
+#include "equalizer/area_mean.h"
 #include "image/row_bands.h"
 
 namespace {
 
 constexpr int side = 3;
-constexpr float epsilon = 0.01F * 0.01F;
+constexpr float epsilon = 0.001F;
+constexpr int rounds = 5;
 
 // Sums down a square's three lines, of a plane p and its change c.
 struct ColumnSums {
@@ -18,10 +21,68 @@ struct ColumnSums {
   float* cp;
 };
 
+// What of a line's sample gets to each neighbour when it is enlarged to `to` samples and reduced again, on average.
+float softness(int from, int to) {
+  const AreaMean mean(to, from);
+  double aside = 0;
+  for (int i = 0; i < from; ++i) {
+    for (int j = mean.first(i); j < mean.end(i); ++j) {
+      const double distance = std::abs((j + 0.5) * from / to - 0.5 - i);
+      aside += static_cast<double>(mean.weight(i, j)) * std::min(distance, 1.0);
+    }
+  }
+  return static_cast<float>(aside / (2.0 * from));
+}
+
+// to = from under (q, 1 - 2 q, q) each way, the edges going on; to has one plane.
+void soften(KivImage& to, const KivImage& from, int plane, float qAcross, float qDown) {
+  const int width = from.size.width;
+  const int last = from.size.height - 1;
+  eachBand(from.size.height, 16, rowBytesFor(width), [&](int first, int rows, void* scratch) {
+    auto* const down = static_cast<float*>(scratch);
+    for (int y = first; y < first + rows; ++y) {
+      const float* const above = from.At(plane, 0, std::max(y - 1, 0));
+      const float* const here = from.At(plane, 0, y);
+      const float* const below = from.At(plane, 0, std::min(y + 1, last));
+      float* const line = to.At(0, 0, y);
+      for (int x = 0; x < width; ++x) down[x] = here[x] * (1 - 2 * qDown) + (above[x] + below[x]) * qDown;
+      for (int x = 1; x < width - 1; ++x) line[x] = down[x] * (1 - 2 * qAcross) + (down[x - 1] + down[x + 1]) * qAcross;
+      for (const int x : {0, width - 1}) {
+        const float neighbours = down[std::max(x - 1, 0)] + down[std::min(x + 1, width - 1)];
+        line[x] = down[x] * (1 - 2 * qAcross) + neighbours * qAcross;
+      }
+    }
+  });
+}
+
+// b is made up for what interpolation softens.
+void makeUp(KivImage& guided, const KivImage& change, const KivImage& planes, IppiSize picture) {
+  const IppiSize size = planes.size;
+  const int count = planes.channels;
+  const float qAcross = softness(size.width, picture.width);
+  const float qDown = softness(size.height, picture.height);
+  KivImage softA(size, 1);
+  KivImage softB(size, 1);
+  for (int plane = 0; plane < count; ++plane) {
+    soften(softA, guided, count + plane, qAcross, qDown);
+    for (int round = 0; round < rounds; ++round) {
+      soften(softB, guided, plane, qAcross, qDown);
+      eachIndex(size.height, [&](int y) {
+        float* const b = guided.At(plane, 0, y);
+        const float* const c = change.At(plane, 0, y);
+        const float* const p = planes.At(plane, 0, y);
+        const float* const a = softA.At(0, 0, y);
+        const float* const soft = softB.At(0, 0, y);
+        for (int x = 0; x < size.width; ++x) b[x] += c[x] - (a[x] * p[x] + soft[x]);
+      });
+    }
+  }
+}
+
 }  // namespace
 
 // Single precision does: what a variance of samples up to 1 loses, some 1e-7, is far below epsilon.
-KivImage guidedChange(const KivImage& change, const KivImage& planes) {
+KivImage guidedChange(const KivImage& change, const KivImage& planes, IppiSize picture) {
   const int width = planes.size.width;
   const int height = planes.size.height;
   const int count = planes.channels;
@@ -66,10 +127,11 @@ KivImage guidedChange(const KivImage& change, const KivImage& planes) {
       }
     }
   });
+  makeUp(guided, change, planes, picture);
   return guided;
 }
 
 double guidedChangeBytes(IppiSize size, int planes, int threads) {
   const double row = rowBytesFor(size.width);
-  return 2 * planes * row * size.height + threads * 4 * row;
+  return (2.0 * planes + 2) * row * size.height + threads * 4 * row;
 }

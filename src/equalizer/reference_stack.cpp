@@ -57,7 +57,7 @@ std::unique_ptr<Look> ReferenceStack::weigh(const float* gains, float baseGain, 
   }
   const bool enlarges = isSame(reducedSize(size, weighed.size), weighed.size);
   if (plan_.form == Form::wavelets && enlarges) {
-    return referenceLook(guidedChange(weighed, before), before.channels, gains[0], size);
+    return referenceLook(guidedChange(weighed, before, size), before.channels, gains[0], size);
   }
   return referenceLook(std::move(weighed), before.channels, gains[0], size);
 }
