@@ -70,13 +70,12 @@ typedef enum orbel_form {
                         and three times without a halo */
 } orbel_form;
 
-/* One band of detail: what the low-pass of its level takes away. Each level is half the size of the one before. */
+/* One band of detail: what the low-pass of its level takes away. */
 typedef struct orbel_band {
   double gain;      /* in percent: 0 removes the band, 100 leaves it, 200 doubles it, below 0 inverts it; default 100 */
-  double radius;    /* standard deviation of the low-pass in pixels of the band's level, each of which is half the size
-                       of the one before; of wavelets three times the distance of the low-pass's taps in such pixels,
-                       to a whole one of the picture that is worked on, whose standard deviation that is; 0 for none;
-                       default 3 */
+  double radius;    /* of the low-pass, in pixels twice as large from band to band; 0: none; default 3. In the pyramid
+                       they are those of the band's level, and it is a standard deviation. With wavelets the taps are a
+                       third of it apart, to the next whole pixel, which is their spline's standard deviation */
   double threshold; /* how far samples may differ, on a scale of 0 to 255, and still be smoothed together; for a band
                        with edges; where they differ so far, wavelets smooth with half the weight; default 255 for the
                        finest band, 10 for the others */
@@ -263,8 +262,9 @@ ORBEL_API orbel_status orbel_plan_run(const orbel_settings* settings, const orbe
 /* ---- Taken apart once, weighed often ----------------------------------------------------------------------------- */
 
 /* A picture taken apart: with a reference edge a few planes of that size, whatever the picture's; without one a third
- * of the picture's own planes. It has none of the picture's samples, which are handed over again for each result. A
- * picture of at most 32 samples in width or height at the size that is worked on is taken apart again for each look. */
+ * of the picture's own planes. It has none of the picture's samples, which are handed over again for each result. In
+ * the pyramid's form, a picture of at most 32 samples in width or height at the size that is worked on is taken apart
+ * again for each look. */
 typedef struct orbel_stack orbel_stack;
 
 /* Takes source apart, with the settings' radii, thresholds, edges, luminance, reference edge and form. *stack is null
@@ -301,8 +301,9 @@ ORBEL_API orbel_status orbel_look_create_in_size(const orbel_stack* stack, const
                                                  orbel_look** look);
 
 /* Puts a part of the picture together, whose first sample is in this column and row of the whole: source is that part
- * of the picture that the stack was made of, target gets the same part of what orbel_equalize gives, sample for sample.
- * The mask is the part's, too. Otherwise as orbel_equalize. */
+ * of the picture that the stack was made of, in the look's size, and target gets the same part of what orbel_equalize
+ * gives, sample for sample where that is the picture's own size. The mask is the part's, too. Otherwise as
+ * orbel_equalize. */
 ORBEL_API orbel_status orbel_look_render(const orbel_look* look, int32_t column, int32_t row,
                                          const orbel_picture* source, const orbel_picture* target,
                                          const orbel_options* options);
