@@ -51,17 +51,17 @@ struct Rendering {
 
 extern "C" int renderRegion(VipsRegion* to, void* sequence, void*, void* context, gboolean*) {
   const Rendering& rendering = *static_cast<const Rendering*>(context);
-  auto* const* const from = static_cast<VipsRegion**>(sequence);
+  VipsRegion* const source = static_cast<VipsRegion**>(sequence)[0];
+  VipsRegion* const weights = static_cast<VipsRegion**>(sequence)[1];  // null without a mask
   VipsRect part = to->valid;
   part.left += rendering.left;
   part.top += rendering.top;
-  for (int i = 0; from[i] != nullptr; ++i) {
-    if (vips_region_prepare(from[i], &part) != 0) return -1;
-  }
+  if (vips_region_prepare(source, &part) != 0) return -1;
+  if (weights != nullptr && vips_region_prepare(weights, &part) != 0) return -1;
   orbel_picture mask{};
-  if (from[1] != nullptr) mask = partOf(from[1], part);
+  if (weights != nullptr) mask = partOf(weights, part);
   const std::string error = rendering.render(
-      {part.left, part.top, partOf(from[0], part), partOf(to, to->valid), from[1] != nullptr ? &mask : nullptr});
+      {part.left, part.top, partOf(source, part), partOf(to, to->valid), weights != nullptr ? &mask : nullptr});
   if (!error.empty()) vips_error("orbel", "%s", error.c_str());
   return error.empty() ? 0 : -1;
 }

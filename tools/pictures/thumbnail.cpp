@@ -70,7 +70,7 @@ void SmallCopy::take(const orbel_picture& lines) {
   for (int y = 0; y < lines.height; ++y, ++line_) {
     if (line_ % side_ % step != 0 || line_ / side_ >= height_) continue;
     const void* const line = static_cast<const unsigned char*>(lines.base[0]) + y * lines.row_step;
-    float* const sums = &sums_[static_cast<std::size_t>(line_ / side_ * width_ * lines.channels)];
+    float* const sums = sums_.data() + std::ptrdiff_t{line_ / side_} * width_ * lines.channels;
     const auto add = lines.samples == ORBEL_UINT8    ? addLine<std::uint8_t>
                      : lines.samples == ORBEL_UINT16 ? addLine<std::uint16_t>
                                                      : addLine<float>;
