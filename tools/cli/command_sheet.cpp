@@ -64,7 +64,7 @@ Picture under(const Settings& settings, const std::string& file, const Picture& 
   RunShape shape = shapeOf(picture);
   shape.readBytes = shape.writtenBytes = 2 * bytesOf(picture.samples());
   requireMemory(file, memoryOf(plan, shape), limits.mostMemory());
-  const Picture result = roomFor(picture, picture.samples());
+  Picture result = roomFor(picture, picture.samples());
   std::optional<Picture> mask;
   if (settings.mask) mask = decodePicture(maskOver(*settings.mask, picture), file);
   const orbel_picture weights = mask ? mask->record() : orbel_picture{};

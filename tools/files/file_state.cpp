@@ -1,10 +1,12 @@
 #include "files/file_state.h"
 
+#include <utility>
+
 #include "files/failure.h"
 
 namespace orbel {
 
-FileState::FileState(const std::string& file) : file_(file) { stat(file_.c_str(), &state_); }
+FileState::FileState(std::string file) : file_(std::move(file)) { stat(file_.c_str(), &state_); }
 
 void FileState::requireUnchanged() const {
   const FileState now(file_);

@@ -10,7 +10,7 @@ namespace orbel {
 class FileState {
  public:
   // The file as it is now.
-  explicit FileState(const std::string& file);
+  explicit FileState(std::string file);
 
   // Throws Failure when the file has been written, replaced or taken away since.
   void requireUnchanged() const;
