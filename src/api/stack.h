@@ -12,10 +12,11 @@ struct orbel_stack {
   orbel_picture shape;
   Task task;
   std::unique_ptr<BandStack> bands;
-  ReferenceStack* begun;  // the bands, where they are made of lines that come one by one; null once they have all come
+  // The bands, where they are made of lines that come one by one; null once they have all come.
+  ReferenceStack* begun = nullptr;
 
   orbel_stack(const orbel_settings& madeWith, const orbel_picture& picture)
-      : settings(madeWith), shape(picture), task(madeWith, picture), begun(nullptr) {}
+      : settings(madeWith), shape(picture), task(madeWith, picture) {}
 };
 
 // Throw Refusal: for null and a stack that isn't complete; for settings that aren't a stack's; for a picture of other

@@ -84,19 +84,20 @@ inline Floats heldBack(Floats change, Floats least, Floats most) {
 
 void addLimitedLine(float* c0, float* c1, float* c2, const float* before, const float* after, int count, int width) {
   float* const colours[] = {c0, c1, c2};
+  const int last = count == 1 ? 0 : 2;
   for (int x = 0; x < width; x += LANES) {
     const int length = width - x < LANES ? width - x : LANES;
     Floats samples[3] = {};
-    for (int c = 0; c < count; ++c) samples[c] = loadPart<Floats>(colours[c] + x, length, 0.0F);
+    for (int c = 0; c <= last; ++c) samples[c] = loadPart<Floats>(colours[c] + x, length, 0.0F);
     Floats least = samples[0];
     Floats most = samples[0];
-    for (int c = 1; c < count; ++c) {
+    for (int c = 1; c <= last; ++c) {
       least = smaller(least, samples[c]);
       most = larger(most, samples[c]);
     }
     const Floats change = loadPart<Floats>(after + x, length, 0.0F) - loadPart<Floats>(before + x, length, 0.0F);
     const Floats held = heldBack(change, least, most);
-    for (int c = 0; c < count; ++c) storePart(colours[c] + x, samples[c] + held, length);
+    for (int c = 0; c <= last; ++c) storePart(colours[c] + x, samples[c] + held, length);
   }
 }
 

@@ -165,7 +165,7 @@ class Road {
       equalizeByEngine(job_.input, run_, options_.threads, picture.record(), result.record(),
                        mask ? &weights : nullptr);
     }
-    const Picture whole = options_.crop ? cutOut(result, *partToWrite()) : result;
+    Picture whole = options_.crop ? cutOut(result, *partToWrite()) : result;
     renewThumbnail(whole, whole);
     return whole;
   }
@@ -203,9 +203,9 @@ class Road {
     std::optional<Picture> mask;
     if (options_.settings.mask) mask = maskOver(*options_.settings.mask, *opened_);
     const std::optional<Rectangle> part = partToWrite();
-    const Picture result = streamed_->result(*opened_, part, samples_, mask);
+    Picture result = streamed_->result(*opened_, part, samples_, mask);
     if (part && hasThumbnail(result)) {
-      const Picture cut = decodePicture(result, job_.input);
+      Picture cut = decodePicture(result, job_.input);
       renewThumbnail(cut, cut);
       return cut;
     }
