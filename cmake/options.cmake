@@ -27,6 +27,12 @@ target_compile_options(orbel_options INTERFACE
   -fno-math-errno
   # A unique symbol would pin the module in the host's process for good.
   $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+if(EMSCRIPTEN)
+  target_compile_options(orbel_options INTERFACE -msimd128 -mnontrapping-fptoint -fwasm-exceptions
+    # Addresses have 32 bits there. Offsets are counted in 64 everywhere, and what is in memory fits into fewer.
+    -Wno-shorten-64-to-32 -Wno-sign-conversion)
+  target_link_options(orbel_options INTERFACE -fwasm-exceptions)
+endif()
 option(ORBEL_FUZZ "Build the fuzz target, with the sanitizers (clang only)" OFF)
 if(ORBEL_FUZZ)
   if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <optional>
@@ -46,8 +48,16 @@ orbel_status initRecord(Record* record, std::size_t size) {
 
 // As short as tells it apart, with a point whatever the process's locale writes.
 inline std::string textOf(double value) {
-  char text[32];  // -2.2250738585072014e-308 and less
+  char text[32];             // -2.2250738585072014e-308 and less
+#if defined(__EMSCRIPTEN__)  // whose C++ library has it for integers alone, and whose C library has one locale
+  for (int digits = 1; digits <= 17; ++digits) {
+    std::snprintf(text, sizeof text, "%.*g", digits, value);
+    if (std::strtod(text, nullptr) == value) break;
+  }
+  return text;
+#else
   return {text, std::to_chars(text, text + sizeof text, value).ptr};
+#endif
 }
 
 // Cut off to the buffer, which may be null.

@@ -55,12 +55,14 @@ struct PaddedBlock {
     const std::uint64_t sideWidth = imageWidth + std::uint64_t{2} * windowSize;
     const std::uint64_t sideHeight = imageHeight + std::uint64_t{2} * windowSize;
     if (sideWidth > largestSide || sideHeight > largestSide) throw NO_MEMORY_ERROR();
+    const std::uint64_t bytes = sideWidth * sideHeight * sizeof(float);
+    if (bytes > PTRDIFF_MAX) throw NO_MEMORY_ERROR();  // where addresses have 32 bits
     width = static_cast<int>(imageWidth);
     height = static_cast<int>(imageHeight);
-    void* block = ::operator new[](sideWidth* sideHeight * sizeof(float), blockAlignment, std::nothrow);
+    void* block = ::operator new[](static_cast<std::size_t>(bytes), blockAlignment, std::nothrow);
     if (block == nullptr) throw NO_MEMORY_ERROR();
     samples.reset(static_cast<float*>(block));
-    preferLargePages(block, static_cast<std::int64_t>(sideWidth * sideHeight * sizeof(float)));
+    preferLargePages(block, static_cast<std::int64_t>(bytes));
   }
 
   int step() const { return width + 2 * window; }

@@ -13,6 +13,8 @@
 
 #if defined(__x86_64__)
 #include <immintrin.h>
+#elif defined(__wasm_simd128__)
+#include <wasm_simd128.h>
 #endif
 
 namespace ROW {
@@ -94,6 +96,14 @@ inline Floats squareRoots(Floats v) { return _mm512_maskz_sqrt_ps(0xFFFF, v); }
 #else
 inline Floats squareRoots(Floats v) { return _mm_sqrt_ps(v); }
 #endif
+#elif defined(__wasm_simd128__)
+inline Ints4 toNearestInts(Floats4 v) {
+  // Saturates, and makes 0 of NaN.
+  const auto nearest =
+      reinterpret_cast<Ints4>(wasm_i32x4_trunc_sat_f32x4(wasm_f32x4_nearest(reinterpret_cast<v128_t>(v))));
+  return v < 2147483648.0F ? nearest : INT32_MIN - Ints4{};
+}
+inline Floats squareRoots(Floats v) { return reinterpret_cast<Floats>(wasm_f32x4_sqrt(reinterpret_cast<v128_t>(v))); }
 #else
 inline std::int32_t toNearestInt(float v) {
   return v >= -2147483648.0F && v < 2147483648.0F ? static_cast<std::int32_t>(__builtin_rintf(v)) : INT32_MIN;

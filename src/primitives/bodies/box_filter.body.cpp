@@ -161,7 +161,7 @@ const float* filterCopy(const Call& call, const Part& part, const float* copy, B
   const Part windows = windowsOf(part, call);
   const std::int64_t stride = strideOf(windows.width);
   rows.ring = nullptr;
-  filterPart(boxPart(call, part, rows, {copy, stride * std::ptrdiff_t{sizeof(float)}}));
+  filterPart(boxPart(call, part, rows, {copy, static_cast<std::ptrdiff_t>(stride * std::int64_t{sizeof(float)})}));
   return copy + windows.height * stride;
 }
 
@@ -304,7 +304,7 @@ IppStatus ippiFilterBoxBorder_32f_C1R(const float* src, int srcStep, float* dst,
   float* const accumulator = static_cast<float*>(alignUp(buffer, alignment));
   float* const spare = accumulator + stride;
   float* const rest = spare + stride;
-  const BoxRows rows = {accumulator, spare, call.isInPlace() ? rest : nullptr, stride};
+  const BoxRows rows = {accumulator, spare, call.isInPlace() ? rest : nullptr, static_cast<std::ptrdiff_t>(stride)};
   if (border == ippBorderInMem) {
     filterPart(innerPart(call, {0, 0, roiSize.width, roiSize.height}, rows));
   } else if (call.isSmall()) {

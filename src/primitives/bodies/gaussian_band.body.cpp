@@ -140,7 +140,9 @@ IppStatus ippiFilterGaussian_32f_C1R_L(const float* src, std::int64_t srcStep, f
   const std::int64_t k = load<Head>(spec).kernelSize;
   if (!isKernel(k)) return ippStsBadArgErr;
 
-  const Band<float> band{src, srcStep, dst, dstStep, width, height, borderType, isConstant ? *borderValue : 0.0F};
+  const Band<float> band{
+      src,        static_cast<std::ptrdiff_t>(srcStep), dst, static_cast<std::ptrdiff_t>(dstStep), width, height,
+      borderType, isConstant ? *borderValue : 0.0F};
   if (width >= narrowest && areApart(band)) {
     filterInStrips(band, tapsOf(spec), k, buffer);
   } else {
