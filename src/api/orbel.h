@@ -259,6 +259,27 @@ ORBEL_API orbel_status orbel_plan_init(orbel_plan* plan, size_t size);
 ORBEL_API orbel_status orbel_plan_run(const orbel_settings* settings, const orbel_picture* source,
                                       const orbel_options* options, orbel_plan* plan);
 
+/* ---- A picture reduced ------------------------------------------------------------------------------------------- */
+
+/* Reduces a picture by area means: a sample of the result is the mean of the samples that it covers, those at its edges
+ * by the part of them that it covers. Each channel by itself, alpha too, which doesn't weigh the colours. So reduced, a
+ * picture is what a look in another size is handed.
+ *
+ * width and height are those of the whole result, each 1 to the source's (ORBEL_BAD_ARGUMENT). target is the part of it
+ * whose first sample is in this column and row; of the source, only the lines and columns that this part covers are
+ * read. A part has the whole's samples, bit for bit.
+ *
+ * Both have the same channels; types of samples may differ. They become floats and come back as in a run, and the mean
+ * is taken in single precision, of lines first and then along the line: where a sample covers up to 100 each way it
+ * lies within 1e-6 of white from the true one, where it covers 6000 within 1e-4, before it is rounded to the target's
+ * type. At the source's own size and in its type the samples come over as they are. target is never the source, nor may
+ * it overlap it, which is refused where it is plain: where a channel of both begins at one address.
+ *
+ * Of the options, which may be null, threads and message count. Checked in this order: options, source, width, height,
+ * target; then ORBEL_NO_MEMORY. With each of these the target is as it was. */
+ORBEL_API orbel_status orbel_reduce(const orbel_picture* source, int32_t width, int32_t height, int32_t column,
+                                    int32_t row, const orbel_picture* target, const orbel_options* options);
+
 /* ---- Taken apart once, weighed often ----------------------------------------------------------------------------- */
 
 /* A picture taken apart: with a reference edge a few planes of that size, whatever the picture's; without one a third

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "equalizer/equalizer_kernels.h"
+
 // All in units of 1 / (from * to) of the line: an old sample is `to` of them long, a new one `from`.
 AreaMean::AreaMean(int from, int to) : from_(from), to_(to) {
   firsts_.reserve(static_cast<std::size_t>(to));
@@ -22,6 +24,14 @@ AreaMean::AreaMean(int from, int to) : from_(from), to_(to) {
 }
 
 int AreaMean::firstWith(int j) const { return static_cast<int>(std::int64_t{j} * to_ / from_); }
+
+void AreaMean::addLine(int i, int j, const float* line, int width, float* sum) const {
+  if (j == first(i)) {
+    equalizerKernels().weightLine(sum, line, weight(i, j), width);
+  } else {
+    equalizerKernels().addWeightedLine(sum, line, weight(i, j), width);
+  }
+}
 
 void AreaMean::reduce(const float* line, int left, int count, float* to) const {
   for (int i = 0; i < count; ++i) {

@@ -20,6 +20,10 @@ class AreaMean {
   // The new sample that begins in old sample j or before, and covers it.
   int firstWith(int j) const;
 
+  // Old line j as a part of new line i, of lines that lie below each other: the first one begins the sum, the others
+  // come in turn.
+  void addLine(int i, int j, const float* line, int width, float* sum) const;
+
   // New samples left to left + count - 1 of a line.
   void reduce(const float* line, int left, int count, float* to) const;
 

@@ -4,7 +4,6 @@
 #include <array>
 #include <cstring>
 
-#include "equalizer/equalizer_kernels.h"
 #include "equalizer/progress.h"
 #include "image/row_bands.h"
 
@@ -32,7 +31,6 @@ void PlaneReduction::add(const PlaneLines& lines, int count, Progress* progress)
     return static_cast<std::size_t>(plane) * static_cast<std::size_t>(picture_.width);
   };
   const auto lineBytes = static_cast<std::size_t>(picture_.width) * sizeof(float);
-  const EqualizerKernels& kernels = equalizerKernels();
   const int end = added_ + count;
   const int firstReduced = down_.firstWith(added_);
   const int endReduced = down_.firstWith(end - 1) + 1;
@@ -58,13 +56,8 @@ void PlaneReduction::add(const PlaneLines& lines, int count, Progress* progress)
                  read = y;
                  for (int plane = 0; plane < planes_.count(); ++plane) {
                    float* const sum = sums[plane];
-                   const float* const line = lines.plane(plane, colours, luminance);
-                   if (y == down_.first(i)) {
-                     kernels.weightLine(sum, line, down_.weight(i, y), picture_.width);
-                     continue;
-                   }
-                   if (y == from) std::memcpy(sum, &begun_[lineOfPlane(plane)], lineBytes);
-                   kernels.addWeightedLine(sum, line, down_.weight(i, y), picture_.width);
+                   if (y == from && y != down_.first(i)) std::memcpy(sum, &begun_[lineOfPlane(plane)], lineBytes);
+                   down_.addLine(i, y, lines.plane(plane, colours, luminance), picture_.width, sum);
                  }
                }
                for (int plane = 0; plane < planes_.count(); ++plane) {

@@ -121,15 +121,12 @@ class ReducedLook : public ChangeLook {
   std::int64_t scratchBytes(int width) const override { return linesBytes(width) + rowBytesFor(change_.size.width); }
 
   void prepare(const KivRect& part, void* scratch) const override {
-    const EqualizerKernels& kernels = equalizerKernels();
     float* const sum = floatsAt(scratch, linesBytes(part.width));
     for (int plane = 0; plane < change_.channels; ++plane) {
       for (int i = 0; i < part.height; ++i) {
         const int y = part.y + i;
-        const int first = down_.first(y);
-        kernels.weightLine(sum, change_.At(plane, 0, first), down_.weight(y, first), change_.size.width);
-        for (int j = first + 1; j < down_.end(y); ++j) {
-          kernels.addWeightedLine(sum, change_.At(plane, 0, j), down_.weight(y, j), change_.size.width);
+        for (int j = down_.first(y); j < down_.end(y); ++j) {
+          down_.addLine(y, j, change_.At(plane, 0, j), change_.size.width, sum);
         }
         across_.reduce(sum, part.x, part.width, floatsAt(scratch, offsetOf(plane, i, part.width)));
       }

@@ -334,6 +334,85 @@ TEST(FrontDoor, LooksInOtherSizesAreTheResultReduced) {
   }
 }
 
+double valueOf(const orbel_picture& p, int channel, int i) {
+  const unsigned char* const sample = sampleOf(p, channel, i);
+  if (p.samples == ORBEL_UINT8) return *sample / 255.0;
+  if (p.samples == ORBEL_FLOAT32) {
+    float value = 0;
+    std::memcpy(&value, sample, sizeof value);
+    return value;
+  }
+  std::uint16_t level = 0;
+  std::memcpy(&level, sample, sizeof level);
+  return level / (p.samples == ORBEL_UINT16 ? 65535.0 : 32768.0);
+}
+
+// What of sample j is in sample i of a line of `from` samples that was made `to` long.
+double coverage(int from, int to, int i, int j) {
+  const double step = static_cast<double>(from) / to;
+  return std::max(0.0, std::min((i + 1) * step, j + 1.0) - std::max(i * step, static_cast<double>(j))) / step;
+}
+
+// By the formula, over all samples of the source; and in parts, by any number of threads, to the bit.
+TEST(FrontDoor, ReducesByAreaMeans) {
+  const int w = 61;
+  const int h = 45;
+  for (const auto& [type, into, size, channels] : {std::tuple{ORBEL_UINT8, ORBEL_UINT8, IppiSize{14, 9}, 3},
+                                                   {ORBEL_UINT8, ORBEL_FLOAT32, {60, 44}, 4},
+                                                   {ORBEL_UINT16, ORBEL_UINT16, {1, 1}, 2},
+                                                   {ORBEL_UINT16_HOST, ORBEL_UINT8, {61, 20}, 1},
+                                                   {ORBEL_FLOAT32, ORBEL_FLOAT32, {17, 45}, 4},
+                                                   {ORBEL_FLOAT32, ORBEL_UINT16_HOST, {30, 31}, 3}}) {
+    const Owned source(type, w, h, channels);
+    const Owned whole(into, size.width, size.height, channels, 9);
+    ASSERT_EQ(orbel_reduce(&source.picture, size.width, size.height, 0, 0, &whole.picture, nullptr), ORBEL_OK);
+    const double white = into == ORBEL_UINT8 ? 255 : into == ORBEL_UINT16 ? 65535 : 32768;
+    const double rounding = into == ORBEL_FLOAT32 ? 0 : 0.5 / white;
+    for (int i = 0; i < size.width * size.height * channels; ++i) {
+      const int pixel = i / channels;
+      double mean = 0;
+      for (int from = 0; from < w * h; ++from) {
+        mean += coverage(w, size.width, pixel % size.width, from % w) *
+                coverage(h, size.height, pixel / size.width, from / w) * valueOf(source.picture, i % channels, from);
+      }
+      ASSERT_NEAR(valueOf(whole.picture, i % channels, pixel), mean, rounding + 1e-6) << size.width << ", " << i;
+    }
+    orbel_options options;
+    orbel_options_init(&options, sizeof options);
+    for (const int threads : {1, 2, 5}) {
+      options.threads = threads;
+      const Owned parts(into, size.width, size.height, channels, 10);
+      const int left = size.width / 3;
+      const int top = size.height / 2;
+      for (const KivRect& part :
+           {KivRect{left, 0, size.width - left, size.height}, {0, top, left, size.height - top}, {0, 0, left, top}}) {
+        if (part.width == 0 || part.height == 0) continue;
+        const orbel_picture place = partOf(parts.picture, part);
+        ASSERT_EQ(orbel_reduce(&source.picture, size.width, size.height, part.x, part.y, &place, &options), ORBEL_OK);
+      }
+      EXPECT_EQ(parts.samples, whole.samples) << size.width;
+    }
+  }
+}
+
+// Of a picture as large as this one there is no more in memory than the part of the result covers.
+TEST(FrontDoor, ReducesWhatThereIsOfAPicture) {
+  const std::ptrdiff_t columnStep = 4096;
+  const Owned covered(ORBEL_UINT8, 30 * columnStep, 20, 1);
+  orbel_picture alone = covered.picture;
+  alone.width = 30;
+  alone.column_step = columnStep;
+  orbel_picture large = alone;
+  large.width = large.height = 8000;
+  const auto before = static_cast<std::uintptr_t>(4000 * large.column_step + 4000 * large.row_step);
+  large.base[0] = reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(alone.base[0]) - before);
+  const Owned expected(ORBEL_FLOAT32, 3, 2, 1);
+  const Owned found(ORBEL_FLOAT32, 3, 2, 1, 9);
+  ASSERT_EQ(orbel_reduce(&alone, 3, 2, 0, 0, &expected.picture, nullptr), ORBEL_OK);
+  ASSERT_EQ(orbel_reduce(&large, 800, 800, 400, 400, &found.picture, nullptr), ORBEL_OK);
+  EXPECT_EQ(found.samples, expected.samples);
+}
+
 TEST(FrontDoor, GivesBandsThatAddUpToThePicture) {
   for (const int edge : {0, 40, 200}) {
     const Owned source(ORBEL_FLOAT32, 70, 66, 3);
@@ -468,6 +547,29 @@ TEST(FrontDoor, NamesWhatItRefuses) {
     EXPECT_EQ(orbel_equalize(&settings, &from, &to, &options), c.status) << c.says;
     EXPECT_EQ(std::string(message).rfind(c.says, 0), 0U) << message;
     EXPECT_EQ(target.samples, source.samples);
+  }
+  struct Reduction {
+    orbel_status status;
+    const char* says;
+    int width, height, column, row;
+    void (*bend)(const orbel_picture& from, orbel_picture& to);
+  };
+  const Reduction reductions[] = {
+      {ORBEL_BAD_ARGUMENT, "width is 0; it must be 1 to 40", 0, 30, 0, 0, [](auto&, auto&) {}},
+      {ORBEL_BAD_ARGUMENT, "height is 31; it must be 1 to 30", 40, 31, 0, 0, [](auto&, auto&) {}},
+      {ORBEL_BAD_PICTURE, "target: it reaches beyond", 40, 30, -1, 0, [](auto&, auto&) {}},
+      {ORBEL_BAD_PICTURE, "target: it reaches beyond", 40, 30, 0, INT32_MAX, [](auto&, auto&) {}},
+      {ORBEL_BAD_PICTURE, "target: it reaches beyond", 39, 30, 0, 0, [](auto&, auto&) {}},
+      {ORBEL_BAD_PICTURE, "target: its channels", 40, 30, 0, 0, [](auto&, auto& p) { p.channels = 1; }},
+      {ORBEL_BAD_PICTURE, "target: base[0]", 40, 30, 0, 0, [](auto&, auto& p) { p.base[0] = nullptr; }},
+      {ORBEL_BAD_PICTURE, "target: it begins", 40, 30, 0, 0, [](auto& p, auto& q) { q.base[2] = p.base[2]; }},
+  };
+  for (const Reduction& r : reductions) {
+    const Owned target(source);
+    orbel_picture to = target.picture;
+    r.bend(source.picture, to);
+    EXPECT_EQ(orbel_reduce(&source.picture, r.width, r.height, r.column, r.row, &to, &options), r.status) << r.says;
+    EXPECT_EQ(std::string(message).rfind(r.says, 0), 0U) << message;
   }
   orbel_settings settings = defaults();
   EXPECT_EQ(orbel_equalize(&settings, &source.picture, nullptr, &options), ORBEL_BAD_ARGUMENT);
