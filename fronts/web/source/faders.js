@@ -1,0 +1,113 @@
+// faders.js: the equalizer's face: a fader for each band, finest left, and one for the residual.
+
+import {make, press} from './elements.js';
+import {bandCount, copyOf, members} from './settings.js';
+
+/** @typedef {import('./settings.js').Settings} Settings */
+/** @typedef {import('./bands_alone.js').Alone} Alone */
+
+const most = 300; // percent; a number field takes what the engine does
+const names = ['Finest', 'Fine', 'Middle', 'Coarse', 'Coarsest', 'Rest'];
+const page = 25;
+
+/** A share of a fader's height. @param {number} strength root mean square in levels of 255 */
+const heightOf = (strength) => Math.min(1, Math.log2(1 + strength) / Math.log2(1 + 32));
+
+/** @type {(settings: Settings, i: number) => number} */
+const gainOf = (settings, i) => (i < bandCount ? settings.gain[i] : settings.residual);
+
+/** @type {(settings: Settings, i: number, percent: number) => Settings} */
+function withGain(settings, i, percent) {
+  const next = copyOf(settings);
+  if (i < bandCount) next.gain[i] = percent;
+  else next.residual = percent;
+  return next;
+}
+
+export class Faders {
+  /**
+   * @param {HTMLElement} element
+   * @param {{get: () => Settings, change: (settings: Settings) => void, commit: () => void,
+   *   alone: (which: Alone | null) => void}} page
+   */
+  constructor(element, {get, change, commit, alone}) {
+    /** @type {Alone | null} */
+    this.which = null;
+    const toggle = (/** @type {Alone} */ which) => {
+      this.which = this.which === which ? null : which;
+      this.showAlone();
+      alone(this.which);
+    };
+    const set = (/** @type {number} */ i, /** @type {number} */ percent) => change(withGain(get(), i, percent));
+    this.faders = names.map((name, i) => {
+      const label = i < bandCount ? `Band ${i + 1}, ${name.toLowerCase()}` : 'Rest, beneath the bands';
+      const range = make('input', {type: 'range', min: 0, max: most, step: 1, 'aria-label': label});
+      const number = make('input', {
+        type: 'number', min: members.gain.least, max: members.gain.most, step: 'any', 'aria-label': `${label}, percent`,
+      });
+      const only = make('button', {'aria-pressed': false, 'aria-label': `Show ${label.toLowerCase()} alone`}, ['Alone']);
+      const detail = make('div', {class: 'detail'});
+      const mark = make('div', {class: 'mark'});
+      mark.style.bottom = `calc(8px + (100% - 16px) * ${100 / most})`;
+      const reset = () => {
+        set(i, 100);
+        commit();
+      };
+      range.addEventListener('input', () => set(i, range.valueAsNumber));
+      range.addEventListener('change', commit);
+      range.addEventListener('dblclick', reset);
+      range.addEventListener('keydown', (event) => {
+        const steps = /** @type {Record<string, number>} */ ({PageUp: page, PageDown: -page});
+        if (event.key === 'Delete' || event.key === 'Backspace') reset();
+        else if (event.key in steps) set(i, Math.min(most, Math.max(0, gainOf(get(), i) + steps[event.key])));
+        else return;
+        event.preventDefault();
+        commit();
+      });
+      number.addEventListener('change', () => {
+        const percent = number.valueAsNumber;
+        if (percent >= members.gain.least && percent <= members.gain.most) set(i, percent);
+        commit();
+        this.show(get());
+      });
+      only.addEventListener('click', () => toggle(i < bandCount ? i : 'residual'));
+      element.append(make('div', {class: 'fader'}, [
+        make('span', {class: 'label', 'aria-hidden': true}, [name]),
+        make('div', {class: 'well'}, [detail, mark, range]), number, only,
+      ]));
+      return {range, number, only, detail};
+    });
+    this.all = make('button', {'aria-pressed': false}, ['All five bands alone']);
+    this.all.addEventListener('click', () => toggle('all'));
+    const reset = make('button', {}, ['All to 100 %']);
+    reset.addEventListener('click', () => {
+      change({...get(), gain: Array(bandCount).fill(100), residual: 100});
+      commit();
+    });
+    element.after(make('div', {class: 'row'}, [this.all, reset]));
+  }
+
+  /** @param {Settings} settings */
+  show(settings) {
+    this.faders.forEach(({range, number}, i) => {
+      const percent = gainOf(settings, i);
+      range.value = String(percent);
+      range.setAttribute('aria-valuetext', `${Math.round(percent)} percent`);
+      number.value = String(Math.round(percent * 10) / 10);
+    });
+  }
+
+  /** How much detail the picture has in each band. @param {number[]} strengths */
+  showStrengths(strengths) {
+    strengths.forEach((strength, i) => {
+      const {detail, range} = this.faders[i];
+      detail.style.height = `${100 * heightOf(strength)}%`;
+      range.title = `The picture’s detail here: ${strength.toFixed(1)} levels of 255`;
+    });
+  }
+
+  showAlone() {
+    this.faders.forEach(({only}, i) => press(only, this.which === (i < bandCount ? i : 'residual')));
+    press(this.all, this.which === 'all');
+  }
+}

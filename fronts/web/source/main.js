@@ -1,0 +1,313 @@
+// main.js: the page. Holds the settings; every control changes them here, and what they give is asked of the worker.
+
+import {bandsAlone} from './bands_alone.js';
+import {Colleague} from './colleague.js';
+import {Details} from './details.js';
+import {button, find, press} from './elements.js';
+import {Faders} from './faders.js';
+import {History} from './history.js';
+import {Presets} from './presets.js';
+import {SaveDialog, whatIsLost} from './save.js';
+import {copyOf, requireSettings, sameMember} from './settings.js';
+import {readSettings} from './settings_file.js';
+import {Stage} from './stage.js';
+import {presets, workerSource} from './built.js';
+
+/** @typedef {import('./settings.js').Settings} Settings */
+
+const storage = 'orbel-settings';
+/** @type {(keyof Settings)[]} */
+const shape = ['radius', 'threshold', 'edges', 'luminance', 'referenceEdge', 'form'];
+
+const status = find('p', 'status');
+
+/** @type {(text: string, isBad?: boolean) => void} */
+function say(text, isBad = false) {
+  status.textContent = text;
+  status.classList.toggle('bad', isBad);
+}
+
+/** @param {unknown} error */
+const reasonOf = (error) => /** @type {Error} */ (error).message;
+
+/** Where nothing has been chosen yet: a picture as it is, in the form that is good for far faders. */
+function startingSettings() {
+  const clarity = presets.find(({name}) => name === 'clarity') ?? presets[0];
+  const flat = {...copyOf(clarity.settings), gain: [100, 100, 100, 100, 100]};
+  try {
+    return requireSettings(JSON.parse(localStorage.getItem(storage) ?? '') ?? flat);
+  } catch {
+    return flat; // none there, none allowed, or of another version
+  }
+}
+
+async function engineCode() {
+  const packed = Uint8Array.from(atob(find('script', 'engine').textContent ?? ''), (c) => c.charCodeAt(0));
+  const stream = new Blob([packed]).stream().pipeThrough(new DecompressionStream('gzip'));
+  return new Response(stream).arrayBuffer();
+}
+
+async function start() {
+  let settings = startingSettings();
+  const history = new History(settings);
+  /** @type {any} */
+  let picture = null;
+  /** @type {import('./bands_alone.js').Alone | null} */
+  let alone = null;
+  /** @type {number[] | null} */
+  let strengths = null;
+  let clipping = false;
+  let isBusy = false;
+  let asked = 0;
+
+  const code = await engineCode();
+  const worker = new Colleague(workerSource, code, hear);
+  const helper = new Colleague(workerSource, code, () => {}); // thumbnails and bands, so that nobody waits for them
+
+  const stage = new Stage(find('canvas', 'picture'), {moved, divided});
+  const page = {get: () => settings, change, commit};
+  const faders = new Faders(find('div', 'faders'), {...page, alone: showAlone});
+  const details = new Details(find('details', 'details'), page);
+  const strip = new Presets(find('div', 'presets'), presets, choose);
+  const saving = new SaveDialog({
+    settings: page.get, picture: () => picture, write: (as) => worker.ask('save', {settings, as}), busy: setBusy,
+  });
+
+  /** @param {any} message */
+  function hear(message) {
+    if (message.type === 'progress') find('progress', 'progress').value = message.done;
+    if (message.type === 'failed') say(`This couldn’t be drawn: ${message.reason}.`, true);
+    if (message.type !== 'drawn') return;
+    stage.take(message);
+    if (message.clipped) {
+      const percent = (/** @type {number} */ part) => `${(100 * part).toFixed(part < 0.1 ? 2 : 0)} %`;
+      say(`Of what is shown, ${percent(message.clipped.white)} is white (red) and ${percent(message.clipped.black)} black (blue).`);
+    }
+    document.body.dataset.drawn = String(message.id); // for whoever waits for it, tests among them
+  }
+
+  function ask() {
+    if (!picture || isBusy) return;
+    const view = stage.geometry.view();
+    const shown = alone === null ? {settings, factor: 1} : bandsAlone(settings, alone, strengths);
+    find('p', 'alone').textContent = alone === null ? '' :
+      `${alone === 'residual' ? 'The rest beneath the bands.' : `Around middle grey, ${shown.factor === 1 ? 'as it is' : `${shown.factor} times as strong`}.`}`;
+    document.body.dataset.asked = String(++asked);
+    const grey = alone !== null && alone !== 'residual' && settings.luminance;
+    worker.draw(asked, {settings: shown.settings, view, grey, clipping});
+  }
+
+  function moved() {
+    find('output', 'zoom').textContent = `${Math.round(100 * stage.geometry.zoom)} %`;
+    ask();
+  }
+
+  function divided() {
+    find('input', 'divider').value = String(100 * (stage.divider ?? 0));
+  }
+
+  /** @param {boolean} is */
+  function setBusy(is) {
+    isBusy = is;
+    if (!is) ask();
+  }
+
+  function show() {
+    faders.show(settings);
+    details.show(settings);
+    strip.show(settings);
+    button('undo').disabled = !history.canUndo;
+    button('redo').disabled = !history.canRedo;
+    for (const id of ['fit', 'one-to-one', 'zoom-in', 'zoom-out', 'compare', 'before', 'clipping', 'save']) {
+      button(id).disabled = !picture;
+    }
+  }
+
+  /** @param {Settings} next */
+  function change(next) {
+    const isReshaped = !shape.every((name) => sameMember(settings, next, name));
+    settings = next;
+    show();
+    ask();
+    if (isReshaped) measure();
+  }
+
+  function commit() {
+    history.commit(settings);
+    show();
+    try {
+      localStorage.setItem(storage, JSON.stringify(settings));
+    } catch { /* a browser that keeps nothing */ }
+  }
+
+  /** @param {Settings} next */
+  function choose(next) {
+    change(next);
+    commit();
+  }
+
+  /** @param {Settings} next */
+  function goBack(next) {
+    change(next);
+    show();
+  }
+
+  /** @param {import('./bands_alone.js').Alone | null} which */
+  function showAlone(which) {
+    alone = which;
+    ask();
+  }
+
+  // The newest shape alone: while the helper measures one, others come and go.
+  let isMeasuring = false;
+  let isMeasureStale = false;
+  async function measure() {
+    isMeasureStale = true;
+    if (isMeasuring || !picture) return;
+    isMeasuring = true;
+    try {
+      while (isMeasureStale) {
+        isMeasureStale = false;
+        strengths = await helper.ask('strengths', {settings});
+      }
+      faders.showStrengths(strengths ?? []);
+      if (alone !== null) ask();
+    } catch (error) {
+      say(`The bands couldn’t be measured: ${reasonOf(error)}.`, true);
+    }
+    isMeasuring = false;
+  }
+
+  /** @type {(file: Blob, name: string) => Promise<void>} */
+  async function openPicture(file, name) {
+    say(`Opening ${name}…`);
+    try {
+      const opened = await worker.ask('open', {file});
+      picture = {...opened, name};
+      asked = 0;
+      find('div', 'empty').hidden = true;
+      find('span', 'name').textContent = `${name}, ${opened.width} × ${opened.height}`;
+      find('span', 'name').title = name;
+      stage.canvas.setAttribute('aria-label', `${name}, ${opened.width} by ${opened.height} pixels`);
+      strengths = null;
+      show();
+      stage.show(opened.width, opened.height, opened.colorSpace);
+      const lost = whatIsLost(picture);
+      say(lost.length > 0 ? `${lost.join(' ')} The program orbel keeps all of it.` : '');
+      const small = await worker.ask('small', {});
+      await helper.ask('take', small, [small.pixels.buffer]);
+      await measure();
+      await strip.draw(helper, {...small, colorSpace: opened.colorSpace});
+    } catch (error) {
+      say(`${name}: ${reasonOf(error)}.`, true);
+    }
+  }
+
+  /** @type {(file: Blob, name: string) => Promise<void>} */
+  async function openSettings(file, name) {
+    try {
+      const text = new TextDecoder('utf-8', {fatal: true}).decode(await file.arrayBuffer());
+      const read = readSettings(text, name);
+      choose(read.settings);
+      say([`These are the settings of ${name}.`, ...read.left].join(' '));
+    } catch (error) {
+      say(error instanceof TypeError ? `${name} is no text.` : reasonOf(error), true);
+    }
+  }
+
+  /** @param {File} file */
+  function open(file) {
+    if (isBusy) return;
+    const name = file.name || 'pasted.png';
+    if (/\.toml$/i.test(name)) openSettings(file, name);
+    else openPicture(file, name);
+  }
+
+  const chooser = find('input', 'file');
+  chooser.addEventListener('change', () => {
+    for (const file of chooser.files ?? []) open(file);
+    chooser.value = ''; // the same file once more is a change
+  });
+  const pick = () => chooser.click();
+  const save = () => picture && saving.open();
+  const zoomBy = (/** @type {number} */ factor) => stage.zoomTo(stage.geometry.zoom * factor);
+
+  const toggles = {
+    compare() {
+      const isOn = stage.divider === null;
+      press(button('compare'), isOn);
+      find('label', 'divider-label').hidden = !isOn;
+      stage.divide(isOn ? 0.5 : null);
+      divided();
+    },
+    clipping() {
+      clipping = !clipping;
+      press(button('clipping'), clipping);
+      if (!clipping) say('');
+      ask();
+    },
+  };
+  const showBefore = (/** @type {boolean} */ is) => {
+    press(button('before'), is);
+    stage.showBefore(is);
+  };
+
+  /** @type {Record<string, () => void>} */
+  const clicks = {
+    'open': pick, 'open-first': pick, save, 'undo': () => goBack(history.undo()), 'redo': () => goBack(history.redo()),
+    'fit': () => stage.fit(), 'one-to-one': () => stage.zoomTo(1), 'zoom-in': () => zoomBy(1.25), 'zoom-out': () => zoomBy(0.8),
+    ...toggles,
+  };
+  for (const [id, act] of Object.entries(clicks)) button(id).addEventListener('click', act);
+  find('input', 'divider').addEventListener('input', () => stage.divide(find('input', 'divider').valueAsNumber / 100));
+
+  const held = button('before');
+  held.addEventListener('pointerdown', () => showBefore(true));
+  for (const end of ['pointerup', 'pointerleave', 'pointercancel', 'blur']) {
+    held.addEventListener(end, () => showBefore(false));
+  }
+  held.addEventListener('keydown', ({key}) => (key === ' ' || key === 'Enter') && showBefore(true));
+  held.addEventListener('keyup', () => showBefore(false));
+
+  /** @type {Record<string, () => void>} */
+  const keys = {
+    'b': () => showBefore(true), 'c': toggles.compare, 'x': toggles.clipping, '0': () => stage.fit(),
+    '1': () => stage.zoomTo(1), '+': () => zoomBy(1.25), '=': () => zoomBy(1.25), '-': () => zoomBy(0.8),
+  };
+  /** @type {Record<string, () => void>} */
+  const commands = {'z': clicks.undo, 'Z': clicks.redo, 'y': clicks.redo, 'o': pick, 's': save};
+  addEventListener('keydown', (event) => {
+    const isTyping = event.target instanceof HTMLElement && event.target.matches('input[type=number], textarea, select');
+    if (saving.dialog.open || isTyping) return;
+    const isCommand = event.ctrlKey || event.metaKey;
+    const act = isCommand ? commands[event.key] : event.altKey ? undefined : keys[event.key.toLowerCase()];
+    if (!act || (event.repeat && event.key.toLowerCase() !== '+' && event.key !== '-')) return;
+    if (!picture && !isCommand) return;
+    event.preventDefault();
+    act();
+  });
+  addEventListener('keyup', ({key}) => key.toLowerCase() === 'b' && showBefore(false));
+
+  addEventListener('dragover', (event) => {
+    event.preventDefault();
+    find('section', 'stage').classList.add('over');
+  });
+  addEventListener('dragleave', () => find('section', 'stage').classList.remove('over'));
+  addEventListener('drop', (event) => {
+    event.preventDefault();
+    find('section', 'stage').classList.remove('over');
+    for (const file of event.dataTransfer?.files ?? []) open(file);
+  });
+  addEventListener('paste', (event) => {
+    for (const file of event.clipboardData?.files ?? []) open(file);
+  });
+
+  show();
+  document.body.dataset.ready = 'true';
+  await worker.started;
+}
+
+const needed = ['DecompressionStream', 'OffscreenCanvas', 'WebAssembly'];
+const missing = needed.filter((name) => !(name in globalThis));
+if (missing.length > 0) say(`This browser is too old for the page: it has no ${missing.join(' and no ')}.`, true);
+else start().catch((error) => say(`The page can’t run here: ${reasonOf(error)}.`, true));
