@@ -25,7 +25,8 @@ const result = {width: 1234, height: 987, colours: 'display-p3'};
 
 const u16 = (...numbers) => Buffer.from(numbers.flatMap((n) => [n >> 8 & 255, n & 255]));
 const u32 = (...numbers) => Buffer.concat(numbers.map((n) => u16(n >>> 16, n & 65535)));
-const cat = (...parts) => Buffer.concat(parts.map((part) => typeof part === 'string' ? Buffer.from(part, 'latin1') : part));
+const cat = (...parts) => (
+  Buffer.concat(parts.map((part) => typeof part === 'string' ? Buffer.from(part, 'latin1') : part)));
 const segment = (marker, ...parts) => cat(Buffer.of(255, marker), u16(cat(...parts).length + 2), ...parts);
 const frame = (components = 3) => segment(0xc2, Buffer.of(8), u16(20, 30), Buffer.of(components));
 const chunk = (type, ...parts) => cat(u32(cat(...parts).length), type, ...parts, u32(0));
@@ -58,11 +59,14 @@ const inPng = (bytes) => chunk('iCCP', 'any\0\0', deflateSync(bytes));
 const orientation6 = cat('MM\0*', u32(8), u16(1, 0x112, 3), u32(1), u16(6, 0), u32(0));
 
 const files = {
-  'jpeg, profile in pieces, last first': [cat('\xff\xd8', piece(2, 2, icc.subarray(99)), '\xff', piece(1, 2, icc.subarray(0, 99)),
-    frame()), {format: 'jpeg', width: 30, height: 20, colours: 'display-p3', profileName: 'Ünusual P3'}],
-  'jpeg, a piece missing': [cat('\xff\xd8', piece(2, 2, icc), frame(4)), {colours: 'srgb', model: 'cmyk', profileName: ''}],
+  'jpeg, profile in pieces, last first': [
+    cat('\xff\xd8', piece(2, 2, icc.subarray(99)), '\xff', piece(1, 2, icc.subarray(0, 99)), frame()),
+    {format: 'jpeg', width: 30, height: 20, colours: 'display-p3', profileName: 'Ünusual P3'}],
+  'jpeg, a piece missing': [cat('\xff\xd8', piece(2, 2, icc), frame(4)),
+    {colours: 'srgb', model: 'cmyk', profileName: ''}],
   'jpeg, EXIF': [cat('\xff\xd8', segment(0xe1, 'Exif\0\0', orientation6), frame(1)), {orientation: 6, model: 'grey'}],
-  'png, table': [png(16, 6, inPng(profile('s', srgb, table))), {bits: 16, hasAlpha: true, colours: 'srgb', profileName: 's'}],
+  'png, table': [png(16, 6, inPng(profile('s', srgb, table))),
+    {bits: 16, hasAlpha: true, colours: 'srgb', profileName: 's'}],
   'png, gamma': [png(8, 2, inPng(profile('g', srgb, gamma))), {hasAlpha: false, colours: 'other'}],
   'png, Adobe RGB': [png(8, 2, inPng(profile('Adobe RGB (1998)', adobe, gamma))),
     {colours: 'other', profileName: 'Adobe RGB (1998)'}],
@@ -76,10 +80,12 @@ const files = {
     {xmp: new Uint8Array(Buffer.from('<x/>'))}],
   'webp': [cat('RIFF    WEBPVP8X\x0a\0\0\0\x10\0\0\0\x1d\0\0\x13\0\0EXIF\x20\0\0\0Exif\0\0', orientation6),
     {format: 'webp', width: 30, height: 20, hasAlpha: true, orientation: 6}],
-  'gif': [cat('GIF89a\x1e\0\x14\0\0\0\0', ...Array(3).fill('!\xf9\x04\x01\0\0\0\0,\0\0\0\0\x1e\0\x14\0\0\x02\x01a\0'), ';'),
+  'gif': [cat('GIF89a\x1e\0\x14\0\0\0\0',
+    ...Array(3).fill('!\xf9\x04\x01\0\0\0\0,\0\0\0\0\x1e\0\x14\0\0\x02\x01a\0'), ';'),
     {format: 'gif', width: 30, height: 20, hasAlpha: true, frames: 3}],
   'avif': [cat(u32(16), 'ftypavif', u32(0), u32(94), 'meta', u32(0), u32(82), 'iprp', u32(74), 'ipco', u32(20), 'ispe',
-    u32(0, 30, 20), u32(19), 'colrnclx', u16(12, 13, 0), 'a', u32(16), 'pixi', u32(0), '\x03\x0a\x0a\x0a', u32(11), 'irot\x03\0\0'),
+    u32(0, 30, 20), u32(19), 'colrnclx', u16(12, 13, 0), 'a', u32(16), 'pixi', u32(0), '\x03\x0a\x0a\x0a',
+    u32(11), 'irot\x03\0\0'),
     {format: 'avif', width: 30, height: 20, bits: 10, colours: 'display-p3', orientation: 6}],
 };
 
@@ -93,15 +99,20 @@ test('files say what they are', async () => {
 
 const rich = (order, name) => {
   const file = put(name, readFileSync(plain));
-  const xmp = put('in.xmp', `<x:xmpmeta xmlns:x="adobe:ns:meta/"><rdf:RDF xmlns:rdf="http://www.w3.org/1999/02/22-rdf-syntax-ns#">
-<rdf:Description rdf:about="" xmlns:t="http://ns.adobe.com/tiff/1.0/" xmlns:exif='http://ns.adobe.com/exif/1.0/' t:Orientation = '6'
+  const xmp = put('in.xmp', `<x:xmpmeta xmlns:x="adobe:ns:meta/">
+<rdf:RDF xmlns:rdf="http://www.w3.org/1999/02/22-rdf-syntax-ns#"><rdf:Description rdf:about=""
+ xmlns:t="http://ns.adobe.com/tiff/1.0/" xmlns:exif='http://ns.adobe.com/exif/1.0/' t:Orientation = '6'
  xmlns:xap="http://ns.adobe.com/xap/1.0/" xmlns:dc="http://purl.org/dc/elements/1.1/" exif:PixelXDimension="600">
  <exif:PixelYDimension>400</exif:PixelYDimension><t:Make>t:Orientation="6" Ünï</t:Make><!-- <t:Orientation> -->
- <xap:Thumbnails><rdf:Alt><rdf:li rdf:parseType="Resource"><xap:CreatorTool>x</xap:CreatorTool></rdf:li></rdf:Alt></xap:Thumbnails>
- <dc:creator><rdf:Seq><rdf:li t:Orientation="8">someone</rdf:li></rdf:Seq></dc:creator></rdf:Description></rdf:RDF></x:xmpmeta>`);
-  exiftool('-q', '-overwrite_original', `-ExifByteOrder=${order}`, '-Orientation#=6', '-ImageWidth=600', '-ImageHeight=400',
-    '-Exif:ExifImageWidth=600', '-Exif:ExifImageHeight=400', '-ColorSpace#=1', '-Make=Maker', '-LensModel=L', '-UserComment=Grüße',
-    '-GPSLatitude=3.25', '-GPSLatitudeRef=S', '-InteropIndex=R98', `-ThumbnailImage<=${put('thumbnail.jpg', readFileSync(plain).subarray(0, 9000))}`, `-XMP<=${xmp}`, file);
+ <xap:Thumbnails><rdf:Alt><rdf:li rdf:parseType="Resource"><xap:CreatorTool>x</xap:CreatorTool>
+ </rdf:li></rdf:Alt></xap:Thumbnails>
+ <dc:creator><rdf:Seq><rdf:li t:Orientation="8">someone</rdf:li></rdf:Seq></dc:creator>
+ </rdf:Description></rdf:RDF></x:xmpmeta>`);
+  const thumbnail = put('thumbnail.jpg', readFileSync(plain).subarray(0, 9000));
+  exiftool('-q', '-overwrite_original', `-ExifByteOrder=${order}`, '-Orientation#=6', '-ImageWidth=600',
+    '-ImageHeight=400', '-Exif:ExifImageWidth=600', '-Exif:ExifImageHeight=400', '-ColorSpace#=1',
+    '-Make=Maker', '-LensModel=L', '-UserComment=Grüße', '-GPSLatitude=3.25', '-GPSLatitudeRef=S', '-InteropIndex=R98',
+    `-ThumbnailImage<=${thumbnail}`, `-XMP<=${xmp}`, file);
   return file;
 };
 
@@ -123,24 +134,25 @@ test('metadata comes over but for what is no longer true', async () => {
     const expected = {...tagsOf(original), ...changes};
     const seen = tagsOf(put('fresh.jpg', jpeg));
     const own = /^(IFD1|System|Composite|File|SourceFile|ExifTool|XMP-xmp:Thumb|JFIF)/;
-    for (const tags of [expected, seen]) Object.keys(tags).filter((key) => own.test(key)).forEach((key) => delete tags[key]);
-    assert.deepStrictEqual(seen, expected);
-    assert.strictEqual(tagsOf(put('fresh.jpg', jpeg))['IFD1:ThumbnailOffset'], undefined);
+    const shared = (tags) => Object.fromEntries(Object.entries(tags).filter(([key]) => !own.test(key)));
+    assert.deepStrictEqual(shared(seen), shared(expected));
+    assert.strictEqual(Object.keys(seen).find((key) => /IFD1|Thumbnail/.test(key)), undefined);
     const again = await readPictureFile(jpeg);
     assert.strictEqual(again.exif.length, found.exif.length);
     // Other texts than the properties themselves, and those of others.
     for (const same of ['t:Orientation="6" Ünï', '<!-- <t:Orientation> -->', '<rdf:li t:Orientation="8">']) {
-      assert.ok(Buffer.from(found.xmp).includes(same) === Buffer.from(again.xmp).includes(same), same);
+      assert.ok(Buffer.from(found.xmp).includes(same) && Buffer.from(again.xmp).includes(same), same);
     }
   }
 });
 
-// Little-endian: a maker note, and a thumbnail that claims 8 of its bytes and 4 behind them.
+// Little-endian: a maker note, and a thumbnail that claims its last 8 bytes and all behind them.
 const overlapping = cat('II*\0\x08\0\0\0', '\x01\0', '\x69\x87\x04\0\x01\0\0\0\x1a\0\0\0', '\x3a\0\0\0',
-  '\x01\0', '\x7c\x92\x07\0\x0e\0\0\0\x2c\0\0\0', '\0\0\0\0', 'maker note 123', '\x02\0', '\x01\x02\x04\0\x01\0\0\0\x58\0\0\0',
-  '\x02\x02\x04\0\x01\0\0\0\x04\0\0\0', '\0\0\0\0', 'jpeg');
-const packet = (inner) => cat('<x:xmpmeta xmlns:x="adobe:ns:meta/"><rdf:RDF xmlns:rdf="http://www.w3.org/1999/02/22-rdf-',
-  `syntax-ns#"><rdf:Description xmlns:xmp="http://ns.adobe.com/xap/1.0/">${inner}</rdf:Description></rdf:RDF></x:xmpmeta>`);
+  '\x01\0', '\x7c\x92\x07\0\x0e\0\0\0\x2c\0\0\0', '\0\0\0\0', 'maker note 123',
+  '\x02\0', '\x01\x02\x04\0\x01\0\0\0\x32\0\0\0', '\x02\x02\x04\0\x01\0\0\0\x2a\0\0\0', '\0\0\0\0', 'jpeg');
+const packet = (inner) => cat(
+  '<x:xmpmeta xmlns:x="adobe:ns:meta/"><rdf:RDF xmlns:rdf="http://www.w3.org/1999/02/22-rdf-syntax-ns#">',
+  `<rdf:Description xmlns:xmp="http://ns.adobe.com/xap/1.0/">${inner}</rdf:Description></rdf:RDF></x:xmpmeta>`);
 
 test('what cannot come over is told, and the rest comes', async () => {
   const none = {exif: null, xmp: null, extendedXmp: []};
@@ -149,7 +161,7 @@ test('what cannot come over is told, and the rest comes', async () => {
     [{exif: cat(orientation6, Buffer.alloc(65528 - orientation6.length))}, /EXIF.* 65528 bytes.* 65527/],
     [{exif: orientation6.subarray(0, 17), xmp: good}, /EXIF.*damaged/],
     [{exif: Buffer.from('nothing'), xmp: good}, /EXIF.*damaged/],
-    [{exif: orientation6, xmp: good.subarray(0, -9)}, /XMP.*damaged/],
+    [{exif: orientation6, xmp: good.subarray(0, -12)}, /XMP.*damaged/],
     [{exif: orientation6, xmp: packet(`<xmp:Label>${'x'.repeat(65504)}</xmp:Label>`)}, /XMP.* a JPEG file holds 65504/],
     [{exif: orientation6, xmp: packet(`<xmp:Thumbnails>${'x'.repeat(65504)}</xmp:Thumbnails>`)}, null],
     [{exif: cat(orientation6, Buffer.alloc(65527 - orientation6.length))}, null],
@@ -173,15 +185,18 @@ test('what cannot come over is told, and the rest comes', async () => {
 test('a thumbnail that lies across segments of long XMP is blanked in place', async () => {
   const filler = 'long '.repeat(20000);
   const whole = packet(`<xmp:Thumbnails>${'t'.repeat(50000)}</xmp:Thumbnails><xmp:Label>${filler}</xmp:Label>`);
+  const digest = '0123456789ABCDEF0123456789ABCDEF';
   const cut = 40000;
   const parts = [0, 1, 2, 3].map((i) => whole.subarray(i * cut, (i + 1) * cut)).map((part, i) => (
-    cat('0123456789ABCDEF0123456789ABCDEF', u32(whole.length, i * cut), part)));
-  const main = packet('<n:HasExtendedXMP xmlns:n="http://ns.adobe.com/xmp/note/">0123456789ABCDEF0123456789ABCDEF</n:HasExtendedXMP>');
+    cat(digest, u32(whole.length, i * cut), part)));
+  const main = packet(`<n:HasExtendedXMP xmlns:n="http://ns.adobe.com/xmp/note/">${digest}</n:HasExtendedXMP>`);
   const original = {exif: null, xmp: main, extendedXmp: [parts[2], parts[0], parts[3], parts[1]]};
   const {jpeg, left} = withMetadata(readFileSync(plain), original, result);
   assert.deepStrictEqual(left, []);
-  const text = cat(...(await readPictureFile(jpeg)).extendedXmp.map((part) => Buffer.from(part).subarray(40))).toString();
-  assert.strictEqual(text, whole.toString().replace(/<xmp:Thumbnails.*Thumbnails>/, (match) => ' '.repeat(match.length)));
+  const {extendedXmp} = await readPictureFile(jpeg);
+  const text = cat(...extendedXmp.map((part) => part.subarray(40))).toString();
+  const blanked = whole.toString().replace(/<xmp:Thumbnails.*Thumbnails>/, (match) => ' '.repeat(match.length));
+  assert.strictEqual(text, blanked);
   assert.strictEqual(tagsOf(put('long.jpg', jpeg))['XMP-xmp:Label'], filler);
 });
 

@@ -275,13 +275,14 @@ async function start() {
     '1': () => stage.zoomTo(1), '+': () => zoomBy(1.25), '=': () => zoomBy(1.25), '-': () => zoomBy(0.8),
   };
   /** @type {Record<string, () => void>} */
-  const commands = {'z': clicks.undo, 'Z': clicks.redo, 'y': clicks.redo, 'o': pick, 's': save};
+  const commands = {'z': clicks.undo, 'shift z': clicks.redo, 'y': clicks.redo, 'o': pick, 's': save};
   addEventListener('keydown', (event) => {
     const isTyping = event.target instanceof HTMLElement && event.target.matches('input[type=number], textarea, select');
     if (saving.dialog.open || isTyping) return;
     const isCommand = event.ctrlKey || event.metaKey;
-    const act = isCommand ? commands[event.key] : event.altKey ? undefined : keys[event.key.toLowerCase()];
-    if (!act || (event.repeat && event.key.toLowerCase() !== '+' && event.key !== '-')) return;
+    const key = event.key.toLowerCase();
+    const act = isCommand ? commands[event.shiftKey ? `shift ${key}` : key] : event.altKey ? undefined : keys[key];
+    if (!act || (event.repeat && !'+=-zy'.includes(key))) return;
     if (!picture && !isCommand) return;
     event.preventDefault();
     act();

@@ -249,7 +249,6 @@ export function withMetadata(jpeg, {exif, xmp, extendedXmp}, result) {
       }
     } catch (error) {
       if (!(error instanceof RangeError || error instanceof SyntaxError)) throw error;
-console.error(error);
       left.push(`The ${what} was left out: it is damaged.`);
     }
   };
