@@ -7,7 +7,7 @@ import {bandCount, copyOf, members} from './settings.js';
 /** @typedef {{get: () => Settings, change: (settings: Settings) => void, commit: () => void}} Page */
 
 export class Details {
-  /** @type {(element: HTMLElement, page: Page) => void} */
+  /** @param {HTMLElement} element @param {Page} page */
   constructor(element, page) {
     this.page = page;
     /** @type {((settings: Settings) => void)[]} */

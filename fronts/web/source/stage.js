@@ -32,6 +32,8 @@ export class Stage {
     /** @type {number | null} of the window's width: before is left of it */
     this.divider = null;
     this.isPlanned = false;
+    /** @type {PredefinedColorSpace} */
+    this.colorSpace = 'srgb';
     this.forget('srgb');
     new ResizeObserver(() => this.resize()).observe(canvas);
     canvas.addEventListener('contextrestored', () => {
