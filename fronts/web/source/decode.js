@@ -1,17 +1,21 @@
 // decode.js: a picture file's pixels, by the browser's own readers, upright and in sRGB or Display P3.
 
 const rowsAtOnce = 256;
+const large = 1e8; // pixels that a sound file may fail with
 
 export class PictureError extends Error {}
 
 /**
  * A bitmap of the file. Throws PictureError for what the browser can't read.
  * @param {Blob} file
+ * @param {{format: string, width: number, height: number}} known what it says of itself
  */
-export async function decode(file) {
+export async function decode(file, {format, width, height}) {
   try {
     return await createImageBitmap(file, {premultiplyAlpha: 'none'});
   } catch {
+    if (format === 'tiff' || format === 'heic') throw new PictureError(`this browser reads no ${format.toUpperCase()}; orbel does`);
+    if (width * height > large) throw new PictureError(`its ${width} × ${height} pixels are too many for this browser; orbel takes them`);
     throw new PictureError('this browser reads no picture in it');
   }
 }

@@ -64,7 +64,9 @@ async function start() {
   const worker = new Colleague(workerSource, code, hear);
   const helper = new Colleague(workerSource, code, () => {}); // thumbnails and bands, so that nobody waits for them
 
-  const stage = new Stage(find('canvas', 'picture'), {moved, divided});
+  const stage = new Stage(find('canvas', 'picture'), {
+    moved, divided, lost: () => say('The browser has taken the picture’s canvas away. It is drawn again as soon as it is back.', true),
+  });
   const page = {get: () => settings, change, commit};
   const faders = new Faders(find('div', 'faders'), {...page, alone: showAlone});
   const details = new Details(find('details', 'details'), page);
@@ -178,13 +180,26 @@ async function start() {
     isMeasuring = false;
   }
 
+  /** Bands and thumbnails of a new picture. @param {PredefinedColorSpace} colorSpace */
+  async function prepare(colorSpace) {
+    try {
+      const small = await worker.ask('small', {});
+      await helper.ask('take', small, [small.pixels.buffer]);
+      await measure();
+      await strip.draw(helper, {...small, colorSpace});
+    } catch (error) {
+      say(`The presets couldn’t be drawn: ${reasonOf(error)}.`, true);
+    }
+  }
+
   /** @type {(file: Blob, name: string) => Promise<void>} */
   async function openPicture(file, name) {
     say(`Opening ${name}…`);
+    isBusy = true; // what is asked for meanwhile would be of the other picture
     try {
       const opened = await worker.ask('open', {file});
       picture = {...opened, name};
-      asked = 0;
+      isBusy = false;
       find('div', 'empty').hidden = true;
       find('span', 'name').textContent = `${name}, ${opened.width} × ${opened.height}`;
       find('span', 'name').title = name;
@@ -194,12 +209,10 @@ async function start() {
       stage.show(opened.width, opened.height, opened.colorSpace);
       const lost = whatIsLost(picture);
       say(lost.length > 0 ? `${lost.join(' ')} The program orbel keeps all of it.` : '');
-      const small = await worker.ask('small', {});
-      await helper.ask('take', small, [small.pixels.buffer]);
-      await measure();
-      await strip.draw(helper, {...small, colorSpace: opened.colorSpace});
+      prepare(opened.colorSpace);
     } catch (error) {
       say(`${name}: ${reasonOf(error)}.`, true);
+      setBusy(false);
     }
   }
 
@@ -215,17 +228,21 @@ async function start() {
     }
   }
 
-  /** @param {File} file */
-  function open(file) {
-    if (isBusy) return;
-    const name = file.name || 'pasted.png';
-    if (/\.toml$/i.test(name)) openSettings(file, name);
-    else openPicture(file, name);
+  // One after another; of several pictures the last one.
+  let opening = Promise.resolve();
+  /** @param {FileList | undefined | null} files */
+  function open(files) {
+    if (saving.dialog.open) return;
+    const isSettings = (/** @type {File} */ file) => /\.toml$/i.test(file.name);
+    const all = [...files ?? []];
+    const last = all.filter((file) => !isSettings(file)).pop();
+    if (last) opening = opening.then(() => openPicture(last, last.name || 'pasted.png'));
+    for (const file of all.filter(isSettings)) opening = opening.then(() => openSettings(file, file.name));
   }
 
   const chooser = find('input', 'file');
   chooser.addEventListener('change', () => {
-    for (const file of chooser.files ?? []) open(file);
+    open(chooser.files);
     chooser.value = ''; // the same file once more is a change
   });
   const pick = () => chooser.click();
@@ -297,11 +314,9 @@ async function start() {
   addEventListener('drop', (event) => {
     event.preventDefault();
     find('section', 'stage').classList.remove('over');
-    for (const file of event.dataTransfer?.files ?? []) open(file);
+    open(event.dataTransfer?.files);
   });
-  addEventListener('paste', (event) => {
-    for (const file of event.clipboardData?.files ?? []) open(file);
-  });
+  addEventListener('paste', (event) => open(event.clipboardData?.files));
 
   show();
   document.body.dataset.ready = 'true';

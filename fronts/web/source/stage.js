@@ -7,6 +7,9 @@ import {Geometry} from './geometry.js';
 
 const reach = 14; // of the divider, for a pointer
 
+/** @param {View} view */
+const isWhole = ({width, height, part}) => part.width === width && part.height === height;
+
 /** @type {(layer: Layer | null, view: View, pixels: Uint8ClampedArray, colorSpace: PredefinedColorSpace) => Layer} */
 function layerOf(layer, view, pixels, colorSpace) {
   const canvas = layer ? layer.canvas : document.createElement('canvas');
@@ -21,7 +24,7 @@ function layerOf(layer, view, pixels, colorSpace) {
 export class Stage {
   /**
    * @param {HTMLCanvasElement} canvas
-   * @param {{moved: () => void, divided: () => void}} tell moved: another part is to be drawn
+   * @param {{moved: () => void, divided: () => void, lost: () => void}} tell moved: another part is to be drawn
    */
   constructor(canvas, tell) {
     this.canvas = canvas;
@@ -34,19 +37,15 @@ export class Stage {
     this.isPlanned = false;
     /** @type {PredefinedColorSpace} */
     this.colorSpace = 'srgb';
-    this.forget('srgb');
-    new ResizeObserver(() => this.resize()).observe(canvas);
-    canvas.addEventListener('contextrestored', () => {
-      this.layers = {before: null, after: null, whole: null};
-      this.tell.moved();
-    });
+    /** whole: the last one with all of it, behind a part that moves @type {{before: Layer | null, after: Layer | null, whole: Layer | null}} */
+    this.layers = {before: null, after: null, whole: null};
+    this.sizes = new ResizeObserver(() => this.resize());
     this.listen();
   }
 
   /** @param {PredefinedColorSpace} colorSpace */
   forget(colorSpace) {
     this.colorSpace = colorSpace;
-    /** @type {{before: Layer | null, after: Layer | null, whole: Layer | null}} whole: the last one with all of it */
     this.layers = {before: null, after: null, whole: null};
   }
 
@@ -56,7 +55,6 @@ export class Stage {
       const fresh = /** @type {HTMLCanvasElement} */ (this.canvas.cloneNode());
       this.canvas.replaceWith(fresh);
       this.canvas = fresh;
-      new ResizeObserver(() => this.resize()).observe(fresh);
       this.listen();
     }
     this.forget(colorSpace);
@@ -93,10 +91,13 @@ export class Stage {
   take({view, before, after}) {
     const {layers, colorSpace} = this;
     if (before) layers.before = layerOf(layers.before, view, before, colorSpace);
+    if (isWhole(view)) {
+      layers.whole = null;
+    } else if (layers.after && isWhole(layers.after.view)) {
+      layers.whole = layers.after;
+      layers.after = null;
+    }
     layers.after = layerOf(layers.after, view, after, colorSpace);
-    const isWhole = view.part.width === view.width && view.part.height === view.height;
-    if (isWhole && layers.before) layers.whole = {view, canvas: layers.before.canvas};
-    if (isWhole && before) layers.whole = layerOf(null, view, before, colorSpace);
     this.paintNow();
   }
 
@@ -170,6 +171,10 @@ export class Stage {
 
   listen() {
     const {canvas} = this;
+    this.sizes.disconnect();
+    this.sizes.observe(canvas);
+    canvas.addEventListener('contextlost', () => this.tell.lost());
+    canvas.addEventListener('contextrestored', () => this.moved());
     /** @type {Map<number, {x: number, y: number}>} */
     const fingers = new Map();
     let divides = false;

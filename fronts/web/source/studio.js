@@ -88,7 +88,7 @@ export class Studio {
    */
   async open(file) {
     const known = await readPictureFile(new Uint8Array(await file.arrayBuffer()));
-    const bitmap = await decode(file);
+    const bitmap = await decode(file, known);
     try {
       const {width, height} = bitmap;
       if (width * height > mostPixels) throw new PictureError('it is too large for a browser; orbel takes it');
