@@ -27,7 +27,8 @@ const settled = isTrue('asked > 0 && asked === drawn');
 
 test('shows and saves in Firefox what orbel makes, and wants nothing from outside', {timeout: 30000}, async (t) => {
   const requests = [];
-  const proxy = createServer((socket) => socket.on('error', () => {}).on('data', (text) => requests.push(`${text}`)));
+  const proxy = createServer((socket) => socket.on('error', () => {})
+    .on('data', (text) => { requests.push(`${text}`); socket.destroy(); }));
   await new Promise((resolve) => { proxy.listen(0, '127.0.0.1', resolve); });
   t.after(() => proxy.close());
   const {send, folder, close} = await launch(proxy.address().port);
@@ -44,7 +45,6 @@ test('shows and saves in Firefox what orbel makes, and wants nothing from outsid
   await waitFor('the picture', () => run(settled));
   const flat = await pixelsOf(coffee);
   assert.ok(await run(shown) === flat, 'as it was');
-
   await click('//*[@id="presets"]/button[.="clarity"]');
   await waitFor('the preset', () => run(settled));
   const theirs = join(folder, 'theirs.png');
@@ -52,8 +52,7 @@ test('shows and saves in Firefox what orbel makes, and wants nothing from outsid
   const clear = await pixelsOf(theirs);
   assert.ok(clear !== flat && await run(shown) === clear, 'shown');
 
-  await click('//*[@id="save"]');
-  await click('//*[@id="save-picture"]');
+  for (const id of ['save', 'save-picture']) await click(`//*[@id="${id}"]`);
   const saved = join(folder, 'coffee_orbel.png');
   await waitFor('the saved picture', () => existsSync(saved) && readFileSync(saved).includes('IEND'));
   assert.ok(await pixelsOf(saved) === clear, 'saved');

@@ -19,7 +19,7 @@ export async function waitFor(what, look) {
   throw new Error(`${what}: not within 10 s`);
 }
 
-/** Each is `length:json`, its length in bytes. */
+/** What Firefox says: each message is `length:json`, its length in bytes. */
 async function* messages(socket) {
   let received = Buffer.alloc(0);
   for await (const data of socket) {
@@ -44,7 +44,7 @@ export async function launch(proxyPort) {
   }).map(([name, value]) => `user_pref(${JSON.stringify(name)}, ${JSON.stringify(value)});\n`);
   writeFileSync(join(profile, 'user.js'), prefs.join(''));
   // Marionette turns updates, telemetry and the like off; the settings' server only where this lets it.
-  const env = {...process.env, MOZ_REMOTE_SETTINGS_DEVTOOLS: '1'};
+  const env = {...process.env, HOME: profile, MOZ_REMOTE_SETTINGS_DEVTOOLS: '1'};
   const shell = spawn('sh', ['-c', script, 'sh', profile], {env, stdio: ['pipe', 'ignore', 'ignore'], detached: true});
   const close = () => new Promise((resolve) => { shell.on('exit', resolve).stdin.end(); });
   const read = (name) => { try { return readFileSync(join(profile, name), 'utf8'); } catch { return ''; } };
