@@ -31,7 +31,7 @@ orbel_status describe(orbel_picture* picture, std::size_t size, orbel_samples sa
   }
   if (const orbel_status status = initRecord(picture, size); status != ORBEL_OK) return status;
   const std::ptrdiff_t bytes = bytesOf(samples);
-  if (!spans(std::int64_t{height} * channels, rowStep, 0, 0)) return ORBEL_BAD_ARGUMENT;
+  if (!spans(std::int64_t{height} * (interleaved ? 1 : channels), rowStep, 0, 0)) return ORBEL_BAD_ARGUMENT;
   const std::ptrdiff_t step = interleaved ? bytes : rowStep * height;
   picture->width = width;
   picture->height = height;

@@ -77,6 +77,9 @@ static void forgetStack(void) {
 EMSCRIPTEN_KEEPALIVE const char* engine_message(void) { return engine.message; }
 EMSCRIPTEN_KEEPALIVE const char* engine_version(void) { return orbel_version(); }
 
+// Frees the stack and the look: room for another picture.
+EMSCRIPTEN_KEEPALIVE void engine_forget(void) { forgetStack(); }
+
 // Takes over the pixels, which come from malloc, and frees those that it had. channels: 3 for an opaque picture,
 // else 4.
 EMSCRIPTEN_KEEPALIVE void engine_hold(uint8_t* at, int32_t width, int32_t height, int32_t channels) {

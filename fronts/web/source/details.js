@@ -4,7 +4,10 @@ import {make} from './elements.js';
 import {bandCount, copyOf, members} from './settings.js';
 
 /** @typedef {import('./settings.js').Settings} Settings */
-/** @typedef {{get: () => Settings, change: (settings: Settings) => void, commit: () => void}} Page */
+/**
+ * @typedef {{get: () => Settings, change: (settings: Settings) => void, commit: () => void,
+ *   say: (text: string, isBad: boolean) => void}} Page
+ */
 
 export class Details {
   /** @param {HTMLElement} element @param {Page} page */
@@ -20,18 +23,18 @@ export class Details {
       make('td', {}, [this.flag('edges', `Keep edges out of band ${band + 1}`, band)]),
     ]));
     element.append(make('table', {}, [make('thead', {}, [make('tr', {}, heads)]), make('tbody', {}, rows)]));
-    const form = this.choice('form', [['wavelets', 'Wavelets, no halos'], ['pyramid', 'Pyramid, the plug-in’s']]);
+    const form = this.choice('form', [['wavelets', 'Wavelets, no halos'], ['pyramid', 'Pyramid, as the plug-in']]);
     const planes = this.choice('luminance', [['true', 'Luminance'], ['false', 'Each colour']]);
     element.append(
       make('div', {class: 'row'}, [make('label', {}, ['Form', form]), make('label', {}, ['Work on', planes])]),
       make('div', {class: 'row'}, [
         make('label', {}, ['Mix, %', this.number('mix', '', 1)]),
-        make('label', {}, ['Size meant, pixels', this.number('referenceEdge', '', 1)]),
-        make('label', {}, ['Cross, pixels', this.number('overlay', '', 1)]),
+        make('label', {}, ['Meant for a long edge of, pixels (0: this picture’s)', this.number('referenceEdge', '', 1)]),
+        make('label', {}, ['Cross over the picture, pixels', this.number('overlay', '', 1)]),
       ]),
       make('div', {class: 'row'}, [
         make('label', {}, [this.flag('limit', ''), 'Drive nothing beyond black or white']),
-        make('label', {}, [this.flag('half', ''), 'Add middle grey']),
+        make('label', {}, [this.flag('half', ''), 'Add middle grey at the end']),
       ]));
   }
 
@@ -62,6 +65,7 @@ export class Details {
     input.addEventListener('change', () => {
       const value = kind === 'whole' ? Math.round(input.valueAsNumber) : input.valueAsNumber;
       if (value >= least && value <= most) this.set(name, band, value);
+      else this.page.say(`${members[name].word}: allowed is ${least} to ${most}.`, true);
       show(this.page.get());
     });
     return input;

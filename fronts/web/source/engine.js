@@ -99,6 +99,9 @@ export class Engine {
    * @param {(put: (row: number, pixels: Uint8ClampedArray) => void) => Promise<boolean>} write
    */
   async hold(width, height, write) {
+    this.calls.engine_forget();
+    this.before.free();
+    this.after.free();
     const at = this.calls.malloc(width * height * 4) >>> 0;
     if (at === 0) throw new EngineError(tooLarge);
     let isOpaque;
@@ -112,8 +115,6 @@ export class Engine {
     this.pixels = at;
     this.width = width;
     this.height = height;
-    this.before.free();
-    this.after.free();
   }
 
   /** @param {Settings} settings */

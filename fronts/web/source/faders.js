@@ -9,12 +9,17 @@ import {bandCount, copyOf, members} from './settings.js';
 const most = 300; // percent; a number field takes what the engine does
 const names = ['Finest', 'Fine', 'Middle', 'Coarse', 'Coarsest', 'Rest'];
 const page = 25;
+const twice = 350; // milliseconds between two taps that are one double tap
 
 /** A share of a fader's height. @param {number} strength root mean square in levels of 255 */
 const heightOf = (strength) => Math.min(1, Math.log2(1 + strength) / Math.log2(1 + 32));
 
 /** @type {(settings: Settings, i: number) => number} */
 const gainOf = (settings, i) => (i < bandCount ? settings.gain[i] : settings.residual);
+
+/** Within the fader's range, and never the other way. @type {(percent: number, step: number) => number} */
+const stepped = (percent, step) => (step > 0 ? Math.max(percent, Math.min(most, percent + step)) :
+  Math.min(percent, Math.max(0, percent + step)));
 
 /** @type {(settings: Settings, i: number, percent: number) => Settings} */
 function withGain(settings, i, percent) {
@@ -28,9 +33,9 @@ export class Faders {
   /**
    * @param {HTMLElement} element
    * @param {{get: () => Settings, change: (settings: Settings) => void, commit: () => void,
-   *   alone: (which: Alone | null) => void}} page
+   *   alone: (which: Alone | null) => void, say: (text: string, isBad: boolean) => void}} page
    */
-  constructor(element, {get, change, commit, alone}) {
+  constructor(element, {get, change, commit, alone, say}) {
     /** @type {Alone | null} */
     this.which = null;
     const toggle = (/** @type {Alone} */ which) => {
@@ -45,7 +50,7 @@ export class Faders {
       const number = make('input', {
         type: 'number', min: members.gain.least, max: members.gain.most, step: 'any', 'aria-label': `${label}, percent`,
       });
-      const only = make('button', {'aria-pressed': false, 'aria-label': `Show ${label.toLowerCase()} alone`}, ['Alone']);
+      const only = make('button', {'aria-pressed': 'false', 'aria-label': `Show ${label.toLowerCase()} alone`}, ['Alone']);
       const detail = make('div', {class: 'detail'});
       const mark = make('div', {class: 'mark'});
       mark.style.bottom = `calc(8px + (100% - 16px) * ${100 / most})`;
@@ -56,17 +61,25 @@ export class Faders {
       range.addEventListener('input', () => set(i, range.valueAsNumber));
       range.addEventListener('change', commit);
       range.addEventListener('dblclick', reset);
+      let tapped = 0;
+      range.addEventListener('pointerdown', (event) => { // fingers have no double click here
+        if (event.pointerType !== 'touch') return;
+        if (event.timeStamp - tapped < twice) setTimeout(reset);
+        tapped = event.timeStamp;
+      });
       range.addEventListener('keydown', (event) => {
         const steps = /** @type {Record<string, number>} */ ({PageUp: page, PageDown: -page});
         if (event.key === 'Delete' || event.key === 'Backspace') reset();
-        else if (event.key in steps) set(i, Math.min(most, Math.max(0, gainOf(get(), i) + steps[event.key])));
+        else if (event.key in steps) set(i, stepped(gainOf(get(), i), steps[event.key]));
         else return;
         event.preventDefault();
         commit();
       });
       number.addEventListener('change', () => {
         const percent = number.valueAsNumber;
-        if (percent >= members.gain.least && percent <= members.gain.most) set(i, percent);
+        const {least, most: highest} = members.gain;
+        if (percent >= least && percent <= highest) set(i, percent);
+        else say(`${label}: allowed is ${least} to ${highest} percent.`, true);
         commit();
         this.show(get());
       });
@@ -77,7 +90,7 @@ export class Faders {
       ]));
       return {range, number, only, detail};
     });
-    this.all = make('button', {'aria-pressed': false}, ['All five bands alone']);
+    this.all = make('button', {'aria-pressed': 'false'}, ['All five bands alone']);
     this.all.addEventListener('click', () => toggle('all'));
     const reset = make('button', {}, ['All to 100 %']);
     reset.addEventListener('click', () => {

@@ -57,8 +57,10 @@ async function start() {
   /** @type {number[] | null} */
   let strengths = null;
   let clipping = false;
-  let isBusy = false;
+  let isBusy = false; // a picture is opened or written
   let asked = 0;
+  /** @type {ReturnType<typeof setTimeout> | 0} */
+  let slowly = 0; // the timer that says so
 
   const code = await engineCode();
   const worker = new Colleague(workerSource, code, hear);
@@ -67,7 +69,7 @@ async function start() {
   const stage = new Stage(find('canvas', 'picture'), {
     moved, divided, lost: () => say('The browser has taken the picture’s canvas away. It is drawn again as soon as it is back.', true),
   });
-  const page = {get: () => settings, change, commit};
+  const page = {get: () => settings, change, commit, say};
   const faders = new Faders(find('div', 'faders'), {...page, alone: showAlone});
   const details = new Details(find('details', 'details'), page);
   const strip = new Presets(find('div', 'presets'), presets, choose);
@@ -77,26 +79,47 @@ async function start() {
 
   /** @param {any} message */
   function hear(message) {
-    if (message.type === 'progress') find('progress', 'progress').value = message.done;
-    if (message.type === 'failed') say(`This couldn’t be drawn: ${message.reason}.`, true);
+    if (message.type === 'progress') saving.tell(message.done);
+    if (message.type === 'failed') {
+      drawing.clear();
+      drawing.say(`This couldn’t be drawn: ${message.reason}.`, true);
+    }
     if (message.type !== 'drawn') return;
     stage.take(message);
-    if (message.clipped) {
-      const percent = (/** @type {number} */ part) => `${(100 * part).toFixed(part < 0.1 ? 2 : 0)} %`;
-      say(`Of what is shown, ${percent(message.clipped.white)} is white (red) and ${percent(message.clipped.black)} black (blue).`);
-    }
+    if (message.id === asked) drawing.clear();
+    const percent = (/** @type {number} */ part) => `${(100 * part).toFixed(part < 0.1 ? 2 : 0)} %`;
+    find('p', 'clipped').textContent = message.clipped ?
+      `${percent(message.clipped.white)} white, in red; ${percent(message.clipped.black)} black, in blue` : '';
     document.body.dataset.drawn = String(message.id); // for whoever waits for it, tests among them
   }
 
+  // What is said of drawing goes when it is done; other messages stay.
+  const drawing = {
+    text: '',
+    say(/** @type {string} */ text, isBad = false) {
+      this.text = text;
+      say(text, isBad);
+    },
+    clear() {
+      clearTimeout(slowly);
+      slowly = 0;
+      if (this.text !== '' && status.textContent === this.text) say('');
+      this.text = '';
+    },
+  };
+
   function ask() {
     if (!picture || isBusy) return;
+    slowly ||= setTimeout(() => drawing.say('Drawing…'), 400);
     const view = stage.geometry.view();
     const shown = alone === null ? {settings, factor: 1} : bandsAlone(settings, alone, strengths);
     find('p', 'alone').textContent = alone === null ? '' :
       `${alone === 'residual' ? 'The rest beneath the bands.' : `Around middle grey, ${shown.factor === 1 ? 'as it is' : `${shown.factor} times as strong`}.`}`;
     document.body.dataset.asked = String(++asked);
     const grey = alone !== null && alone !== 'residual' && settings.luminance;
-    worker.draw(asked, {settings: shown.settings, view, grey, clipping});
+    worker.draw(asked, {
+      settings: shown.settings, view, grey, clipping, needsBefore: stage.layers.before === null,
+    });
   }
 
   function moved() {
@@ -111,6 +134,7 @@ async function start() {
   /** @param {boolean} is */
   function setBusy(is) {
     isBusy = is;
+    show();
     if (!is) ask();
   }
 
@@ -121,7 +145,7 @@ async function start() {
     button('undo').disabled = !history.canUndo;
     button('redo').disabled = !history.canRedo;
     for (const id of ['fit', 'one-to-one', 'zoom-in', 'zoom-out', 'compare', 'before', 'clipping', 'save']) {
-      button(id).disabled = !picture;
+      button(id).disabled = !picture || (isBusy && id === 'save');
     }
   }
 
@@ -137,6 +161,10 @@ async function start() {
   function commit() {
     history.commit(settings);
     show();
+    store();
+  }
+
+  function store() {
     try {
       localStorage.setItem(storage, JSON.stringify(settings));
     } catch { /* a browser that keeps nothing */ }
@@ -148,10 +176,11 @@ async function start() {
     commit();
   }
 
-  /** @param {Settings} next */
-  function goBack(next) {
-    change(next);
-    show();
+  /** What is being changed is committed first. @param {'undo' | 'redo'} which */
+  function goBack(which) {
+    history.commit(settings);
+    change(history[which]());
+    store();
   }
 
   /** @param {import('./bands_alone.js').Alone | null} which */
@@ -195,11 +224,12 @@ async function start() {
   /** @type {(file: Blob, name: string) => Promise<void>} */
   async function openPicture(file, name) {
     say(`Opening ${name}…`);
-    isBusy = true; // what is asked for meanwhile would be of the other picture
+    setBusy(true); // what is asked for meanwhile would be of the other picture
     try {
       const opened = await worker.ask('open', {file});
       picture = {...opened, name};
       isBusy = false;
+      strip.clear();
       find('div', 'empty').hidden = true;
       find('span', 'name').textContent = `${name}, ${opened.width} × ${opened.height}`;
       find('span', 'name').title = name;
@@ -232,11 +262,16 @@ async function start() {
   let opening = Promise.resolve();
   /** @param {FileList | undefined | null} files */
   function open(files) {
-    if (saving.dialog.open) return;
+    if (saving.dialog.open) return saving.say('Close this first: nothing was opened.');
     const isSettings = (/** @type {File} */ file) => /\.toml$/i.test(file.name);
     const all = [...files ?? []];
-    const last = all.filter((file) => !isSettings(file)).pop();
-    if (last) opening = opening.then(() => openPicture(last, last.name || 'pasted.png'));
+    const pictures = all.filter((file) => !isSettings(file));
+    const last = pictures.pop();
+    if (last) {
+      opening = opening.then(() => openPicture(last, last.name || 'pasted.png')).then(() => {
+        if (pictures.length > 0) say('One picture at a time: the last of them was opened.');
+      });
+    }
     for (const file of all.filter(isSettings)) opening = opening.then(() => openSettings(file, file.name));
   }
 
@@ -246,21 +281,20 @@ async function start() {
     chooser.value = ''; // the same file once more is a change
   });
   const pick = () => chooser.click();
-  const save = () => picture && saving.open();
+  const save = () => picture && !isBusy && saving.open();
   const zoomBy = (/** @type {number} */ factor) => stage.zoomTo(stage.geometry.zoom * factor);
 
   const toggles = {
     compare() {
       const isOn = stage.divider === null;
       press(button('compare'), isOn);
-      find('label', 'divider-label').hidden = !isOn;
+      find('div', 'divider-bar').hidden = !isOn;
       stage.divide(isOn ? 0.5 : null);
       divided();
     },
     clipping() {
       clipping = !clipping;
       press(button('clipping'), clipping);
-      if (!clipping) say('');
       ask();
     },
   };
@@ -271,7 +305,7 @@ async function start() {
 
   /** @type {Record<string, () => void>} */
   const clicks = {
-    'open': pick, 'open-first': pick, save, 'undo': () => goBack(history.undo()), 'redo': () => goBack(history.redo()),
+    'open': pick, 'open-first': pick, save, 'undo': () => goBack('undo'), 'redo': () => goBack('redo'),
     'fit': () => stage.fit(), 'one-to-one': () => stage.zoomTo(1), 'zoom-in': () => zoomBy(1.25), 'zoom-out': () => zoomBy(0.8),
     ...toggles,
   };
@@ -279,7 +313,9 @@ async function start() {
   find('input', 'divider').addEventListener('input', () => stage.divide(find('input', 'divider').valueAsNumber / 100));
 
   const held = button('before');
-  held.addEventListener('pointerdown', () => showBefore(true));
+  held.addEventListener('pointerdown', (event) => event.button === 0 && showBefore(true));
+  held.addEventListener('contextmenu', (event) => event.preventDefault());
+  addEventListener('blur', () => showBefore(false));
   for (const end of ['pointerup', 'pointerleave', 'pointercancel', 'blur']) {
     held.addEventListener(end, () => showBefore(false));
   }
@@ -295,9 +331,12 @@ async function start() {
   const commands = {'z': clicks.undo, 'shift z': clicks.redo, 'y': clicks.redo, 'o': pick, 's': save};
   addEventListener('keydown', (event) => {
     const isTyping = event.target instanceof HTMLElement && event.target.matches('input[type=number], textarea, select');
-    if (saving.dialog.open || isTyping) return;
     const isCommand = event.ctrlKey || event.metaKey;
     const key = event.key.toLowerCase();
+    const isFile = isCommand && (key === 's' || key === 'o');
+    if (isFile) event.preventDefault(); // the browser's own are of no use here
+    if (saving.dialog.open || (isTyping && !isFile)) return;
+    if (isTyping) /** @type {HTMLElement} */ (event.target).blur(); // its value counts
     const act = isCommand ? commands[event.shiftKey ? `shift ${key}` : key] : event.altKey ? undefined : keys[key];
     if (!act || (event.repeat && !'+=-zy'.includes(key))) return;
     if (!picture && !isCommand) return;

@@ -18,7 +18,7 @@ export class Presets {
     this.round = 0;
     this.entries = presets.map(({name, description, settings}) => {
       const canvas = make('canvas', {width: 3, height: 2, 'aria-hidden': true});
-      const chosen = make('button', {title: description, 'aria-pressed': false}, [canvas, name]);
+      const chosen = make('button', {title: description, 'aria-pressed': 'false'}, [canvas, name]);
       chosen.addEventListener('click', () => choose(copyOf(settings)));
       element.append(chosen);
       return {canvas, chosen, settings};
@@ -28,6 +28,12 @@ export class Presets {
   /** @param {Settings} now */
   show(now) {
     for (const {chosen, settings} of this.entries) press(chosen, sameSettings(settings, now));
+  }
+
+  /** No thumbnails, till they are drawn. */
+  clear() {
+    ++this.round;
+    for (const {canvas} of this.entries) canvas.getContext('2d')?.clearRect(0, 0, canvas.width, canvas.height);
   }
 
   /**
@@ -41,7 +47,7 @@ export class Presets {
     const size = {width: Math.max(1, Math.round(width * scale)), height: Math.max(1, Math.round(height * scale))};
     for (const entry of this.entries) {
       const view = {...size, part: {x: 0, y: 0, ...size}};
-      const wish = {settings: entry.settings, view, grey: false, clipping: false};
+      const wish = {settings: entry.settings, view, grey: false, clipping: false, needsBefore: false};
       const pixels = await colleague.ask('look', {wish});
       if (round !== this.round) return;
       const fresh = make('canvas', {...size, 'aria-hidden': true});

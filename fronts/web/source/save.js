@@ -35,6 +35,7 @@ export class SaveDialog {
    */
   constructor(page) {
     this.page = page;
+    this.isWriting = false;
     this.dialog = find('dialog', 'save-dialog');
     this.format = find('select', 'format');
     this.quality = find('input', 'quality');
@@ -42,7 +43,12 @@ export class SaveDialog {
     this.result = find('p', 'save-result');
     this.format.append(...formats.map(({type, name}) => make('option', {value: type}, [name])));
     this.format.addEventListener('change', () => this.refresh());
-    button('save-picture').addEventListener('click', () => this.savePicture());
+    find('form', 'save-form').addEventListener('submit', (event) => {
+      event.preventDefault();
+      this.savePicture();
+    });
+    button('save-close').addEventListener('click', () => this.dialog.close());
+    this.dialog.addEventListener('cancel', (event) => this.isWriting && event.preventDefault());
     button('save-toml').addEventListener('click', () => this.saveText('toml', () => settingsText(page.settings(), '')));
     button('save-script').addEventListener('click', () => this.saveText('jsx', () => photoshopScript(page.settings())));
     button('copy-command').addEventListener('click', () => this.copyCommand());
@@ -76,12 +82,9 @@ export class SaveDialog {
   async savePicture() {
     const {type, extension} = this.chosenFormat();
     const quality = Math.min(100, Math.max(1, this.quality.valueAsNumber || 95)) / 100;
-    const save = button('save-picture');
-    save.disabled = true;
-    this.progress.hidden = false;
-    this.progress.value = 0;
+    if (this.isWriting) return;
+    this.write(true);
     this.result.textContent = '';
-    this.page.busy(true);
     try {
       const name = `${stemOf(this.page.picture().name)}_orbel.${extension}`;
       const {blob, left} = await this.page.write({type, quality});
@@ -91,9 +94,27 @@ export class SaveDialog {
     } catch (error) {
       this.result.textContent = `The picture wasn’t saved: ${/** @type {Error} */ (error).message}.`;
     }
-    this.page.busy(false);
-    this.progress.hidden = true;
-    save.disabled = false;
+    this.write(false);
+  }
+
+  /** While a picture is written the dialog stays. @param {boolean} is */
+  write(is) {
+    this.isWriting = is;
+    this.progress.hidden = !is;
+    this.progress.removeAttribute('value'); // till it is told
+    for (const id of ['save-picture', 'save-close']) button(id).disabled = is;
+    this.page.busy(is);
+  }
+
+  /** When all lines are there, the browser writes them, for as long as it takes. @param {number} done */
+  tell(done) {
+    if (done < 1) this.progress.value = done;
+    else this.progress.removeAttribute('value');
+  }
+
+  /** @param {string} text */
+  say(text) {
+    this.result.textContent = text;
   }
 
   /** @type {(extension: string, text: () => string) => void} */

@@ -63,7 +63,7 @@ export class Stage {
     this.geometry.picture = {width, height};
     this.measure();
     this.geometry.fit();
-    this.tell.moved();
+    this.moved();
   }
 
   measure() {
@@ -79,7 +79,8 @@ export class Stage {
   resize() {
     if (!this.hasPicture) return;
     this.measure();
-    this.moved();
+    this.paintNow(); // a canvas is empty after a change of its size
+    this.tell.moved();
   }
 
   moved() {
@@ -137,6 +138,7 @@ export class Stage {
   put(context, layer) {
     if (!layer) return;
     const {x, y, width, height} = this.geometry.place(layer.view);
+    context.clearRect(x, y, width, height); // what is transparent shows the surround
     context.drawImage(layer.canvas, x, y, width, height);
   }
 
@@ -174,7 +176,10 @@ export class Stage {
     this.sizes.disconnect();
     this.sizes.observe(canvas);
     canvas.addEventListener('contextlost', () => this.tell.lost());
-    canvas.addEventListener('contextrestored', () => this.moved());
+    canvas.addEventListener('contextrestored', () => {
+      this.forget(this.colorSpace);
+      this.tell.moved();
+    });
     /** @type {Map<number, {x: number, y: number}>} */
     const fingers = new Map();
     let divides = false;

@@ -17,15 +17,16 @@ import {sameMember, sameSettings} from './settings.js';
  */
 
 /**
- * What is to be drawn. grey: of luminance alone. clipping: mark what is black or white.
- * @typedef {{settings: Settings, view: View, grey: boolean, clipping: boolean}} Wish
+ * What is to be drawn. grey: of luminance alone. clipping: mark what is black or white. needsBefore: whoever wishes
+ * doesn't have this part of the original.
+ * @typedef {{settings: Settings, view: View, grey: boolean, clipping: boolean, needsBefore: boolean}} Wish
  */
 
 /** @type {(keyof Settings)[]} */
 const shape = ['radius', 'threshold', 'edges', 'luminance', 'referenceEdge', 'form'];
 
 const longestSmall = 1024;
-const mostPixels = 2 ** 29; // a byte each for four channels, in half of what a module can address
+const mostPixels = 2 ** 29 - 2 ** 20; // four bytes each, in half of what a module can address
 
 /** @type {(a: View, b: View) => boolean} */
 const sameView = (a, b) => a.width === b.width && a.height === b.height && a.part.x === b.part.x &&
@@ -70,6 +71,7 @@ export class Studio {
     this.colorSpace = 'srgb';
     /** @type {any} */
     this.file = null;
+    this.edge = 0;
     this.forget();
   }
 
@@ -93,12 +95,12 @@ export class Studio {
       const {width, height} = bitmap;
       if (width * height > mostPixels) throw new PictureError('it is too large for a browser; orbel takes it');
       const colorSpace = known.colours === 'display-p3' ? 'display-p3' : 'srgb';
+      this.forget(); // of the picture that it has, the pixels are kept till these are there
       let isOpaque = true;
       await this.engine.hold(width, height, async (put) => {
         isOpaque = readPixels(bitmap, colorSpace, put);
         return isOpaque;
       });
-      this.forget();
       this.file = known;
       this.colorSpace = colorSpace;
       return {width, height, isOpaque, colorSpace, file: known};
@@ -107,13 +109,17 @@ export class Studio {
     }
   }
 
-  /** @type {(width: number, height: number, pixels: Uint8ClampedArray) => Promise<void>} */
-  async take(width, height, pixels) {
+  /**
+   * Another studio's small picture, and the longer edge of the one that it is of.
+   * @type {(width: number, height: number, pixels: Uint8ClampedArray, edge: number) => Promise<void>}
+   */
+  async take(width, height, pixels, edge) {
+    this.forget();
     await this.engine.hold(width, height, async (put) => {
       put(0, pixels);
       return false;
     });
-    this.forget();
+    this.edge = edge;
   }
 
   /** The picture, at most so large that a preset's look at it takes no time. */
@@ -122,13 +128,13 @@ export class Studio {
     const scale = Math.min(1, longestSmall / Math.max(width, height));
     const size = {width: Math.max(1, Math.round(width * scale)), height: Math.max(1, Math.round(height * scale))};
     this.reduced = null;
-    return {...size, pixels: new Uint8ClampedArray(this.engine.reducePart(size.width, size.height, {x: 0, y: 0, ...size}))};
+    return {...size, edge: Math.max(width, height), pixels: new Uint8ClampedArray(this.engine.reducePart(size.width, size.height, {x: 0, y: 0, ...size}))};
   }
 
   /** Without a reference edge, radii are those of this picture: which is its own longer edge for one. @param {Settings} settings */
   meant(settings) {
-    const {width, height} = this.engine;
-    return {...settings, referenceEdge: settings.referenceEdge || Math.min(32767, Math.max(width, height))};
+    const edge = Math.max(this.edge, this.engine.width, this.engine.height);
+    return {...settings, referenceEdge: settings.referenceEdge || Math.min(32767, edge)};
   }
 
   /** @param {Settings} asked */
@@ -156,9 +162,9 @@ export class Studio {
    * The part as it was, where that is new, and as it becomes.
    * @param {Wish} wish
    */
-  draw({settings, view, grey, clipping}) {
+  draw({settings, view, grey, clipping, needsBefore}) {
     const {width, height, part} = view;
-    const isNew = !this.reduced || !sameView(this.reduced, view);
+    const isNew = needsBefore || !this.reduced || !sameView(this.reduced, view);
     if (isNew) {
       this.reduced = null;
       this.engine.reducePart(width, height, part);
