@@ -144,7 +144,7 @@ onPage('works by mouse and by keys', {}, async (tab) => {
   for (const key of ['ArrowUp', 'PageUp', 'ArrowUp', 'ArrowDown']) await tab.keyboard.press(key);
   assert.deepEqual((await gains(tab)).slice(0, 3), [100, 126, dragged]);
   assert.equal(await tab.locator(faders).nth(1).getAttribute('aria-valuetext'), '126 percent');
-  for (let i = 0; i < 5; ++i) await tab.keyboard.press('Control+z');
+  for (let i = 0; i < 2; ++i) await tab.keyboard.press('Control+z'); // the keys' steps are one
   assert.deepEqual(await gains(tab), [100, 100, 100, 100, 100, 100]);
   assert.ok(await tab.isDisabled('#undo'));
   await settled(tab);
@@ -153,6 +153,9 @@ onPage('works by mouse and by keys', {}, async (tab) => {
   assert.deepEqual((await gains(tab))[2], dragged);
   await tab.locator(faders).nth(2).dblclick();
   assert.deepEqual(await gains(tab), [100, 100, 100, 100, 100, 100]);
+  await tab.keyboard.press('Control+z'); // what its first click set was no step
+  assert.deepEqual((await gains(tab))[2], dragged);
+  await tab.keyboard.press('Control+Shift+z');
 
   // Before, held; a band alone, again for all; the divider.
   await tab.click('#presets button:has-text("crisp")');

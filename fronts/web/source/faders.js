@@ -9,6 +9,7 @@ import {bandCount, copyOf, members} from './settings.js';
 const most = 300; // percent; a number field takes what the engine does
 const names = ['Finest', 'Fine', 'Middle', 'Coarse', 'Coarsest', 'Rest'];
 const page = 25;
+const pause = 700; // milliseconds after which a step is another one to undo
 const twice = 350; // milliseconds between two taps that are one double tap
 
 /** A share of a fader's height. @param {number} strength root mean square in levels of 255 */
@@ -32,7 +33,7 @@ function withGain(settings, i, percent) {
 export class Faders {
   /**
    * @param {HTMLElement} element
-   * @param {{get: () => Settings, change: (settings: Settings) => void, commit: () => void,
+   * @param {{get: () => Settings, change: (settings: Settings) => void, commit: (joins?: boolean) => void,
    *   alone: (which: Alone | null) => void, say: (text: string, isBad: boolean) => void}} page
    */
   constructor(element, {get, change, commit, alone, say}) {
@@ -54,12 +55,20 @@ export class Faders {
       const detail = make('div', {class: 'detail'});
       const mark = make('div', {class: 'mark'});
       mark.style.bottom = `calc(8px + (100% - 16px) * ${100 / most})`;
+      let isKeyed = false;
+      let last = -Infinity; // when this fader's last step was committed
+      const isSoon = () => performance.now() - last < pause;
+      const commitStep = () => {
+        commit(isKeyed && isSoon());
+        last = performance.now();
+      };
       const reset = () => {
         set(i, 100);
-        commit();
+        commit(isSoon()); // with what its first click set
       };
+      range.addEventListener('pointerdown', () => { isKeyed = false; });
       range.addEventListener('input', () => set(i, range.valueAsNumber));
-      range.addEventListener('change', commit);
+      range.addEventListener('change', commitStep);
       range.addEventListener('dblclick', reset);
       let tapped = 0;
       range.addEventListener('pointerdown', (event) => { // fingers have no double click here
@@ -68,12 +77,14 @@ export class Faders {
         tapped = event.timeStamp;
       });
       range.addEventListener('keydown', (event) => {
+        if (!isKeyed) last = -Infinity;
+        isKeyed = true;
         const steps = /** @type {Record<string, number>} */ ({PageUp: page, PageDown: -page});
-        if (event.key === 'Delete' || event.key === 'Backspace') reset();
+        if (event.key === 'Delete' || event.key === 'Backspace') set(i, 100);
         else if (event.key in steps) set(i, stepped(gainOf(get(), i), steps[event.key]));
         else return;
         event.preventDefault();
-        commit();
+        commitStep();
       });
       number.addEventListener('change', () => {
         const percent = number.valueAsNumber;

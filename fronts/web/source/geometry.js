@@ -13,6 +13,7 @@ export class Geometry {
     this.picture = {width: 1, height: 1};
     /** @type {Size} of the window, in its own pixels */
     this.window = {width: 1, height: 1};
+    this.density = 1; // of the screen, by which a picture may be enlarged to fit
     this.zoom = 1;
     /** @type {Point} */
     this.centre = {x: 0.5, y: 0.5};
@@ -20,7 +21,7 @@ export class Geometry {
   }
 
   fittingZoom() {
-    return Math.min(1, this.window.width / this.picture.width, this.window.height / this.picture.height);
+    return Math.min(this.density, this.window.width / this.picture.width, this.window.height / this.picture.height);
   }
 
   fit() {

@@ -14,10 +14,12 @@ export class History {
     this.future = [];
   }
 
-  /** Remembers settings that are new. @param {Settings} settings */
-  commit(settings) {
-    if (sameSettings(settings, this.past[this.past.length - 1])) return;
-    this.past = [...this.past.slice(1 - most), copyOf(settings)];
+  /** Remembers settings that are new. joins: in place of the last ones. @type {(settings: Settings, joins?: boolean) => void} */
+  commit(settings, joins = false) {
+    const isLast = () => sameSettings(settings, this.past[this.past.length - 1]);
+    if (isLast()) return;
+    if (joins && this.canUndo) this.past.pop();
+    if (!isLast()) this.past = [...this.past.slice(1 - most), copyOf(settings)];
     this.future = [];
   }
 

@@ -158,8 +158,9 @@ async function start() {
     if (isReshaped) measure();
   }
 
-  function commit() {
-    history.commit(settings);
+  /** joins: with what was committed before, as steps of a key are. @param {boolean} [joins] */
+  function commit(joins) {
+    history.commit(settings, joins);
     show();
     store();
   }

@@ -73,6 +73,7 @@ export class Stage {
     const height = Math.max(1, Math.round(box.height * scale));
     if (this.canvas.width !== width) this.canvas.width = width;
     if (this.canvas.height !== height) this.canvas.height = height;
+    this.geometry.density = scale;
     this.geometry.resize({width, height});
   }
 
