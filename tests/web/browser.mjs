@@ -11,7 +11,7 @@ export function launch(options = {}) {
 }
 
 /** The page, opened from its file, with a list of every request that isn't its own. */
-export async function opened(browser, options = {}) {
+export async function opened(browser, options = {}, address = `file://${page}`) {
   const context = await browser.newContext({viewport: {width: 1440, height: 900}, acceptDownloads: true, ...options});
   const tab = await context.newPage();
   const trouble = [];
@@ -29,7 +29,7 @@ export async function opened(browser, options = {}) {
       return {width, height, data: btoa(text)};
     };
   });
-  await tab.goto(`file://${page}`);
+  await tab.goto(address);
   await tab.waitForFunction(() => document.body.dataset.ready);
   return {tab, trouble, context};
 }

@@ -2,13 +2,14 @@
 import assert from 'node:assert/strict';
 import {execFileSync} from 'node:child_process';
 import {mkdtempSync, readFileSync, rmSync, writeFileSync} from 'node:fs';
+import {createServer} from 'node:http';
 import {createRequire} from 'node:module';
 import {tmpdir} from 'node:os';
 import {join} from 'node:path';
 import {after, before, test} from 'node:test';
 
 import {readPictureFile} from '../../fronts/web/source/picture_file.js';
-import {launch, openFile, opened, settled} from './browser.mjs';
+import {launch, openFile, opened, page, settled} from './browser.mjs';
 
 const orbel = process.env.ORBEL;
 const examples = new URL('../../examples/', import.meta.url).pathname;
@@ -181,7 +182,7 @@ onPage('works by mouse and by keys', {}, async (tab) => {
   assert.match(await tab.textContent('#clipped'), /white, in red/);
 });
 
-onPage('zooms by wheel, fingers and buttons, and stays sharp', {}, async (tab) => {
+onPage('zooms by wheel and buttons, and stays sharp', {}, async (tab) => {
   await drop(tab, 'large.jpg', 'image/jpeg', 6000, 4000); // 24 megapixels
   await settled(tab);
   const zoom = async () => Number.parseInt(await tab.textContent('#zoom'), 10);
@@ -208,6 +209,44 @@ onPage('zooms by wheel, fingers and buttons, and stays sharp', {}, async (tab) =
   const file = await savedPicture(tab, 'image/jpeg');
   const {width: w, height: h} = await readPictureFile(readFileSync(file));
   assert.deepEqual([w, h], [6000, 4000]);
+});
+
+test('pinches, and turns with the phone', async () => {
+  const {tab, trouble, context} = await opened(browser, {viewport: {width: 390, height: 844}, hasTouch: true, isMobile: true});
+  await openFile(tab, coffee);
+  const zoom = async () => Number.parseInt(await tab.textContent('#zoom'), 10);
+  const fitted = await zoom();
+  const touches = await context.newCDPSession(tab);
+  const touch = (type, ...points) => touches.send('Input.dispatchTouchEvent',
+    {type, touchPoints: points.map(([x, y], id) => ({x, y, id}))});
+  await touch('touchStart', [150, 250], [240, 250]);
+  for (const apart of [10, 20, 30, 40, 45]) await touch('touchMove', [150 - apart, 250], [240 + apart, 250]);
+  await touch('touchEnd');
+  await settled(tab);
+  assert.ok(Math.abs(await zoom() / fitted - 2) < 0.1, `${fitted} % became ${await zoom()} %`);
+  await tab.click('#fit');
+  await tab.setViewportSize({width: 844, height: 390});
+  await settled(tab);
+  assert.deepEqual(await cutOff(tab), []);
+  assert.deepEqual(trouble, []);
+  await context.close();
+});
+
+test('asks a web server for itself alone, and then for nothing', async () => {
+  const asked = [];
+  const server = createServer((request, response) => {
+    asked.push(request.url);
+    response.setHeader('Content-Type', 'text/html').end(readFileSync(page));
+  });
+  await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
+  const {tab, context} = await opened(browser, {}, `http://127.0.0.1:${server.address().port}/orbel.html`);
+  await context.setOffline(true);
+  await openFile(tab, coffee);
+  await tab.click('#presets button:has-text("clarity")');
+  await settled(tab);
+  await context.close();
+  server.close();
+  assert.deepEqual(asked, ['/orbel.html']);
 });
 
 onPage('keeps orientation, metadata and Display P3', {}, async (tab) => {
