@@ -1,6 +1,4 @@
-# What cmake --install puts where, by component, and the Debian packages that cpack -G DEB makes of it:
-# orbel: the program, its presets and the plug-in module; liborbel-dev: the front door, a shared library, for other
-# programs; libband-equalizer-dev: the toolkit behind it, a static library.
+# What cmake --install puts where, by component; cmake/packages.cmake makes packages of it.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -26,11 +24,15 @@ endfunction()
 
 # After all targets are there: a function, because the destinations above are needed before.
 function(orbel_install)
+  set(python_module "")
+  if(TARGET orbel_python)
+    set(python_module "\"$<TARGET_FILE:orbel_python>\"")
+  endif()
   # First of all, or the first file that is missing would be named without a reason.
   string(CONFIGURE [[
     foreach(file "$<TARGET_FILE:orbel>" "$<TARGET_FILE:OrbelBandEqualizer>" "$<TARGET_FILE:band_equalizer>" "$<TARGET_FILE:orbel_shared>"
         "@CMAKE_BINARY_DIR@/orbel.1" "@CMAKE_BINARY_DIR@/orbel.bash" "@CMAKE_BINARY_DIR@/_orbel"
-        "@CMAKE_BINARY_DIR@/orbel.fish")
+        "@CMAKE_BINARY_DIR@/orbel.fish" @python_module@)
       if(NOT EXISTS "${file}")
         message(FATAL_ERROR "This build is not complete, ${file} is missing. First build all of it:\n"
           "  cmake --build @CMAKE_BINARY_DIR@")
@@ -60,42 +62,7 @@ function(orbel_install)
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/liborbel-dev RENAME copyright COMPONENT door)
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/orbel RENAME copyright COMPONENT orbel)
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libband-equalizer-dev RENAME copyright COMPONENT dev)
+  if(TARGET orbel_python)
+    install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/python3-orbel RENAME copyright COMPONENT python)
+  endif()
 endfunction()
-
-set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_CONTACT "Orbel Band Equalizer maintainers <orbel@localhost>")
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_STRIP_FILES ON)
-set(CPACK_COMPONENTS_ALL orbel module door dev)
-set(CPACK_COMPONENT_ORBEL_GROUP orbel)
-set(CPACK_COMPONENT_MODULE_GROUP orbel)
-set(CPACK_COMPONENT_DOOR_GROUP door)
-set(CPACK_COMPONENT_DEV_GROUP dev)
-set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
-set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_ORBEL_PACKAGE_NAME orbel)
-set(CPACK_DEBIAN_ORBEL_PACKAGE_SECTION graphics)
-set(CPACK_DEBIAN_ORBEL_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_ORBEL_PACKAGE_RECOMMENDS libimage-exiftool-perl)
-set(CPACK_DEBIAN_ORBEL_DESCRIPTION
-  "equalizer for the detail in photographs\n"
-  "Takes pictures apart into five bands of detail and a residual, weighs each, and\n"
-  "puts them together again: one file or thousands, with presets.")
-string(JOIN "" CPACK_DEBIAN_ORBEL_DESCRIPTION ${CPACK_DEBIAN_ORBEL_DESCRIPTION})
-set(CPACK_DEBIAN_DOOR_PACKAGE_NAME liborbel-dev)
-set(CPACK_DEBIAN_DOOR_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DOOR_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_DOOR_DESCRIPTION
-  "equalizer for the detail in photographs: library\n"
-  "The engine for other programs, in C, with files for CMake and pkg-config.")
-string(JOIN "" CPACK_DEBIAN_DOOR_DESCRIPTION ${CPACK_DEBIAN_DOOR_DESCRIPTION})
-set(CPACK_DEBIAN_DEV_PACKAGE_NAME libband-equalizer-dev)
-set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS g++)
-set(CPACK_DEBIAN_DEV_DESCRIPTION
-  "equalizer for the detail in photographs: static library\n"
-  "The band equalizer and its image toolkit for other programs, with files for CMake\n"
-  "and pkg-config.")
-string(JOIN "" CPACK_DEBIAN_DEV_DESCRIPTION ${CPACK_DEBIAN_DEV_DESCRIPTION})
-include(CPack)

@@ -24,6 +24,7 @@ mkdir "$bare/tmp/try"
 cp "$build"/orbel_*.deb "$bare/tmp/try/orbel.deb"
 cp "$build"/liborbel-dev_*.deb "$bare/tmp/try/door.deb"
 cp "$build"/libband-equalizer-dev_*.deb "$bare/tmp/try/dev.deb"
+cp "$build"/python3-orbel_*.deb "$bare/tmp/try/python.deb"
 cp "$root/examples/chelsea.png" "$bare/tmp/try"
 cp -r "$root/tests/packaging" "$bare/tmp/try"
 
@@ -48,8 +49,13 @@ inside sh -ec '
   ./by_pkg_config
   ldd by_pkg_config'
 
+echo "== python3-orbel, with its dependencies alone"
+install /tmp/try/python.deb
+inside python3 -c 'import numpy, orbel
+print(orbel.equalize(numpy.eye(64, dtype="f"), **orbel.preset("clarity")).mean(), *orbel.presets(), sep=", ")'
+
 echo "== and away again"
-inside apt-get purge -q -y orbel liborbel-dev libband-equalizer-dev >/dev/null
+inside apt-get purge -q -y orbel liborbel-dev libband-equalizer-dev python3-orbel >/dev/null
 if inside find /usr -iname '*orbel*' -o -iname '*band*equalizer*' | grep .; then
   echo "left behind"
   exit 1

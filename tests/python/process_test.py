@@ -1,0 +1,95 @@
+"""Threads, forks, signals and memory: the package as a good citizen of the interpreter's process."""
+
+import concurrent.futures
+import gc
+import multiprocessing
+import os
+import signal
+import sys
+import threading
+import time
+import unittest
+
+import numpy as np
+import orbel
+
+IMAGE = np.random.default_rng(3).random((600, 800, 3), np.float32)
+
+
+def checksum(gain):
+    return float(orbel.equalize(IMAGE, gain=gain).sum(dtype=np.float64))
+
+
+def resident():
+    with open('/proc/self/statm', encoding='ascii') as file:
+        return int(file.read().split()[1]) * os.sysconf('SC_PAGE_SIZE')
+
+
+class Process(unittest.TestCase):
+    def test_threads_at_once(self):
+        gains = (50, 120, 150, 200) * 3
+        expected = [checksum(gain) for gain in gains]
+        with concurrent.futures.ThreadPoolExecutor(6) as pool:
+            self.assertEqual(list(pool.map(checksum, gains)), expected)
+
+    def test_children_after_a_run(self):
+        expected = [checksum(gain) for gain in (80, 140)]
+        with multiprocessing.get_context('fork').Pool(2) as pool:
+            self.assertEqual(pool.map_async(checksum, (80, 140)).get(timeout=60), expected)
+
+    def test_others_run_meanwhile(self):
+        counted, over = [0], threading.Event()
+
+        def count():
+            while not over.is_set():
+                counted[0] += 1
+                time.sleep(0.001)
+        counter = threading.Thread(target=count)
+        image = np.tile(IMAGE, (4, 4, 1))
+        counter.start()
+        before, start = counted[0], time.monotonic()
+        orbel.equalize(image)
+        ticks, seconds = counted[0] - before, time.monotonic() - start
+        over.set()
+        counter.join()
+        self.assertGreater(ticks, 20 * seconds)  # of up to 1000 a second; holding the lock: none
+
+    def test_interrupted(self):
+        image = np.tile(IMAGE, (3, 3, 1))
+        out = np.full_like(image, 7)
+        timer = threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT))
+        with self.assertRaises(KeyboardInterrupt):
+            timer.start()
+            try:
+                orbel.equalize(image, radius=20, out=out)  # takes several seconds
+            finally:
+                timer.join()
+        self.assertTrue((out == 7).all())
+
+    def test_nothing_stays(self):
+        image, out = IMAGE[:20, :20].copy(), IMAGE[:20, :20].copy()
+        bad = image.astype('f8')
+
+        def calls(count):
+            for _ in range(count):
+                orbel.equalize(image, gain=130, out=out, threads=1)
+                orbel.BandStack(image, threads=1).weigh(120)
+                for wrong in ({'gain': 2000}, {'out': bad}):
+                    try:
+                        orbel.equalize(image, **wrong)
+                    except ValueError:
+                        pass
+        calls(100)
+        counts, memory = (sys.getrefcount(image), sys.getrefcount(out), len(gc.get_objects())), resident()
+        calls(2500)  # of 4
+        gc.collect()
+        after = (sys.getrefcount(image), sys.getrefcount(out), len(gc.get_objects()))
+        self.assertEqual(counts[:2], after[:2])
+        self.assertLess(after[2] - counts[2], 100)
+        grown = resident() - memory
+        print(f'10,000 calls: {after[2] - counts[2]} objects and {grown / 1024:.0f} KiB more')
+        self.assertLess(grown, 2500 * 16 * 20)  # far less than one picture or record a call would take
+
+
+if __name__ == '__main__':
+    unittest.main()
