@@ -58,6 +58,12 @@ function(orbel_install)
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev
     FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/band_equalizer COMPONENT dev)
   orbel_install_library(band_equalizer dev)
+  if(TARGET orbel_gegl)
+    # Where GEGL looks, which is beside the libraries: the folder's name holds GEGL's version.
+    get_filename_component(gegl_folder ${ORBEL_GEGL_FOLDER} NAME)
+    install(TARGETS orbel_gegl LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${gegl_folder} COMPONENT gegl)
+    install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/gegl-orbel RENAME copyright COMPONENT gegl)
+  endif()
 
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/liborbel-dev RENAME copyright COMPONENT door)
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/orbel RENAME copyright COMPONENT orbel)

@@ -20,7 +20,7 @@ find_package(Threads REQUIRED)
 add_library(orbel_options INTERFACE)
 target_include_directories(orbel_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 target_compile_options(orbel_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wold-style-cast -Wundef -Werror
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast> -Wundef -Werror
   # The order of operations that the code gives defines every result: a * b + c is two roundings everywhere.
   -ffp-contract=off
   # errno after sqrt is nobody's business; with it no compiler vectorises one. Changes no value.

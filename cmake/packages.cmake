@@ -1,7 +1,7 @@
 # The Debian packages that cpack -G DEB makes of the install's components:
 # orbel: the program, its presets and the plug-in module; liborbel-dev: the front door, a shared library, for other
-# programs; libband-equalizer-dev: the toolkit behind it, a static library; python3-orbel: the package for Python, where it
-# was built.
+# programs; libband-equalizer-dev: the toolkit behind it, a static library; python3-orbel: the package for Python, and
+# gegl-orbel: the operation for GEGL, where they were built.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "Orbel Band Equalizer maintainers <orbel@localhost>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
@@ -41,6 +41,18 @@ string(JOIN "" CPACK_DEBIAN_DEV_DESCRIPTION ${CPACK_DEBIAN_DEV_DESCRIPTION})
 if(TARGET orbel_python)
   list(APPEND CPACK_COMPONENTS_ALL python)
 endif()
+if(TARGET orbel_gegl)
+  list(APPEND CPACK_COMPONENTS_ALL gegl)
+endif()
+set(CPACK_COMPONENT_GEGL_GROUP gegl)
+set(CPACK_DEBIAN_GEGL_PACKAGE_NAME gegl-orbel)
+set(CPACK_DEBIAN_GEGL_PACKAGE_SECTION graphics)
+set(CPACK_DEBIAN_GEGL_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_GEGL_PACKAGE_ENHANCES "gimp, gegl")
+set(CPACK_DEBIAN_GEGL_DESCRIPTION
+  "equalizer for the detail in photographs: operation for GEGL\n"
+  "The band equalizer among GIMP's GEGL operations, with a dialog and a preview.")
+string(JOIN "" CPACK_DEBIAN_GEGL_DESCRIPTION ${CPACK_DEBIAN_GEGL_DESCRIPTION})
 set(CPACK_COMPONENT_PYTHON_GROUP python)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-orbel)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)

@@ -25,6 +25,7 @@ cp "$build"/orbel_*.deb "$bare/tmp/try/orbel.deb"
 cp "$build"/liborbel-dev_*.deb "$bare/tmp/try/door.deb"
 cp "$build"/libband-equalizer-dev_*.deb "$bare/tmp/try/dev.deb"
 cp "$build"/python3-orbel_*.deb "$bare/tmp/try/python.deb"
+cp "$build"/gegl-orbel_*.deb "$bare/tmp/try/gegl.deb"
 cp "$root/examples/chelsea.png" "$bare/tmp/try"
 cp -r "$root/tests/packaging" "$bare/tmp/try"
 
@@ -34,6 +35,12 @@ inside orbel --version
 inside orbel presets list
 inside orbel apply /tmp/try/chelsea.png -o /tmp/try/out.png -p clarity
 inside orbel bands /tmp/try/chelsea.png -o /tmp/try/bands
+
+echo "== gegl-orbel, with gegl alone"
+install /tmp/try/gegl.deb gegl
+inside gegl --exists orbel:band-equalizer
+inside gegl /tmp/try/chelsea.png -o /tmp/try/gegl.png -- orbel:band-equalizer gain-4=225
+inside test -s /tmp/try/gegl.png
 
 echo "== liborbel-dev and libband-equalizer-dev, by CMake and by pkg-config"
 install /tmp/try/door.deb /tmp/try/dev.deb g++ cmake make pkg-config
@@ -55,7 +62,7 @@ inside python3 -c 'import numpy, orbel
 print(orbel.equalize(numpy.eye(64, dtype="f"), **orbel.preset("clarity")).mean(), *orbel.presets(), sep=", ")'
 
 echo "== and away again"
-inside apt-get purge -q -y orbel liborbel-dev libband-equalizer-dev python3-orbel >/dev/null
+inside apt-get purge -q -y orbel liborbel-dev libband-equalizer-dev python3-orbel gegl-orbel >/dev/null
 if inside find /usr -iname '*orbel*' -o -iname '*band*equalizer*' | grep .; then
   echo "left behind"
   exit 1

@@ -16,6 +16,7 @@ void addApplyCommand(CLI::App& program, ExitCode& outcome);
 void addBandsCommand(CLI::App& program, ExitCode& outcome);
 void addCompletionCommand(CLI::App& program, ExitCode& outcome);
 void addFormatsCommand(CLI::App& program, ExitCode& outcome);
+void addGimpCommand(CLI::App& program, ExitCode& outcome);
 void addInfoCommand(CLI::App& program, ExitCode& outcome);
 void addJsxCommand(CLI::App& program, ExitCode& outcome);
 void addKeysCommand(CLI::App& program, ExitCode& outcome);

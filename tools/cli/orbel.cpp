@@ -29,9 +29,9 @@ constexpr const char* notes =
     "Exit status: 0 all good, 1 a file failed, 2 wrong usage or settings, 3 the plug-in can't be loaded,\n"
     "130 interrupted.";
 
-constexpr AddCommand commands[] = {addApplyCommand,      addSheetCommand,   addBandsCommand, addInfoCommand,
-                                   addFormatsCommand,    addPresetsCommand, addKeysCommand,  addJsxCommand,
-                                   addCompletionCommand, addManCommand};
+constexpr AddCommand commands[] = {addApplyCommand,   addSheetCommand,      addBandsCommand, addInfoCommand,
+                                   addFormatsCommand, addPresetsCommand,    addKeysCommand,  addGimpCommand,
+                                   addJsxCommand,     addCompletionCommand, addManCommand};
 
 // `orbel IN OUT [options]` is typed more often than anything else, and is an apply without the word.
 bool isPlainForm(const CLI::App& program, const std::vector<std::string>& arguments) {
