@@ -30,14 +30,12 @@ std::string entryOf(const GimpPreset& preset) {
     throw SettingsError("preset '" + preset.name + "': GIMP's dialog has no overlay and no mask");
   }
   std::string text = fmt::format("({} {}\n", configName, quoted(preset.name));
-  const auto number = [&](const std::string& word, double value) {
-    text += fmt::format("    ({} {})\n", word, value);
-  };
+  const auto number = [&](const std::string& word, double value) { text += fmt::format("    ({} {})\n", word, value); };
   const auto flag = [&](const std::string& word, bool value) {
     text += fmt::format("    ({} {})\n", word, yes(value));
   };
   bool edges = false;
-  for (int i = 0; i < ORBEL_BANDS; ++i) edges = edges || run.bands[i].edges != 0;
+  for (const orbel_band& band : run.bands) edges = edges || band.edges != 0;
   text += "    (time 0)\n";
   for (int i = 0; i < ORBEL_BANDS; ++i) number(fmt::format("gain-{}", i + 1), run.bands[i].gain);
   number("residual", run.residual);
