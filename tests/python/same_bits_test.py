@@ -84,7 +84,7 @@ SETTINGS = st.fixed_dictionaries({}, optional={
 
 
 class SameBits(unittest.TestCase):
-    @settings(max_examples=300, deadline=None)
+    @settings(max_examples=300, deadline=None, database=None)
     @given(images(), SETTINGS, st.sampled_from((None, 1, 3)))
     def test_as_the_library(self, image, words, threads):
         before = image.copy()
@@ -104,7 +104,7 @@ class SameBits(unittest.TestCase):
         self.assertIs(orbel.equalize(image, out=image, **words), image)
         np.testing.assert_array_equal(image, expected)
 
-    @settings(max_examples=50, deadline=None)
+    @settings(max_examples=50, deadline=None, database=None)
     @given(images(), SETTINGS)
     def test_bands_add_up(self, image, words):
         white = 1 if image.dtype == np.float32 else np.iinfo(image.dtype).max
