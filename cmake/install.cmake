@@ -48,6 +48,8 @@ function(orbel_install)
   install(FILES ${CMAKE_BINARY_DIR}/_orbel DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT orbel)
   install(FILES ${CMAKE_BINARY_DIR}/orbel.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d
     COMPONENT orbel)
+  install(DIRECTORY integrations/ DESTINATION ${CMAKE_INSTALL_DATADIR}/orbel/integrations USE_SOURCE_PERMISSIONS
+    COMPONENT orbel)
   install(TARGETS OrbelBandEqualizer LIBRARY DESTINATION ${ORBEL_MODULE_DESTINATION} COMPONENT module)
 
   install(TARGETS orbel_shared EXPORT orbel
@@ -59,9 +61,10 @@ function(orbel_install)
     FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/band_equalizer COMPONENT dev)
   orbel_install_library(band_equalizer dev)
   if(TARGET orbel_gegl)
-    # Where GEGL looks, which is beside the libraries: the folder's name holds GEGL's version.
-    get_filename_component(gegl_folder ${ORBEL_GEGL_FOLDER} NAME)
-    install(TARGETS orbel_gegl LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${gegl_folder} COMPONENT gegl)
+    # Below the prefix as GEGL's own operations are below GEGL's, or it wouldn't look there.
+    pkg_get_variable(gegl_prefix gegl-0.4 prefix)
+    file(RELATIVE_PATH gegl_folder ${gegl_prefix} ${ORBEL_GEGL_FOLDER})
+    install(TARGETS orbel_gegl LIBRARY DESTINATION ${gegl_folder} COMPONENT gegl)
     install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/gegl-orbel RENAME copyright COMPONENT gegl)
   endif()
 
