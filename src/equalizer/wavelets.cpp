@@ -1,6 +1,7 @@
 #include "equalizer/wavelets.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "equalizer/equalizer_kernels.h"
 #include "equalizer/progress.h"
@@ -26,8 +27,10 @@ void smooth(KivImage& to, const KivImage& from, const Level& level, KivImage& wi
     std::fill(row + margin + width, row + margin + width + margin, line[width - 1]);
   });
   const auto smoothLine = waveletKernels().smoothLine;
-  // A band with edges in it: every tap counts in full.
-  const float steepness = level.keepsEdges ? 1.0F / (level.threshold * level.threshold) : 0.0F;
+  // A band with edges in it: every tap counts in full. Of a threshold near to nothing too large a number would come,
+  // and of equal samples none.
+  const float square = level.threshold * level.threshold;
+  const float steepness = level.keepsEdges ? std::min(1.0F / square, std::numeric_limits<float>::max()) : 0.0F;
   eachIndex(height, [&](int y) {
     if (progress != nullptr && progress->isCancelled()) return;
     const float* rows[taps];
