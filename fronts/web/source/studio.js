@@ -71,7 +71,6 @@ export class Studio {
     this.colorSpace = 'srgb';
     /** @type {any} */
     this.file = null;
-    this.edge = 0;
     this.forget();
   }
 
@@ -109,17 +108,13 @@ export class Studio {
     }
   }
 
-  /**
-   * Another studio's small picture, and the longer edge of the one that it is of.
-   * @type {(width: number, height: number, pixels: Uint8ClampedArray, edge: number) => Promise<void>}
-   */
-  async take(width, height, pixels, edge) {
+  /** Another studio's small picture. @type {(width: number, height: number, pixels: Uint8ClampedArray) => Promise<void>} */
+  async take(width, height, pixels) {
     this.forget();
     await this.engine.hold(width, height, async (put) => {
       put(0, pixels);
       return false;
     });
-    this.edge = edge;
   }
 
   /** The picture, at most so large that a preset's look at it takes no time. */
@@ -128,13 +123,13 @@ export class Studio {
     const scale = Math.min(1, longestSmall / Math.max(width, height));
     const size = {width: Math.max(1, Math.round(width * scale)), height: Math.max(1, Math.round(height * scale))};
     this.reduced = null;
-    return {...size, edge: Math.max(width, height), pixels: new Uint8ClampedArray(this.engine.reducePart(size.width, size.height, {x: 0, y: 0, ...size}))};
+    return {...size, pixels: new Uint8ClampedArray(this.engine.reducePart(size.width, size.height, {x: 0, y: 0, ...size}))};
   }
 
   /** Without a reference edge, radii are those of this picture: which is its own longer edge for one. @param {Settings} settings */
   meant(settings) {
-    const edge = Math.max(this.edge, this.engine.width, this.engine.height);
-    return {...settings, referenceEdge: settings.referenceEdge || Math.min(32767, edge)};
+    const {width, height} = this.engine;
+    return {...settings, referenceEdge: settings.referenceEdge || Math.min(32767, Math.max(width, height))};
   }
 
   /** @param {Settings} asked */

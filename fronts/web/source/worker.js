@@ -20,7 +20,7 @@ const answers = {
     return {};
   },
   open: async ({file}) => ({result: await studio.open(file)}),
-  take: async ({width, height, pixels, edge}) => ({result: await studio.take(width, height, pixels, edge)}),
+  take: async ({width, height, pixels}) => ({result: await studio.take(width, height, pixels)}),
   small() {
     const result = studio.small();
     return {result, transfer: [result.pixels.buffer]};
