@@ -33,10 +33,11 @@ export async function encode(engine, colorSpace, {type, quality}, tell) {
   const canvas = new OffscreenCanvas(width, height);
   const context = canvas.getContext('2d', {willReadFrequently: true, colorSpace});
   if (!context) throw new PictureError('this browser can’t write a picture that large; orbel can');
+  const strip = new ImageData(width, Math.min(rowsAtOnce, height), {colorSpace});
   for (let row = 0; row < height; row += rowsAtOnce) {
     const rows = Math.min(rowsAtOnce, height - row);
-    context.putImageData(new ImageData(new Uint8ClampedArray(engine.drawRows(row, rows)), width, rows, {colorSpace}),
-      0, row);
+    strip.data.set(engine.drawRows(row, rows));
+    context.putImageData(strip, 0, row, 0, 0, width, rows);
     tell((row + rows) / height);
   }
   let blob;
