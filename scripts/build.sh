@@ -8,6 +8,7 @@ test_packages="libimage-exiftool-perl exiv2 pybind11-dev python3-dev python3-num
 gegl_packages="libgegl-dev gegl"
 check_packages="clang clang-format clang-tidy"
 web_packages="emscripten node-acorn esbuild chromium firefox-esr"
+aarch64_packages="g++-aarch64-linux-gnu qemu-user googletest"
 windows_packages="g++-mingw-w64-x86-64-posix wine64 icoutils googletest"
 
 say() { printf '%s: %s\n' "$(basename "$0")" "$*" >&2; }

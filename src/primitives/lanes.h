@@ -13,6 +13,8 @@
 
 #if defined(__x86_64__)
 #include <immintrin.h>
+#elif defined(__aarch64__)
+#include <arm_neon.h>
 #elif defined(__wasm_simd128__)
 #include <wasm_simd128.h>
 #endif
@@ -96,6 +98,13 @@ inline Floats squareRoots(Floats v) { return _mm512_maskz_sqrt_ps(0xFFFF, v); }
 #else
 inline Floats squareRoots(Floats v) { return _mm_sqrt_ps(v); }
 #endif
+#elif defined(__aarch64__)
+inline Ints4 toNearestInts(Floats4 v) {
+  // Saturates, and makes 0 of NaN.
+  const auto nearest = reinterpret_cast<Ints4>(vcvtnq_s32_f32(v));
+  return v < 2147483648.0F ? nearest : INT32_MIN - Ints4{};
+}
+inline Floats squareRoots(Floats v) { return vsqrtq_f32(v); }
 #elif defined(__wasm_simd128__)
 inline Ints4 toNearestInts(Floats4 v) {
   // Saturates, and makes 0 of NaN.
@@ -136,6 +145,17 @@ inline Floats pickFromOne(const float* from, Ints indices) {
 }
 inline Floats pickFromTwo(const float* from, Ints indices) {
   return select(indices < LANES, pickFromOne(from, indices), pickFromOne(from + LANES, indices));
+}
+#elif defined(__aarch64__)
+constexpr bool permutesLanes = true;
+// The four bytes of each lane's sample.
+inline uint8x16_t bytesOf(Ints indices) { return reinterpret_cast<uint8x16_t>(indices * 0x04040404 + 0x03020100); }
+inline Floats pickFromOne(const float* from, Ints indices) {
+  return reinterpret_cast<Floats>(vqtbl1q_u8(load<uint8x16_t>(from), bytesOf(indices)));
+}
+inline Floats pickFromTwo(const float* from, Ints indices) {
+  const uint8x16x2_t both = {{load<uint8x16_t>(from), load<uint8x16_t>(from + LANES)}};
+  return reinterpret_cast<Floats>(vqtbl2q_u8(both, bytesOf(indices)));
 }
 #else
 constexpr bool permutesLanes = false;
