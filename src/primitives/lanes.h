@@ -146,17 +146,6 @@ inline Floats pickFromOne(const float* from, Ints indices) {
 inline Floats pickFromTwo(const float* from, Ints indices) {
   return select(indices < LANES, pickFromOne(from, indices), pickFromOne(from + LANES, indices));
 }
-#elif defined(__aarch64__)
-constexpr bool permutesLanes = true;
-// The four bytes of each lane's sample.
-inline uint8x16_t bytesOf(Ints indices) { return reinterpret_cast<uint8x16_t>(indices * 0x04040404 + 0x03020100); }
-inline Floats pickFromOne(const float* from, Ints indices) {
-  return reinterpret_cast<Floats>(vqtbl1q_u8(load<uint8x16_t>(from), bytesOf(indices)));
-}
-inline Floats pickFromTwo(const float* from, Ints indices) {
-  const uint8x16x2_t both = {{load<uint8x16_t>(from), load<uint8x16_t>(from + LANES)}};
-  return reinterpret_cast<Floats>(vqtbl2q_u8(both, bytesOf(indices)));
-}
 #else
 constexpr bool permutesLanes = false;
 inline Floats pickFromOne(const float* from, Ints indices) {
