@@ -1,5 +1,7 @@
-"""Arrays that can't be: an exception that says so, and nothing is written."""
+"""Arrays and arguments that can't be: an exception that says so, and nothing is written."""
 
+import copy
+import pickle
 import unittest
 from unittest import mock
 
@@ -7,6 +9,7 @@ import numpy as np
 import orbel
 from numpy.lib.stride_tricks import as_strided
 from orbel import _engine
+from orbel._settings import settings_of
 
 
 def zeros(*shape, dtype=np.uint8):
@@ -44,6 +47,15 @@ class Refusals(unittest.TestCase):
         for call in (orbel.equalize, orbel.BandStack):
             with self.subTest(call=call.__name__), self.assertRaises(MemoryError):
                 call(image, edges=False, luminance=False)
+        # A result that nothing has been written to counts, too.
+        grey, stack = zeros(40, 40), orbel.BandStack(zeros(40, 40))._stack
+        settings, there = settings_of(), np.zeros((40, 40), np.float32)
+        for call in (lambda n: _engine.equalize(settings, grey, grey, None, 1, False, n),
+                     lambda n: stack.weigh(settings, grey, grey, None, 1, False, n),
+                     lambda n: stack.band(settings, 0, grey, there, 1, False, n)):
+            call(0)
+            with self.assertRaisesRegex(MemoryError, '1000000000 MB'):
+                call(1e15)
 
     def test_targets(self):
         image = zeros(40, 40)
@@ -87,10 +99,23 @@ class Refusals(unittest.TestCase):
             ({'threads': -1}, ValueError, 'threads'),
             ({'radius': 32767}, ValueError, 'too large'),
             ({'mask': zeros(40, 41)}, ValueError, 'mask'),
+            ({'gain': {100, 120, 130, 140, 150}}, TypeError, 'gain'),  # in no order
+            ({'gain': dict.fromkeys(range(5), 100)}, TypeError, 'gain'),
             ({'gian': 1}, TypeError, 'gian'),
         ):
             with self.subTest(words=words), self.assertRaisesRegex(error, text):
                 orbel.equalize(image, **words)
+        with self.assertRaisesRegex(TypeError, "no setting 'gian'"):
+            orbel.BandStack(image, gian=1)
+
+    def test_stacks_stay_what_they_are(self):
+        image, radius = np.arange(1600, dtype=np.uint16).reshape(40, 40), [3, 3, 3, 3, 3]
+        stack = orbel.BandStack(image, radius=radius)
+        radius[0] = 9
+        np.testing.assert_array_equal(stack.weigh(150), orbel.equalize(image, gain=150))
+        for call in (copy.copy, copy.deepcopy, pickle.dumps):
+            with self.subTest(call=call.__name__), self.assertRaisesRegex(TypeError, 'BandStack'):
+                call(stack)
 
     def test_resized_meanwhile(self):
         image = np.random.default_rng(1).random((60, 70), np.float32)

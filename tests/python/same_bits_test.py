@@ -76,9 +76,10 @@ def five(values):
 
 
 SETTINGS = st.fixed_dictionaries({}, optional={
-    'gain': five(st.floats(-300, 400)), 'radius': five(st.floats(0, 9)), 'threshold': five(st.just(0) | st.floats(0.01, 255)),
-    'edges': five(st.booleans()), 'residual': st.floats(-100, 300), 'half': st.booleans(),
-    'luminance': st.booleans(), 'form': st.sampled_from(('pyramid', 'wavelets')),
+    'gain': five(st.floats(-300, 400)), 'radius': five(st.floats(0, 9)),
+    'threshold': five(st.just(0) | st.floats(0.01, 255)), 'edges': five(st.booleans()),
+    'residual': st.floats(-100, 300), 'half': st.booleans(), 'luminance': st.booleans(),
+    'form': st.sampled_from(('pyramid', 'wavelets')),
     'reference_edge': st.sampled_from((0, 50, 90)), 'mix': st.floats(0, 100), 'limit': st.booleans(),
     'overlay': st.integers(0, 9)})
 
