@@ -56,6 +56,10 @@ class Refusals(unittest.TestCase):
             call(0)
             with self.assertRaisesRegex(MemoryError, '1000000000 MB'):
                 call(1e15)
+        with mock.patch('orbel._engine.equalize') as run:
+            for out in (None, grey):
+                orbel.equalize(grey, out=out)
+        self.assertEqual([call.args[-1] for call in run.call_args_list], [1600, 0])
 
     def test_targets(self):
         image = zeros(40, 40)
@@ -76,8 +80,10 @@ class Refusals(unittest.TestCase):
             with self.subTest(text=text), self.assertRaisesRegex(error, text):
                 orbel.equalize(source, half=True, out=out)
         self.assertFalse(memory.any() or read_only.any())
-        with self.assertRaisesRegex(ValueError, 'overlaps the mask'):
-            orbel.equalize(image, mask=memory[:40], out=memory[:40])
+        for call in (lambda out: orbel.equalize(image, mask=out, out=out),
+                     lambda out: orbel.BandStack(image, mask=out).weigh(100, out=out)):
+            with self.assertRaisesRegex(ValueError, 'overlaps the mask'):
+                call(memory[:40])
         with self.assertRaisesRegex(ValueError, 'overlaps the image'):
             orbel.BandStack(image).weigh(100, out=image)
         orbel.equalize(memory[::2], half=True, out=memory[1::2])  # interlaced, none in two places

@@ -61,6 +61,7 @@ class Presets(unittest.TestCase):
             ('gain = "much"', '"gain" takes a number'),
             ('gain = true', 'a number'),
             ('gain = inf', 'a number'),
+            ('gain = ' + 400 * '9', 'a number'),
             ('gain = [1, 2]', 'one value or five'),
             ('edges = 1', 'true or false'),
             ('reference-edge = 10.5', 'a whole number'),
