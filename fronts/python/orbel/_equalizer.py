@@ -111,6 +111,8 @@ def equalize(image: ArrayLike, *, gain: Bands = 100, radius: Bands = 3, threshol
 class BandStack:
     """A picture taken apart once, to be put together for many gains.
 
+    It can't be copied or pickled: another process takes the picture apart for itself.
+
     Parameters
     ----------
     image : array
