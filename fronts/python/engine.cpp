@@ -4,6 +4,7 @@
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -47,7 +48,7 @@ std::int32_t extent(py::ssize_t size) {
 
 std::string shapeOf(const py::array& array) { return py::str(array.attr("shape")).cast<std::string>(); }
 
-// H x W, H x W x 3 or H x W x 4. isBgr: blue comes first.
+// H x W, H x W x 3 or H x W x 4; whether it can be written to, the caller knows. isBgr: blue comes first.
 orbel_picture describe(const py::array& array, const std::string& name, bool isBgr = false) {
   orbel_picture picture{};
   picture.size = sizeof picture;
@@ -69,21 +70,39 @@ orbel_picture describe(const py::array& array, const std::string& name, bool isB
   return picture;
 }
 
-orbel_picture describeTarget(const py::array& array, bool isBgr = false) {
-  if (!array.writeable()) raise(PyExc_ValueError, "out: is read-only");
-  return describe(array, "out", isBgr);
-}
-
 // ---- Calls ----------------------------------------------------------------------------------------------------------
 
-// What the system can still give, in bytes; as good as endless where it doesn't say.
+double numberIn(const std::string& file) {
+  double number = 0;
+  std::ifstream(file) >> number;
+  return number;
+}
+
+// What the system, and a container that bounds it, can still give, in bytes; as good as endless where they don't say.
 double availableMemory() {
-  std::ifstream stream("/proc/meminfo");
-  for (std::string word; stream >> word;) {
-    double kilobytes = 0;
-    if (word == "MemAvailable:" && stream >> kilobytes) return kilobytes * 1024;
+  double bytes = std::numeric_limits<double>::infinity();
+  std::ifstream table("/proc/meminfo");
+  for (std::string word; table >> word;) {
+    if (word != "MemAvailable:") continue;
+    if (table >> bytes) bytes *= 1024;
+    break;
   }
-  return std::numeric_limits<double>::infinity();
+  const std::string group = "/sys/fs/cgroup/memory.";
+  if (const double most = numberIn(group + "max"); most > 0) {
+    bytes = std::min(bytes, std::max(0.0, most - numberIn(group + "current")));
+  }
+  return bytes;
+}
+
+// f, which takes the interpreter's lock. A daemon's thread that asks for it while the interpreter ends is ended in its
+// place, and unwinding that thread through frames such as these would end the process: it sleeps until all is over.
+template <class F>
+auto withoutUnwinding(F f) noexcept {
+  try {
+    return f();
+  } catch (...) {
+    for (;;) pause();
+  }
 }
 
 // One call of the engine: its options, the look for signals, and its status as an exception.
@@ -104,28 +123,29 @@ class Call {
   Call(const Call&) = delete;
   Call& operator=(const Call&) = delete;
 
-  // The system grants more memory than it has, and ends a process that then uses it.
-  void requireRoom(const orbel_settings& settings, const orbel_picture& picture) {
+  // The system grants more memory than it has, and ends a process that then uses it. need is the member of the plan
+  // that the call goes by; newBytes are those of a result that nothing has been written to.
+  void requireRoom(const orbel_settings& settings, const orbel_picture& picture, double orbel_plan::*need,
+                   double newBytes) {
     orbel_plan plan{};
     orbel_plan_init(&plan, sizeof plan);
     if (orbel_plan_run(&settings, &picture, &options_, &plan) != ORBEL_OK) return;  // the call itself will say why
+    const double bytes = plan.*need + newBytes;
     constexpr double little = 1 << 28;
-    if (plan.bytes > little && plan.bytes > availableMemory()) {
-      raise(PyExc_MemoryError, "the run takes " + std::to_string(static_cast<long long>(plan.bytes / 1e6)) +
-                                   " MB beside the picture, and " +
-                                   std::to_string(static_cast<long long>(availableMemory() / 1e6)) +
-                                   " are free; with a reference_edge it takes far less");
+    if (bytes <= little) return;
+    if (const double available = availableMemory(); bytes > available) {
+      const auto megabytes = [](double b) { return std::to_string(static_cast<long long>(b / 1e6)) + " MB"; };
+      raise(PyExc_MemoryError, "the run takes " + megabytes(bytes) + " beside the picture, and " +
+                                   megabytes(available) + " are free; with a reference_edge it takes far less");
     }
   }
 
   // f(options), other Python threads running meanwhile.
   template <class F>
   void run(F f) {
-    orbel_status status = ORBEL_OK;
-    {
-      const py::gil_scoped_release release;
-      status = f(&options_);
-    }
+    PyThreadState* const thread = PyEval_SaveThread();
+    const orbel_status status = f(&options_);  // throws nothing
+    withoutUnwinding([&] { PyEval_RestoreThread(thread); });
     if (PyErr_Occurred() != nullptr) throw py::error_already_set();  // a signal's, even if the run was past stopping
     if (status == ORBEL_OK) return;
     const std::string text = message_[0] != '\0' ? message_.data() : orbel_status_text(status);
@@ -140,7 +160,7 @@ class Call {
     const Clock::time_point now = Clock::now();
     if (now < call.next_) return 0;  // the lock may be a while in coming
     call.next_ = now + std::chrono::milliseconds(50);
-    const PyGILState_STATE lock = PyGILState_Ensure();
+    const PyGILState_STATE lock = withoutUnwinding(PyGILState_Ensure);
     const bool isOver = PyErr_Occurred() != nullptr || PyErr_CheckSignals() != 0;
     PyGILState_Release(lock);
     return isOver ? 1 : 0;
@@ -153,11 +173,11 @@ class Call {
 };
 
 void equalize(const orbel_settings& settings, const py::array& image, const py::array& out,
-              const std::optional<py::array>& mask, std::int32_t threads, bool isBgr) {
+              const std::optional<py::array>& mask, std::int32_t threads, bool isBgr, double newBytes) {
   const orbel_picture source = describe(image, "image", isBgr);
-  const orbel_picture target = describeTarget(out, isBgr);
+  const orbel_picture target = describe(out, "out", isBgr);
   Call call(threads, mask);
-  call.requireRoom(settings, source);
+  call.requireRoom(settings, source, &orbel_plan::bytes, newBytes);
   call.run([&](const orbel_options* options) { return orbel_equalize(&settings, &source, &target, options); });
 }
 
@@ -197,7 +217,7 @@ class Stack {
   Stack(const orbel_settings& settings, const py::array& image, std::int32_t threads, bool isBgr) {
     const orbel_picture source = describe(image, "image", isBgr);
     Call call(threads, std::nullopt);
-    call.requireRoom(settings, source);
+    call.requireRoom(settings, source, &orbel_plan::bytes, 0);
     orbel_stack* made = nullptr;
     // Taken over at once: a signal's exception may come though the stack was made.
     const auto create = [&](const orbel_options* options) {
@@ -209,19 +229,22 @@ class Stack {
   }
 
   void weigh(const orbel_settings& settings, const py::array& image, const py::array& out,
-             const std::optional<py::array>& mask, std::int32_t threads, bool isBgr) const {
+             const std::optional<py::array>& mask, std::int32_t threads, bool isBgr, double newBytes) const {
     const orbel_picture source = describe(image, "image", isBgr);
-    const orbel_picture target = describeTarget(out, isBgr);
+    const orbel_picture target = describe(out, "out", isBgr);
     Call call(threads, mask);
+    call.requireRoom(settings, source, &orbel_plan::look_bytes, newBytes);
     call.run([&](const orbel_options* options) {
       return orbel_stack_weigh(stack_.get(), &settings, &source, &target, options);
     });
   }
 
-  void band(std::int32_t number, const py::array& image, const py::array& out, std::int32_t threads, bool isBgr) const {
+  void band(const orbel_settings& settings, std::int32_t number, const py::array& image, const py::array& out,
+            std::int32_t threads, bool isBgr, double newBytes) const {
     const orbel_picture source = describe(image, "image", isBgr);
-    const orbel_picture target = describeTarget(out, isBgr);
+    const orbel_picture target = describe(out, "out", isBgr);
     Call call(threads, std::nullopt);
+    call.requireRoom(settings, source, &orbel_plan::look_bytes, newBytes);
     call.run([&](const orbel_options* options) {
       return orbel_stack_band(stack_.get(), number, &source, &target, options);
     });
@@ -246,13 +269,13 @@ PYBIND11_MODULE(_engine, module) {
            py::arg("overlay"), py::arg("reference_edge"), py::arg("form"), py::arg("limit"));
 
   module.def("equalize", &equalize, "Equalizes image into out.", py::arg("settings"), py::arg("image"), py::arg("out"),
-             py::arg("mask"), py::arg("threads"), py::arg("is_bgr"));
+             py::arg("mask"), py::arg("threads"), py::arg("is_bgr"), py::arg("new_bytes"));
 
   py::class_<Stack>(module, "Stack", "A picture taken apart.")
       .def(py::init<const orbel_settings&, const py::array&, std::int32_t, bool>(), py::arg("settings"),
            py::arg("image"), py::arg("threads"), py::arg("is_bgr"))
       .def("weigh", &Stack::weigh, "Puts the picture together again, into out.", py::arg("settings"), py::arg("image"),
-           py::arg("out"), py::arg("mask"), py::arg("threads"), py::arg("is_bgr"))
-      .def("band", &Stack::band, "Band 0 to 4, or the residual, into out.", py::arg("number"), py::arg("image"),
-           py::arg("out"), py::arg("threads"), py::arg("is_bgr"));
+           py::arg("out"), py::arg("mask"), py::arg("threads"), py::arg("is_bgr"), py::arg("new_bytes"))
+      .def("band", &Stack::band, "Band 0 to 4, or the residual, into out.", py::arg("settings"), py::arg("number"),
+           py::arg("image"), py::arg("out"), py::arg("threads"), py::arg("is_bgr"), py::arg("new_bytes"));
 }

@@ -82,31 +82,16 @@ struct PaddedBlock {
   }
 };
 
-// A run of rows filters its first and last window again with its neighbours' help: so many that it doesn't matter.
-int rowsBetweenTellings(int window) { return std::max(64, 16 * window); }
-
-double tapsOfRow(const PaddedBlock& block) {
-  const double side = 2.0 * block.window + 1.0;
-  return side * side * block.width;
-}
-
 // Fills a block and hands each thread one run of its rows: filterRun(block, first row, number of rows).
 template <typename FilterRun>
 void filter(const float* src, std::ptrdiff_t step, unsigned int height, unsigned int width, unsigned short window,
-            unsigned char padding, Progress* progress, FilterRun filterRun) {
+            unsigned char padding, FilterRun filterRun) {
   if (padding != replicate && padding != mirror) std::abort();
   if (height == 0 || width == 0) return;
   const PaddedBlock block(height, width, window);
   block.fill(src, step, static_cast<Padding>(padding));
-  const int mostRows = progress == nullptr ? block.height : rowsBetweenTellings(window);
-  eachShare(std::min(threadsHere(), block.height), block.height, [&](int, int first, int end) {
-    for (int y = first; y < end; y += mostRows) {
-      const int rows = std::min(mostRows, end - y);
-      if (progress != nullptr && progress->isCancelled()) return;
-      filterRun(block, y, rows);
-      if (progress != nullptr) progress->add(rows * tapsOfRow(block));
-    }
-  });
+  eachShare(std::min(threadsHere(), block.height), block.height,
+            [&](int, int first, int end) { filterRun(block, first, end - first); });
 }
 
 void filterStd(PlaneRows<float> dst, PlaneRows<const float> src, unsigned int height, unsigned int width,
@@ -120,17 +105,28 @@ void filterStd(PlaneRows<float> dst, PlaneRows<const float> src, unsigned int he
     if (kernels.stdRowsPays(columns, rows, window)) {
       scratch = tryScratch(kernels.stdRowsScratch(columns, window) * static_cast<std::int64_t>(sizeof(float)));
     }
+    const double side = 2.0 * window + 1.0;
+    const double taps = side * side * block.width * rows;
+    const auto isCalledOff = [&](double done) {
+      if (progress != nullptr) progress->add(done);
+      return progress != nullptr && progress->isCancelled();
+    };
     int done = 0;
     if (scratch != nullptr) {  // else line by line, only slower
-      kernels.stdRows(block.row(first), block.step(), window, factors, dst.row(first), dst.step, columns, rows,
-                      static_cast<float*>(scratch.get()));
+      const int blockRows = rows + 2 * window;
+      for (int row = 0; row < blockRows; ++row) {
+        kernels.stdRows(block.row(first), block.step(), window, factors, dst.row(first), dst.step, columns, rows, row,
+                        static_cast<float*>(scratch.get()));
+        if (isCalledOff(taps / blockRows)) return;
+      }
       done = columns;
     }
     for (int y = first; y < first + rows; ++y) {
       kernels.stdLine(block.row(y) + done, block.step(), window, factors, dst.row(y) + done, block.width - done);
+      if (done == 0 && isCalledOff(taps / rows)) return;
     }
   };
-  filter(src.first, src.step, height, width, window, padding, progress, filterRows);
+  filter(src.first, src.step, height, width, window, padding, filterRows);
 }
 
 }  // namespace
@@ -161,7 +157,7 @@ void Bilateral_trp(float* dst, float* src, unsigned int height, unsigned int wid
   const BilateralKernels& kernels = bilateralKernels();
   const float reach = threshold + threshold;
   const float flat = reach - 0.5F * threshold;
-  filter(src, width, height, width, window, padding, nullptr, [&](const PaddedBlock& block, int first, int rows) {
+  filter(src, width, height, width, window, padding, [&](const PaddedBlock& block, int first, int rows) {
     for (int y = first; y < first + rows; ++y) {
       float* const line = dst + y * static_cast<std::ptrdiff_t>(width);
       kernels.trpLine(block.row(y), block.step(), window, reach, flat, line, block.width);

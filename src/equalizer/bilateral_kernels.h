@@ -26,9 +26,10 @@ struct BilateralKernels {
                   int width);
 
   // A run of lines of columns outputs each, all of them before the last width mod 4: the same bits as stdLine gives.
-  // columns is a multiple of 4, window at most largestPairWindow; scratch is aligned to 64 bytes.
+  // A call takes in one row of the block, 0 to rows + 2 * window - 1; all of them in turn, with one scratch, make the
+  // run. columns is a multiple of 4, window at most largestPairWindow; scratch is aligned to 64 bytes.
   void (*stdRows)(const float* top, std::ptrdiff_t blockStep, int window, GaussianFactors factors, float* dst,
-                  std::ptrdiff_t dstStep, int columns, int rows, float* scratch);
+                  std::ptrdiff_t dstStep, int columns, int rows, int blockRow, float* scratch);
   // The floats of scratch that it needs.
   std::int64_t (*stdRowsScratch)(int columns, int window);
   // Whether it is the faster form.

@@ -326,26 +326,25 @@ void addOwnRow(const Layout& layout, const Rows& work, int rowB, GaussianFactors
 }  // namespace
 
 void bilateralStdRows(const float* top, std::ptrdiff_t blockStep, int window, GaussianFactors factors, float* dst,
-                      std::ptrdiff_t dstStep, int columns, int rows, float* scratch) {
+                      std::ptrdiff_t dstStep, int columns, int rows, int blockRow, float* scratch) {
   const Layout layout(columns, window);
   const Rows work(layout, scratch);
   // Rows of the block, from top: those of the run are first to end - 1.
   const int first = window;
   const int end = window + rows;
-  for (int b = 0; b < end + window; ++b) {
-    work.enter(b, top + b * blockStep);
-    if (b < first) continue;
-    int a = b - window;
-    if (b < end) {
-      for (; a < first; ++a) addRow<Grow::sumsOfB>(layout, work, a, b, factors);
-      for (; a < b; ++a) addRow<Grow::sumsOfBoth>(layout, work, a, b, factors);
-      addOwnRow(layout, work, b, factors);
-    } else {
-      for (a = a > first ? a : first; a < end; ++a) addRow<Grow::sumsOfA>(layout, work, a, b, factors);
-    }
-    const int done = b - window;
-    if (done >= first) work.leave(done, dst + (done - first) * dstStep);
+  const int b = blockRow;
+  work.enter(b, top + b * blockStep);
+  if (b < first) return;
+  int a = b - window;
+  if (b < end) {
+    for (; a < first; ++a) addRow<Grow::sumsOfB>(layout, work, a, b, factors);
+    for (; a < b; ++a) addRow<Grow::sumsOfBoth>(layout, work, a, b, factors);
+    addOwnRow(layout, work, b, factors);
+  } else {
+    for (a = a > first ? a : first; a < end; ++a) addRow<Grow::sumsOfA>(layout, work, a, b, factors);
   }
+  const int done = b - window;
+  if (done >= first) work.leave(done, dst + (done - first) * dstStep);
 }
 
 std::int64_t bilateralStdRowsScratch(int columns, int window) { return Rows::scratchFloats(Layout(columns, window)); }

@@ -1,5 +1,7 @@
-"""Arrays that can't be: an exception that says so, and nothing is written."""
+"""Arrays and arguments that can't be: an exception that says so, and nothing is written."""
 
+import copy
+import pickle
 import unittest
 from unittest import mock
 
@@ -7,6 +9,7 @@ import numpy as np
 import orbel
 from numpy.lib.stride_tricks import as_strided
 from orbel import _engine
+from orbel._settings import settings_of
 
 
 def zeros(*shape, dtype=np.uint8):
@@ -44,6 +47,19 @@ class Refusals(unittest.TestCase):
         for call in (orbel.equalize, orbel.BandStack):
             with self.subTest(call=call.__name__), self.assertRaises(MemoryError):
                 call(image, edges=False, luminance=False)
+        # A result that nothing has been written to counts, too.
+        grey, stack = zeros(40, 40), orbel.BandStack(zeros(40, 40))._stack
+        settings, there = settings_of(), np.zeros((40, 40), np.float32)
+        for call in (lambda n: _engine.equalize(settings, grey, grey, None, 1, False, n),
+                     lambda n: stack.weigh(settings, grey, grey, None, 1, False, n),
+                     lambda n: stack.band(settings, 0, grey, there, 1, False, n)):
+            call(0)
+            with self.assertRaisesRegex(MemoryError, '1000000000 MB'):
+                call(1e15)
+        with mock.patch('orbel._engine.equalize') as run:
+            for out in (None, grey):
+                orbel.equalize(grey, out=out)
+        self.assertEqual([call.args[-1] for call in run.call_args_list], [1600, 0])
 
     def test_targets(self):
         image = zeros(40, 40)
@@ -64,8 +80,10 @@ class Refusals(unittest.TestCase):
             with self.subTest(text=text), self.assertRaisesRegex(error, text):
                 orbel.equalize(source, half=True, out=out)
         self.assertFalse(memory.any() or read_only.any())
-        with self.assertRaisesRegex(ValueError, 'overlaps the mask'):
-            orbel.equalize(image, mask=memory[:40], out=memory[:40])
+        for call in (lambda out: orbel.equalize(image, mask=out, out=out),
+                     lambda out: orbel.BandStack(image, mask=out).weigh(100, out=out)):
+            with self.assertRaisesRegex(ValueError, 'overlaps the mask'):
+                call(memory[:40])
         with self.assertRaisesRegex(ValueError, 'overlaps the image'):
             orbel.BandStack(image).weigh(100, out=image)
         orbel.equalize(memory[::2], half=True, out=memory[1::2])  # interlaced, none in two places
@@ -87,10 +105,23 @@ class Refusals(unittest.TestCase):
             ({'threads': -1}, ValueError, 'threads'),
             ({'radius': 32767}, ValueError, 'too large'),
             ({'mask': zeros(40, 41)}, ValueError, 'mask'),
+            ({'gain': {100, 120, 130, 140, 150}}, TypeError, 'gain'),  # in no order
+            ({'gain': dict.fromkeys(range(5), 100)}, TypeError, 'gain'),
             ({'gian': 1}, TypeError, 'gian'),
         ):
             with self.subTest(words=words), self.assertRaisesRegex(error, text):
                 orbel.equalize(image, **words)
+        with self.assertRaisesRegex(TypeError, "no setting 'gian'"):
+            orbel.BandStack(image, gian=1)
+
+    def test_stacks_stay_what_they_are(self):
+        image, radius = np.arange(1600, dtype=np.uint16).reshape(40, 40), [3, 3, 3, 3, 3]
+        stack = orbel.BandStack(image, radius=radius)
+        radius[0] = 9
+        np.testing.assert_array_equal(stack.weigh(150), orbel.equalize(image, gain=150))
+        for call in (copy.copy, copy.deepcopy, pickle.dumps):
+            with self.subTest(call=call.__name__), self.assertRaisesRegex(TypeError, 'BandStack'):
+                call(stack)
 
     def test_resized_meanwhile(self):
         image = np.random.default_rng(1).random((60, 70), np.float32)

@@ -39,6 +39,7 @@ class Presets(unittest.TestCase):
     def test_older_words(self):
         self.assertEqual(self.load('contrast = 120\nfactor = 90\ncross = 2\nref-edge = 800\nedge = true'),
                          {'gain': 120, 'residual': 90, 'overlay': 2, 'reference_edge': 800, 'edges': True})
+        self.assertEqual(self.load('gain = 90\ncontrast = 120'), {'gain': 90})
 
     def test_own_presets_hide(self):
         own = self.folder / 'orbel' / 'presets'
@@ -61,6 +62,7 @@ class Presets(unittest.TestCase):
             ('gain = "much"', '"gain" takes a number'),
             ('gain = true', 'a number'),
             ('gain = inf', 'a number'),
+            ('gain = ' + 400 * '9', 'a number'),
             ('gain = [1, 2]', 'one value or five'),
             ('edges = 1', 'true or false'),
             ('reference-edge = 10.5', 'a whole number'),

@@ -1,10 +1,10 @@
-"""Threads, forks, signals and memory: the package as a good citizen of the interpreter's process."""
+"""Threads, forks, signals and the end: the package as a good citizen of the interpreter's process."""
 
 import concurrent.futures
-import gc
 import multiprocessing
 import os
 import signal
+import subprocess
 import sys
 import threading
 import time
@@ -13,16 +13,29 @@ import unittest
 import numpy as np
 import orbel
 
+# The interpreter's last steps take long enough for the run to ask for the lock that is never given again.
+AT_THE_END = '''
+import threading, time
+import numpy as np
+import orbel
+
+class Slow:
+    def __del__(self, sleep=time.sleep):
+        sleep(0.5)
+
+def work():
+    while True:
+        orbel.equalize(image)
+
+slow, image = Slow(), np.zeros((500, 500), np.float32)
+threading.Thread(target=work, daemon=True).start()
+time.sleep(0.1)
+'''
 IMAGE = np.random.default_rng(3).random((600, 800, 3), np.float32)
 
 
 def checksum(gain):
     return float(orbel.equalize(IMAGE, gain=gain).sum(dtype=np.float64))
-
-
-def resident():
-    with open('/proc/self/statm', encoding='ascii') as file:
-        return int(file.read().split()[1]) * os.sysconf('SC_PAGE_SIZE')
 
 
 class Process(unittest.TestCase):
@@ -58,37 +71,19 @@ class Process(unittest.TestCase):
         image = np.tile(IMAGE, (3, 3, 1))
         out = np.full_like(image, 7)
         timer = threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT))
+        start = time.monotonic()
         with self.assertRaises(KeyboardInterrupt):
             timer.start()
             try:
-                orbel.equalize(image, radius=20, out=out)  # takes several seconds
+                orbel.equalize(image, radius=40, out=out)  # takes 10 seconds, most of them for the finest band
             finally:
                 timer.join()
+        self.assertLess(time.monotonic() - start, 4)
         self.assertTrue((out == 7).all())
 
-    def test_nothing_stays(self):
-        image, out = IMAGE[:20, :20].copy(), IMAGE[:20, :20].copy()
-        bad = image.astype('f8')
-
-        def calls(count):
-            for _ in range(count):
-                orbel.equalize(image, gain=130, out=out, threads=1)
-                orbel.BandStack(image, threads=1).weigh(120)
-                for wrong in ({'gain': 2000}, {'out': bad}):
-                    try:
-                        orbel.equalize(image, **wrong)
-                    except ValueError:
-                        pass
-        calls(100)
-        counts, memory = (sys.getrefcount(image), sys.getrefcount(out), len(gc.get_objects())), resident()
-        calls(2500)  # of 4
-        gc.collect()
-        after = (sys.getrefcount(image), sys.getrefcount(out), len(gc.get_objects()))
-        self.assertEqual(counts[:2], after[:2])
-        self.assertLess(after[2] - counts[2], 100)
-        grown = resident() - memory
-        print(f'10,000 calls: {after[2] - counts[2]} objects and {grown / 1024:.0f} KiB more')
-        self.assertLess(grown, 2500 * 16 * 20)  # far less than one picture or record a call would take
+    def test_an_end_with_a_run_in_a_daemon(self):
+        done = subprocess.run([sys.executable, '-c', AT_THE_END], capture_output=True, text=True)
+        self.assertEqual((done.returncode, done.stderr), (0, ''))
 
 
 if __name__ == '__main__':

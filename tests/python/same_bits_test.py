@@ -29,15 +29,28 @@ class Picture(ctypes.Structure):
                 ] + [('base', ctypes.c_void_p * 4), ('column_step', ctypes.c_ssize_t), ('row_step', ctypes.c_ssize_t)]
 
 
+class Options(ctypes.Structure):
+    _fields_ = [('size', ctypes.c_size_t), ('threads', ctypes.c_int32), ('reserved', ctypes.c_int32),
+                ('mask', ctypes.POINTER(Picture)), ('others', ctypes.c_void_p * 4)]
+
+
 library = ctypes.CDLL(os.environ['ORBEL_LIBRARY'])
 library.orbel_picture_interleaved.argtypes = [ctypes.POINTER(Picture), ctypes.c_size_t, *[ctypes.c_int32] * 4,
                                               ctypes.c_void_p, ctypes.c_ssize_t]
 
 
-def by_library(image, **words):
+def describe(packed):
+    picture, channels = Picture(), 1 if packed.ndim == 2 else packed.shape[2]
+    samples = {'uint8': 0, 'uint16': 1, 'float32': 3}[packed.dtype.name]
+    assert library.orbel_picture_interleaved(ctypes.byref(picture), ctypes.sizeof(picture), samples, packed.shape[1],
+                                             packed.shape[0], channels, packed.ctypes.data, packed.strides[0]) == 0
+    return picture
+
+
+def by_library(image, mask, **words):
     """The image, packed, through the shared library."""
     packed = image.copy(order='C')
-    record, picture = Settings(), Picture()
+    record, options = Settings(), Options(size=ctypes.sizeof(Options))
     assert library.orbel_settings_init(ctypes.byref(record), ctypes.c_size_t(ctypes.sizeof(record))) == 0
     for word, value in words.items():
         if isinstance(value, (list, tuple)):
@@ -45,13 +58,16 @@ def by_library(image, **words):
                 setattr(band, word, of_band)
         else:
             setattr(record, word, {'pyramid': 0, 'wavelets': 1}.get(value, value))
-    channels = 1 if image.ndim == 2 else image.shape[2]
-    samples = {'uint8': 0, 'uint16': 1, 'float32': 3}[image.dtype.name]
-    assert library.orbel_picture_interleaved(ctypes.byref(picture), ctypes.sizeof(picture), samples, image.shape[1],
-                                             image.shape[0], channels, packed.ctypes.data, packed.strides[0]) == 0
-    at = ctypes.byref(picture)
-    assert library.orbel_equalize(ctypes.byref(record), at, at, None) == 0
+    at = ctypes.byref(describe(packed))
+    if mask is not None:
+        options.mask = ctypes.pointer(describe(mask))
+    assert library.orbel_equalize(ctypes.byref(record), at, at, ctypes.byref(options)) == 0
     return packed
+
+
+def swapped(colours):
+    """Blue first, alpha where it is."""
+    return colours[..., [2, 1, 0, 3][:colours.shape[-1]]]
 
 
 @st.composite
@@ -76,44 +92,51 @@ def five(values):
 
 
 SETTINGS = st.fixed_dictionaries({}, optional={
-    'gain': five(st.floats(-300, 400)), 'radius': five(st.floats(0, 9)), 'threshold': five(st.just(0) | st.floats(0.01, 255)),
-    'edges': five(st.booleans()), 'residual': st.floats(-100, 300), 'half': st.booleans(),
-    'luminance': st.booleans(), 'form': st.sampled_from(('pyramid', 'wavelets')),
-    'reference_edge': st.sampled_from((0, 50, 90)), 'mix': st.floats(0, 100), 'limit': st.booleans(),
-    'overlay': st.integers(0, 9)})
+    'gain': five(st.floats(-300, 400)), 'radius': five(st.floats(0, 9)),
+    'threshold': five(st.just(0) | st.floats(0.01, 255)), 'edges': five(st.booleans()),
+    'residual': st.floats(-100, 300), 'half': st.booleans(), 'luminance': st.booleans(),
+    'form': st.sampled_from(('pyramid', 'wavelets')), 'reference_edge': st.sampled_from((0, 50, 90)),
+    'mix': st.floats(0, 100), 'limit': st.booleans(), 'overlay': st.integers(0, 9)})
 
 
 class SameBits(unittest.TestCase):
     @settings(max_examples=300, deadline=None, database=None)
-    @given(images(), SETTINGS, st.sampled_from((None, 1, 3)))
-    def test_as_the_library(self, image, words, threads):
+    @given(images(), SETTINGS, st.sampled_from((None, 1, 3)), st.booleans())
+    def test_as_the_library(self, image, words, threads, is_masked):
         before = image.copy()
-        expected = by_library(image, **words)
-        np.testing.assert_array_equal(orbel.equalize(image, threads=threads, **words), expected)
+        mask = np.random.default_rng(5).random(image.shape[:2], np.float32) if is_masked else None
+        expected = by_library(image, mask, **words)
+        weights = words.get('gain', 100), words.get('residual', 100)
+        rgb = words | {'threads': threads, 'mask': mask}
+        np.testing.assert_array_equal(orbel.equalize(image, **rgb), expected)
+        np.testing.assert_array_equal(orbel.BandStack(image, **rgb).weigh(*weights), expected)
         np.testing.assert_array_equal(image, before)
-
-        weigh = {word: words[word] for word in ('gain', 'residual') if word in words}
-        stack = orbel.BandStack(image, threads=threads, **words)
-        np.testing.assert_array_equal(stack.weigh(weigh.get('gain', 100), weigh.get('residual', 100)), expected)
-
         if image.ndim == 3:
-            bgr = np.concatenate((image[..., 2::-1], image[..., 3:]), axis=2)
-            swapped = orbel.equalize(bgr, channel_order='bgr', **words)
-            np.testing.assert_array_equal(swapped[..., 2::-1], expected[..., :3])
+            there, turned, bgr = swapped(image), swapped(expected), rgb | {'channel_order': 'bgr'}
+            np.testing.assert_array_equal(orbel.equalize(there, **bgr), turned)
+            np.testing.assert_array_equal(orbel.BandStack(there, **bgr).weigh(*weights), turned)
 
-        self.assertIs(orbel.equalize(image, out=image, **words), image)
+        self.assertIs(orbel.equalize(image, out=image, **rgb), image)
         np.testing.assert_array_equal(image, expected)
 
     @settings(max_examples=50, deadline=None, database=None)
     @given(images(), SETTINGS)
     def test_bands_add_up(self, image, words):
-        white = 1 if image.dtype == np.float32 else np.iinfo(image.dtype).max
         assume(words.get('form') == 'wavelets' or min(image.shape[:2]) > 32)  # a smaller pyramid has no stack
-        words = words | {'luminance': False, 'reference_edge': 0}
+        image = image if image.dtype == np.float32 else image / np.float32(np.iinfo(image.dtype).max)  # not clipped
+        words = words | {'reference_edge': 0, 'half': False, 'mix': 100, 'limit': False, 'overlay': 0}
         parts = orbel.bands(image, **words)
         colours = image if image.ndim == 2 else image[..., :3]
-        self.assertEqual(parts.shape, (6, *colours.shape))
-        np.testing.assert_allclose(parts.sum(axis=0), colours / np.float32(white), atol=1e-5)
+        if image.ndim == 2 or not words.get('luminance', True):
+            weights = np.divide([*words.get('gain', [100] * 5), words.get('residual', 100)], 100)
+            result = orbel.equalize(image, **words)[..., :3] if image.ndim == 3 else orbel.equalize(image, **words)
+            np.testing.assert_allclose(np.tensordot(weights, parts, 1), result, atol=1e-4)
+        else:  # luminance: between the colours
+            self.assertTrue((parts.sum(axis=0) >= colours.min(axis=2) - 1e-5).all())
+            self.assertTrue((parts.sum(axis=0) <= colours.max(axis=2) + 1e-5).all())
+        if image.ndim == 3:
+            turned = orbel.bands(swapped(image), channel_order='bgr', **words)
+            np.testing.assert_array_equal(turned, swapped(parts) if parts.ndim == 4 else parts)
 
     def test_as_the_program(self):
         rng = np.random.default_rng(7)

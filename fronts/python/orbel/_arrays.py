@@ -53,7 +53,8 @@ def target(image: Array, out: Any, mask: Array | None, *, may_be_image: bool) ->
         raise TypeError(f'out: is {type(out).__name__}, and no numpy array')
     array = out.view(np.ndarray)
     if array.shape != image.shape or array.dtype != image.dtype:
-        raise ValueError(f'out: is {array.dtype} of shape {array.shape}; the image is {image.dtype} of shape {image.shape}')
+        raise ValueError(f'out: is {array.dtype} of shape {array.shape}; '
+                         f'the image is {image.dtype} of shape {image.shape}')
     if not array.flags.writeable:
         raise ValueError('out: is read-only')
     if _overlaps_itself(array):

@@ -1,6 +1,7 @@
 """What people call: pictures equalized, their bands, and pictures taken apart once and weighed often."""
 
-from typing import Any
+import copy
+from typing import Any, NoReturn
 
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
@@ -14,6 +15,11 @@ Bands = float | ArrayLike  # one value for all bands, or five, the finest first
 
 def _threads(threads: int | None) -> int:
     return 0 if threads is None else whole('threads', threads)
+
+
+def _new_bytes(result: Samples, out: Samples | None) -> int:
+    """Of memory that the system has promised and has still to give."""
+    return result.nbytes if out is None else 0
 
 
 def equalize(image: ArrayLike, *, gain: Bands = 100, radius: Bands = 3, threshold: Bands = (255, 10, 10, 10, 10),
@@ -97,13 +103,15 @@ def equalize(image: ArrayLike, *, gain: Bands = 100, radius: Bands = 3, threshol
     mask_array = None if mask is None else _arrays.picture('mask', mask)
     result = _arrays.target(source, out, mask_array, may_be_image=True)
     pins = _arrays.pinned(source, result, mask_array)
-    _engine.equalize(settings, source, result, mask_array, _threads(threads), order == 1)
+    _engine.equalize(settings, source, result, mask_array, _threads(threads), order == 1, _new_bytes(result, out))
     del pins
     return result if out is None else out
 
 
 class BandStack:
     """A picture taken apart once, to be put together for many gains.
+
+    It can't be copied or pickled: another process takes the picture apart for itself.
 
     Parameters
     ----------
@@ -127,7 +135,7 @@ class BandStack:
 
     def __init__(self, image: ArrayLike, *, mask: ArrayLike | None = None, channel_order: str = 'rgb',
                  threads: int | None = None, **settings: Any) -> None:
-        self._settings = settings
+        self._settings = copy.deepcopy(settings)  # a list may be given other values
         self._is_bgr = word('channel_order', channel_order, CHANNEL_ORDERS) == 1
         self._threads = _threads(threads)
         self._image = _arrays.picture('image', image)
@@ -155,7 +163,8 @@ class BandStack:
         settings = settings_of(**{**self._settings, 'gain': gain, 'residual': residual})
         result = _arrays.target(self._image, out, self._mask, may_be_image=False)
         pins = _arrays.pinned(result)
-        self._stack.weigh(settings, self._image, result, self._mask, self._threads, self._is_bgr)
+        self._stack.weigh(settings, self._image, result, self._mask, self._threads, self._is_bgr,
+                          _new_bytes(result, out))
         del pins
         return result if out is None else out
 
@@ -171,9 +180,13 @@ class BandStack:
         is_one = self._image.ndim == 2 or self._settings.get('luminance', True)
         shape = self._image.shape[:2] + (() if is_one else (3,))
         result = np.empty((6, *shape), np.float32)
+        settings = settings_of(**self._settings)
         for number, band in enumerate(result):
-            self._stack.band(number, self._image, band, self._threads, self._is_bgr)
+            self._stack.band(settings, number, self._image, band, self._threads, self._is_bgr, result[number:].nbytes)
         return result
+
+    def __reduce__(self) -> NoReturn:
+        raise TypeError("a BandStack can't be copied or pickled: hand the picture on, and take it apart there")
 
 
 def bands(image: ArrayLike, *, channel_order: str = 'rgb', threads: int | None = None,

@@ -154,7 +154,8 @@ def preset(name: str) -> dict[str, Any]:
     True
     """
     files = _files()
+    wanted = str(name).lower().replace('-', ' ')
     for known, file in files.items():
-        if known.lower() == name.lower().replace('-', ' '):
+        if known.lower() == wanted:
             return load(file)
     raise ValueError(f'there is no preset {name!r}; there are {", ".join(files) or "none"}')

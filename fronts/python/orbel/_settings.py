@@ -28,8 +28,14 @@ def _flag(name: str, value: Any) -> bool:
     raise TypeError(f'{name}: {value!r} is neither True nor False')
 
 
+def _is_row(value: Any) -> bool:
+    """Several values in an order: lists, arrays and their like."""
+    return (hasattr(value, '__getitem__') and getattr(value, 'ndim', 1) > 0
+            and not isinstance(value, (str, bytes, collections.abc.Mapping)))
+
+
 def _five(name: str, value: Any, one: Any) -> list[Any]:
-    if isinstance(value, (str, bytes)) or not isinstance(value, collections.abc.Iterable) or getattr(value, 'shape', None) == ():
+    if not _is_row(value):
         return [one(name, value)] * 5
     values = [one(name, v) for v in value]
     if len(values) != 5:
@@ -56,8 +62,10 @@ def word(name: str, value: Any, words: tuple[str, ...]) -> int:
 def settings_of(*, gain: Any = 100, radius: Any = 3, threshold: Any = (255, 10, 10, 10, 10),
                 edges: Any = (False, True, True, True, True), residual: Any = 100, half: Any = False,
                 luminance: Any = True, form: Any = 'pyramid', reference_edge: Any = 0, mix: Any = 100,
-                limit: Any = False, overlay: Any = 0) -> _engine.Settings:
+                limit: Any = False, overlay: Any = 0, **others: Any) -> _engine.Settings:
     """The engine's settings. ValueError and TypeError name the argument that is at fault."""
+    if others:
+        raise TypeError(f'there is no setting {next(iter(others))!r}')
     return _engine.Settings(
         gain=_five('gain', gain, _number), radius=_five('radius', radius, _number),
         threshold=_five('threshold', threshold, _number), edges=_five('edges', edges, _flag),
