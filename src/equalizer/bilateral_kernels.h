@@ -10,8 +10,8 @@
 
 #include "primitives/rows.h"
 
-// Beyond it the rows in work outgrow the caches.
-constexpr int largestPairWindow = 256;
+// Beyond it lines are taken singly: the rows in work would be tens of megabytes a thread.
+constexpr int largestPairWindow = 300;
 
 struct GaussianFactors {
   float ks;  // of the squared distance in space
