@@ -8,6 +8,7 @@ from pathlib import Path
 
 here = Path(__file__).resolve().parent
 root = here.parent.parent
+sys.dont_write_bytecode = True
 sys.path.insert(0, str(root / 'tests/gegl'))
 from gimp_session import DIALOG, PICTURE, Gimp  # noqa: E402
 

@@ -1,10 +1,11 @@
 """GIMP under a display of its own, with a folder of settings of its own: what a test asks and knows goes through GIMP's
-Script-Fu server, what people do by keys and windows. It needs gimp, Xvfb, xdotool, and openbox, without which keys go to
-the wrong window."""
+Script-Fu server, what people do by keys and windows. It needs gimp, Xvfb, xdotool, and openbox, without which keys go
+to the wrong window."""
 
 import os
 import re
 import shutil
+import signal
 import socket
 import struct
 import subprocess
@@ -35,7 +36,8 @@ class Gimp:
         settings = self.folder / '.config/GIMP/2.10'
         self.presets_file = settings / 'filters/GimpGegl-orbel-band-equalizer-config.settings'
         self.environment = {**os.environ, 'HOME': str(self.folder), 'GEGL_PATH': gegl_path, 'LC_ALL': 'C.UTF-8'}
-        for word in ('XDG_CONFIG_HOME', 'XDG_CACHE_HOME', 'XDG_DATA_HOME', 'DBUS_SESSION_BUS_ADDRESS', 'WAYLAND_DISPLAY'):
+        for word in ('XDG_CONFIG_HOME', 'XDG_CACHE_HOME', 'XDG_DATA_HOME', 'DBUS_SESSION_BUS_ADDRESS',
+                     'WAYLAND_DISPLAY'):
             self.environment.pop(word, None)
         subprocess.run([orbel, 'gimp'], env=self.environment, check=True, stdout=subprocess.DEVNULL)
         (settings / 'menurc').write_text('(gtk_accel_path "<Actions>/tools/tools-gegl" "<Primary><Alt>g")\n')
@@ -64,14 +66,18 @@ class Gimp:
 
     def __exit__(self, *_):
         for program in reversed(self.programs):
-            program.kill()
+            try:
+                os.killpg(program.pid, signal.SIGKILL)  # its Script-Fu server outlives GIMP
+            except ProcessLookupError:
+                pass
             program.wait()
         self.log.close()
         shutil.rmtree(self.folder, ignore_errors=True)
 
     def _start(self, words, *descriptors):
         self.programs.append(subprocess.Popen(words, env=self.environment, stdin=subprocess.DEVNULL, stdout=self.log,
-                                              stderr=self.log, pass_fds=descriptors, cwd=self.folder))
+                                              stderr=self.log, pass_fds=descriptors, cwd=self.folder,
+                                              start_new_session=True))
         return self.programs[-1]
 
     def _listens(self):
@@ -84,7 +90,8 @@ class Gimp:
 
     def script(self, text):
         """What GIMP answers to a line of Script-Fu."""
-        with socket.create_connection(('127.0.0.1', self.port), timeout=120) as server, server.makefile('rwb') as stream:
+        with socket.create_connection(('127.0.0.1', self.port), timeout=120) as server:
+            stream = server.makefile('rwb')
             stream.write(b'G' + struct.pack('>H', len(text)) + text.encode())
             stream.flush()
             _, failed, length = struct.unpack('>BBH', stream.read(4))
@@ -95,9 +102,10 @@ class Gimp:
 
     def open(self, file):
         """The number of the picture, which is shown."""
+        file = file.resolve()
         image = self.script(f'(car (gimp-file-load RUN-NONINTERACTIVE "{file}" "{file}"))')
         self.script(f'(begin (gimp-display-new {image}) (gimp-image-clean-all {image}))')
-        until(file.name, lambda: self.window(re.escape(file.stem)))
+        until(file.name, lambda: self.window(rf'[-]{image}\.0 \('))
         return image
 
     def save(self, image, file):
