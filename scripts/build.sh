@@ -6,6 +6,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build_packages="g++ cmake ninja-build pkg-config python3 libvips-dev libtiff-dev libcli11-dev nlohmann-json3-dev libfmt-dev libtomlplusplus-dev libgtest-dev libgmock-dev libbenchmark-dev pybind11-dev python3-dev"
 test_packages="libimage-exiftool-perl exiv2 pybind11-dev python3-dev python3-numpy python3-hypothesis mypy"
 gegl_packages="libgegl-dev gegl"
+gimp_packages="gimp xvfb openbox xdotool"
 check_packages="clang clang-format clang-tidy"
 web_packages="emscripten node-acorn esbuild chromium firefox-esr"
 aarch64_packages="g++-aarch64-linux-gnu qemu-user googletest"

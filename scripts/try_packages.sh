@@ -29,18 +29,23 @@ cp "$build"/gegl-orbel_*.deb "$bare/tmp/try/gegl.deb"
 cp "$root/examples/chelsea.png" "$bare/tmp/try"
 cp -r "$root/tests/packaging" "$bare/tmp/try"
 
+echo "== gegl-orbel, with gegl alone"  # first, while nothing else of ours has brought a library
+install gegl
+inside dpkg -i /tmp/try/gegl.deb
+inside gegl --exists orbel:band-equalizer
+inside gegl /tmp/try/chelsea.png -o /tmp/try/gegl.png -- orbel:band-equalizer gain-4=225
+inside gegl /tmp/try/chelsea.png -o /tmp/try/plain.png
+if inside cmp -s /tmp/try/gegl.png /tmp/try/plain.png; then
+  echo "gegl-orbel changed nothing"
+  exit 1
+fi
+
 echo "== orbel, with its dependencies alone"
 install /tmp/try/orbel.deb
 inside orbel --version
 inside orbel presets list
 inside orbel apply /tmp/try/chelsea.png -o /tmp/try/out.png -p clarity
 inside orbel bands /tmp/try/chelsea.png -o /tmp/try/bands
-
-echo "== gegl-orbel, with gegl alone"
-install /tmp/try/gegl.deb gegl
-inside gegl --exists orbel:band-equalizer
-inside gegl /tmp/try/chelsea.png -o /tmp/try/gegl.png -- orbel:band-equalizer gain-4=225
-inside test -s /tmp/try/gegl.png
 
 echo "== liborbel-dev and libband-equalizer-dev, by CMake and by pkg-config"
 install /tmp/try/door.deb /tmp/try/dev.deb g++ cmake make pkg-config
