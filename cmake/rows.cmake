@@ -14,7 +14,7 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
   set(k0__LANES 16)
   set(k0__OPTIONS -mavx2 -mfma -mbmi -mbmi2 -mavx512f -mavx512cd -mavx512bw -mavx512dq -mavx512vl
     -mprefer-vector-width=512)
-else()
+else()  # one row: NEON on 64-bit ARM, WebAssembly's vectors in the browser
   set(ORBEL_ROWS n8_)
   set(n8__LANES 4)
   set(n8__OPTIONS)

@@ -109,7 +109,7 @@ extern "C" {
 // ---- Choice of a body per processor ----
 
 // The row of bodies in force: -1 before the first detection, then 0 n8_ (SSE2), 1 y8_ (SSE4.2), 2 e9_ (AVX),
-// 3 l9_ (AVX2), 4 k0_ (AVX-512). A build for another kind of processor has row 0 alone.
+// 3 l9_ (AVX2), 4 k0_ (AVX-512). A build for another kind of processor has row 0 alone, with that one's vectors.
 extern std::int32_t ippJumpIndexForMergedLibs;
 
 // Detects the processor and selects its row; may be called any number of times. Any other function of the layer does
