@@ -20,11 +20,12 @@ constexpr float sigma = 3.0F;
 constexpr float threshold = 10.0F / 255.0F;
 constexpr int window = 12;
 
-void countTaps(benchmark::State& state) {
-  constexpr double taps = (2.0 * window + 1) * (2.0 * window + 1) * strip.width * strip.height;
+void countTaps(benchmark::State& state, int halfWidth) {
+  const double taps = (2.0 * halfWidth + 1) * (2.0 * halfWidth + 1) * strip.width * strip.height;
   state.counters["taps/s"] = benchmark::Counter(taps, benchmark::Counter::kIsIterationInvariantRate);
 }
 
+template <unsigned short halfWidth>
 void bilateralOneThread(benchmark::State& state) {
   const BenchRow row(state, state.range(0));
   if (!row.isThere()) return;
@@ -34,12 +35,15 @@ void bilateralOneThread(benchmark::State& state) {
   paint(src);
   for (auto _ : state) {
     Bilateral_std(dst.planes[0], src.planes[0], strip.height, strip.width, static_cast<unsigned>(src.stride / 4),
-                  window, sigma, threshold, 1);
+                  halfWidth, sigma * halfWidth / window, threshold, 1);
   }
   if (!(std::abs(mean(src) - mean(dst)) < 0.01)) state.SkipWithError("the mean was not kept");
-  countTaps(state);
+  countTaps(state, halfWidth);
 }
-BENCHMARK(bilateralOneThread)->ArgName("row")->DenseRange(0, 4);
+void bilateralInNarrowWindow(benchmark::State& state) { bilateralOneThread<window>(state); }
+void bilateralInWideWindow(benchmark::State& state) { bilateralOneThread<70>(state); }
+BENCHMARK(bilateralInNarrowWindow)->ArgName("row")->DenseRange(0, 4);
+BENCHMARK(bilateralInWideWindow)->ArgName("row")->DenseRange(0, 4);
 
 #if defined(__SSE2__)
 // One group of four outputs over the padded block. top addresses the first sample of the group's squares.
@@ -87,7 +91,7 @@ void bilateralPlainLoop(benchmark::State& state) {
       if (*dst.At(0, x, y) != *expected.At(0, x, y)) return state.SkipWithError("not the filter's samples");
     }
   }
-  countTaps(state);
+  countTaps(state, window);
 }
 BENCHMARK(bilateralPlainLoop);
 #endif
