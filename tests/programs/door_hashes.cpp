@@ -40,7 +40,7 @@ void fill(unsigned char* at, const orbel_picture* p) {
   for (std::int32_t y = 0; y < p->height; ++y) {
     for (std::int32_t x = 0; x < p->width; ++x) {
       for (std::int32_t c = 0; c < p->channels; ++c) {
-        const double v = (x * 3 + y * 2 + c * 40) % 160 / 255.0 + (x / 7 + y / 5) % 3 * 0.1 + below(1000) / 5000.0;
+        const double v = (x * 3 + y * 2 + c * 40) % 160 / 255.0 + (x / 7 + y / 5) % 3 * 0.1 + below(1000) / 6000.0;
         if (p->samples == ORBEL_UINT8) *at = static_cast<unsigned char>(v * 255);
         std::uint16_t word = std::uint16_t(v * (p->samples == ORBEL_UINT16 ? 65535 : 32768));
         if (p->samples == ORBEL_UINT16 || p->samples == ORBEL_UINT16_HOST) std::memcpy(at, &word, sizeof word);
@@ -93,7 +93,7 @@ orbel_status equalize(const orbel_settings* s, const orbel_picture* source, cons
 }  // namespace
 
 int main(int count, char** arguments) {
-  const int runs = count > 1 ? std::atoi(arguments[1]) : 400;
+  const int runs = count > 1 ? std::atoi(arguments[1]) : 320;
   int failures = 0;
   for (int i = 0; i < runs; ++i) {
     const orbel_settings settings = anySettings();

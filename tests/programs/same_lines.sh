@@ -1,6 +1,6 @@
 #!/bin/sh
 # same_lines.sh NATIVE COMMAND...: a program of this machine and the same program built for another one, which the
-# command runs, write the same lines, and at least 400 of them.
+# command runs, write the same lines, and at least 300 of them.
 set -eu
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
@@ -8,5 +8,5 @@ native=$1
 shift
 "$native" >"$folder/native"
 "$@" >"$folder/other"
-[ "$(wc -l <"$folder/native")" -ge 400 ]
+[ "$(wc -l <"$folder/native")" -ge 300 ]
 diff "$folder/native" "$folder/other"
