@@ -102,7 +102,7 @@ release_notes >"$out/release-notes.md"
 made "all made"
 if [ $try = yes ]; then
   say "trying; a try that fails leaves all of it in $out"
-  scripts/release/try.sh "$out"
+  scripts/release/run_arm64.sh scripts/release/try.sh "$out"
 fi
 mkdir -p "$root/build/downloads"
 mv "$out" "$root/build/downloads/$version"

@@ -21,6 +21,7 @@ known = {
     'linux-libc-dev.*': 'GPL-2 with the Linux syscall note',
     'gcc-(12.*|mingw-w64)': 'GPL-3+ with the GCC Runtime Library Exception',
     'glibc|cross-toolchain-base.*': 'LGPL-2.1+, linked-in parts with an exception',
+    'python3.11': 'PSF-2.0',
     'emscripten': 'Expat (musl), Apache-2.0 with LLVM exception (libc++, compiler-rt), public domain (dlmalloc)',
     'mingw-w64': 'ZPL-2.1, Expat (winpthreads) and public domain',
 }
@@ -63,7 +64,7 @@ class Package:
                 break
         else:
             first = re.search(r'^License:\s*(\S.*)$', self.text, re.MULTILINE)
-            if not first:
+            if not first or not self.text.startswith('Format:'):
                 sys.exit(f'bill.py: {title}: {self.name} of {origin} names no licence: look at its copyright file, and '
                          'add a line to `known`')
             self.licence = first[1]

@@ -12,7 +12,7 @@ bills_of_packages() { # BUILD ARCHITECTURE
       liborbel-dev) holds=src/liborbel.so.$version ;;
       libband-equalizer-dev) holds=src/libband_equalizer.a ;;
       gegl-orbel) holds=gegl/orbel-band-equalizer.so ;;
-      python3-orbel) holds=$(cd "$1" && find python -name '_engine*.so') ;;
+      python3-orbel) holds=$(cd "$1" && find . -path './python/orbel/_engine*.so' -printf '%P\n') ;;
     esac
     [ -n "$holds" ] || continue # none for another processor
     $bill "$package $version ($2)" "$1" "$1/bills/$package" $holds
