@@ -92,7 +92,7 @@ made "the page"
 
 run_logged release-wheel /usr/bin/python3 -m pip wheel --no-index --no-build-isolation --no-deps -w build/wheel ./fronts/python
 $bill "the package orbel $version for Python" "$(echo build/python-package/cmake-*)" build/wheel/bills \
-  "$(cd build/python-package/cmake-* && ls python/orbel/_engine.*)"
+  "$(cd build/python-package/cmake-* && ls python/orbel/_engine.*.so)"
 wheel_with_licences
 made "the wheel"
 
