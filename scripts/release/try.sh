@@ -33,8 +33,11 @@ try_linux_archive() { # PROCESSOR ARCHITECTURE BUILD
     bin/orbel PICTURE.png result.png -p clarity
     bin/orbel sheet PICTURE.png -o sheet.jpg
     cp -r bin lib share /usr/local
-    cd / && orbel --version && orbel info /tmp/try/result.png
-    test -s /usr/local/share/man/man1/orbel.1 && test -s /usr/local/share/bash-completion/completions/orbel'
+    cd /
+    orbel --version
+    orbel info /tmp/try/result.png
+    test -s /usr/local/share/man/man1/orbel.1
+    test -s /usr/local/share/bash-completion/completions/orbel'
   inside /tmp/try/module_runs /usr/local/lib/orbel/OrbelBandEqualizer.so >"$work/runs-$1.txt"
   echo "the module: $(wc -l <"$work/runs-$1.txt") runs"
   leave_bare
