@@ -10,7 +10,7 @@ gegl_packages="libgegl-dev gegl"
 check_packages="clang clang-format clang-tidy"
 web_packages="emscripten node-acorn esbuild chromium firefox-esr"
 aarch64_packages="g++-aarch64-linux-gnu qemu-user googletest"
-release_packages="dpkg-dev zip python3-pip python3-setuptools python3-wheel"
+release_packages="dpkg-dev file zip python3-pip python3-setuptools python3-wheel"
 try_packages="debootstrap qemu-user-static unzip chromium"
 windows_packages="g++-mingw-w64-x86-64-posix wine64 icoutils googletest"
 

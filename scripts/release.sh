@@ -4,6 +4,7 @@
 # docs/releasing.md has the rest.
 . "$(dirname "$(readlink -f "$0")")/build.sh"
 . "$root/scripts/release/pack.sh"
+set -o pipefail
 cd "$root"
 
 refuse() {
@@ -29,7 +30,7 @@ there=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 ! git rev-parse -q --verify "refs/tags/v$version" >/dev/null || refuse "the tag v$version stands already"
 changed=$(git status --porcelain)
 [ -z "$changed" ] || refuse "what is here differs from the commit: $(head -n 5 <<<"$changed" | tr -s '\n ' ' ')"
-changes_of "$version" CHANGELOG.md | grep -q . || refuse "CHANGELOG.md has no section \"## $version\""
+[ -n "$(changes_of "$version" CHANGELOG.md)" ] || refuse "CHANGELOG.md has no section \"## $version\""
 if [ $try = yes ]; then
   [ "$(id -u)" -eq 0 ] || refuse "--try needs root: it makes bare systems with debootstrap"
 fi
@@ -46,6 +47,7 @@ out=$making/downloads/$version
 rm -rf "$making"
 mkdir -p "$source" "$out"
 umask 022
+unset CC CXX CPPFLAGS LDFLAGS ROOT OBJDUMP
 git archive HEAD | tar -x --no-same-permissions -C "$source"
 SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
 export SOURCE_DATE_EPOCH TZ=UTC LC_ALL=C.UTF-8
