@@ -110,7 +110,9 @@ for output in outputs:
     # wasm-ld names archives with their members.
     files = {re.sub(r'\(.*', '', line) for line in files}
     linked |= {path for path in files if re.search(r'\.(a|o|obj)$', path)}
-    folders = sorted({os.path.dirname(path) for path in files}, key=lambda path: (not path.startswith(root), path))
+    # The other architecture's own come before those of the cross-compiler.
+    folders = [str(path) for path in Path(root).glob('usr/lib/*-linux-gnu')] if root else []
+    folders += sorted({os.path.dirname(path) for path in files})
     if not output.endswith('.wasm'):
         for name in re.findall(r'(?:NEEDED|DLL Name:)\s+(\S+)', said(objdump, '-p', output)):
             paths = [f'{there}/{name}' for there in folders if os.path.exists(f'{there}/{name}')]
