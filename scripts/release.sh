@@ -40,7 +40,8 @@ require_packages $build_packages $gegl_packages $windows_packages $aarch64_packa
 [ $try = no ] || require_packages $try_packages $(command -v npm >/dev/null || echo npm)
 [ $try = no ] || "$root/scripts/release/run_arm64.sh" true || exit 1
 
-# What is made is the commit, whatever else lies in the folder; and from the same commit the same, at any place and time.
+# What is made is the commit, whatever else lies in the folder; and from the same commit the same, at any place and
+# time.
 making=$root/build/making
 source=$making/source
 out=$making/downloads/$version
@@ -73,7 +74,8 @@ linux_archive build/release x64
 made "x86-64"
 
 export ROOT=$making/arm64-root
-run_logged release-arm64-root scripts/release/arm64_root.sh "$ROOT" libc6-dev libstdc++-12-dev $library_packages libgegl-dev
+run_logged release-arm64-root scripts/release/arm64_root.sh "$ROOT" libc6-dev libstdc++-12-dev $library_packages \
+  libgegl-dev
 made_by aarch64 "$programs module_runs" -DORBEL_PROGRAMS=ON -DORBEL_SYSROOT="$ROOT"
 OBJDUMP=aarch64-linux-gnu-objdump bills_of_packages build/aarch64 arm64
 (cd build/aarch64 && DPKG_ADMINDIR=$ROOT/var/lib/dpkg DEB_HOST_ARCH=arm64 run_logged release-arm64-packages cpack -G DEB)

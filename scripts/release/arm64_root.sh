@@ -12,8 +12,8 @@ mkdir -p "$root"/etc/apt/{apt.conf.d,preferences.d} "$state/info" "$root"/var/li
 ln -s usr/bin usr/sbin usr/lib "$root"
 touch "$state/status"
 echo 1 >"$state/info/format"  # names of files have an architecture
-echo "deb [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] ${DEBIAN_MIRROR:-http://deb.debian.org/debian} bookworm main" \
-  >"$root/etc/apt/sources.list"
+echo "deb [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg]" \
+  "${DEBIAN_MIRROR:-http://deb.debian.org/debian} bookworm main" >"$root/etc/apt/sources.list"
 cat >"$root/apt.conf" <<END
 Dir "$root";
 Dir::State::status "$state/status";

@@ -1,7 +1,8 @@
 # A bare Debian 12 to use things in as people do who have nothing else. To be sourced; needs root and debootstrap.
 
-# bare_system [ARCHITECTURE]: makes one, `bare` is its root; leave_bare removes it, which whoever sources this has to see
-# to. A folder `bare_copies` keeps one of each architecture for the next, since debootstrap takes minutes under an emulator.
+# bare_system [ARCHITECTURE]: makes one, `bare` is its root; leave_bare removes it, which whoever sources this has to
+# see to. A folder `bare_copies` keeps one of each architecture for the next, since debootstrap takes minutes under an
+# emulator.
 bare_system() {
   local kept architecture=${1:-$(dpkg --print-architecture)}
   bare_folder=$(mktemp -d /var/tmp/orbel-bare-XXXXXX)

@@ -38,7 +38,8 @@ def ours(path: str) -> bool:
 def stanzas_of_runtime(text: str) -> str:
     """Of Emscripten's copyright file, which is mostly about its compiler, what is about the libraries it links in."""
     all_of_it = re.split(r'\n\n+', text)
-    parts = [part for part in all_of_it if re.search(r'^ system/lib/(libc|libcxx|compiler-rt|dlmalloc|libunwind)', part, re.M)]
+    libraries = re.compile(r'^ system/lib/(libc|libcxx|compiler-rt|dlmalloc|libunwind)', re.MULTILINE)
+    parts = [part for part in all_of_it if libraries.search(part)]
     named = {name for part in parts for name in re.findall(r'^License:\s*(\S.*)$', part, re.M)}
     named = {word for name in named for word in re.split(r' (?:and|or) ', name)}
     parts += [part for part in all_of_it if (head := re.match(r'License:\s*(\S.*)', part)) and head[1] in named]

@@ -42,7 +42,8 @@ linux_archive() { # BUILD PROCESSOR
   sed "s/@LIBRARIES@/${libraries% }/" docs/downloads/linux.txt >"$stage/README.txt"
   rm "$stage/share/doc/orbel/README.txt" # it is about the package
   even_out "$stage"
-  tar -C "$1/archive" --sort=name --format=gnu --owner=0 --group=0 --numeric-owner -c "$name" | gzip -9n >"$out/$name.tar.gz"
+  tar -C "$1/archive" --sort=name --format=gnu --owner=0 --group=0 --numeric-owner -c "$name" |
+    gzip -9n >"$out/$name.tar.gz"
   beside "$name.tar.gz" "$1/bills/orbel"
 }
 
