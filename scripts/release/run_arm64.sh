@@ -11,8 +11,9 @@ if ! grep -q -s '^flags:.*F' $formats/qemu-aarch64; then
   # An ELF file of 64 bits, little-endian, executable or shared, of machine 183.
   magic='\x7fELF\x02\x01\x01\x00\x00\x00\x00\x00\x00\x00\x00\x00\x02\x00\xb7\x00'
   mask='\xff\xff\xff\xff\xff\xff\xff\x00\xff\xff\xff\xff\xff\xff\xff\xff\xfe\xff\xff\xff'
-  trap 'echo -1 >$formats/orbel-aarch64' EXIT
   # F: the emulator is opened now, so that it needn't stand in the other root.
-  printf '%s' ":orbel-aarch64:M::$magic:$mask:$(command -v qemu-aarch64-static):F" >$formats/register
+  mine=orbel-aarch64-$$
+  printf '%s' ":$mine:M::$magic:$mask:$(command -v qemu-aarch64-static):F" >$formats/register
+  trap 'echo -1 >$formats/$mine' EXIT
 fi
 "$@"
