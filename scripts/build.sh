@@ -3,13 +3,16 @@ set -eu
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-build_packages="g++ cmake ninja-build pkg-config python3 libvips-dev libtiff-dev libcli11-dev nlohmann-json3-dev libfmt-dev libtomlplusplus-dev libgtest-dev libgmock-dev libbenchmark-dev pybind11-dev python3-dev"
+library_packages="libvips-dev libtiff-dev libcli11-dev nlohmann-json3-dev libfmt-dev libtomlplusplus-dev"
+build_packages="g++ cmake ninja-build pkg-config python3 $library_packages libgtest-dev libgmock-dev libbenchmark-dev pybind11-dev python3-dev"
 test_packages="libimage-exiftool-perl exiv2 pybind11-dev python3-dev python3-numpy python3-hypothesis mypy"
 gegl_packages="libgegl-dev gegl"
 gimp_packages="gimp xvfb openbox xdotool"
 check_packages="clang clang-format clang-tidy"
 web_packages="emscripten node-acorn esbuild chromium firefox-esr"
 aarch64_packages="g++-aarch64-linux-gnu qemu-user googletest"
+release_packages="dpkg-dev file zip python3-pip python3-setuptools python3-wheel"
+try_packages="debootstrap qemu-user-static unzip chromium"
 windows_packages="g++-mingw-w64-x86-64-posix wine64 icoutils googletest"
 
 say() { printf '%s: %s\n' "$(basename "$0")" "$*" >&2; }

@@ -2,30 +2,19 @@
 # scripts/try_packages.sh [BUILD]: makes the Debian packages of a finished build (build/release), installs them on a bare
 # Debian system that debootstrap makes in a temporary folder, and uses them there. Needs root and a Debian mirror, and
 # some 1.5 GB.
+# scripts/try_packages.sh FOLDER ARCHITECTURE: the same with packages that are made already.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
+. "$root/scripts/release/bare.sh"
 build=${1:-$root/build/release}
-bare=$(mktemp -d /var/tmp/orbel-bare-XXXXXX)
-leave() {
-  if mountpoint -q "$bare/proc"; then umount "$bare/proc"; fi
-  rm -rf --one-file-system "$bare"
-}
-trap leave EXIT
-chmod 755 "$bare"
-
-inside() { chroot "$bare" env DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8 "$@"; }
-install() { inside apt-get install -q -y --no-install-recommends "$@" >"$bare/tmp/log" || { cat "$bare/tmp/log"; exit 1; }; }
-
-(cd "$build" && cpack -G DEB >/dev/null)
-debootstrap --variant=minbase bookworm "$bare" >"$bare.log" && rm "$bare.log"
-mount -t proc proc "$bare/proc"  # orbel finds its module by it
-inside apt-get update -q >/dev/null
-mkdir "$bare/tmp/try"
-cp "$build"/orbel_*.deb "$bare/tmp/try/orbel.deb"
-cp "$build"/liborbel-dev_*.deb "$bare/tmp/try/door.deb"
-cp "$build"/libband-equalizer-dev_*.deb "$bare/tmp/try/dev.deb"
-cp "$build"/python3-orbel_*.deb "$bare/tmp/try/python.deb"
-cp "$build"/gegl-orbel_*.deb "$bare/tmp/try/gegl.deb"
+architecture=${2-}
+[ -n "$architecture" ] || (cd "$build" && cpack -G DEB >/dev/null)
+trap leave_bare EXIT
+bare_system $architecture
+cp "$build"/orbel_*"$architecture".deb "$bare/tmp/try/orbel.deb"
+cp "$build"/liborbel-dev_*"$architecture".deb "$bare/tmp/try/door.deb"
+cp "$build"/libband-equalizer-dev_*"$architecture".deb "$bare/tmp/try/dev.deb"
+cp "$build"/gegl-orbel_*"$architecture".deb "$bare/tmp/try/gegl.deb"
 cp "$root/examples/chelsea.png" "$bare/tmp/try"
 cp -r "$root/tests/packaging" "$bare/tmp/try"
 
@@ -61,13 +50,17 @@ inside sh -ec '
   ./by_pkg_config
   ldd by_pkg_config'
 
-echo "== python3-orbel, with its dependencies alone"
-install /tmp/try/python.deb
-inside python3 -c 'import numpy, orbel
+packages="orbel liborbel-dev libband-equalizer-dev gegl-orbel"
+if cp "$build"/python3-orbel_*"$architecture".deb "$bare/tmp/try/python.deb" 2>/dev/null; then # none for 64-bit ARM
+  echo "== python3-orbel, with its dependencies alone"
+  install /tmp/try/python.deb
+  inside python3 -c 'import numpy, orbel
 print(orbel.equalize(numpy.eye(64, dtype="f"), **orbel.preset("clarity")).mean(), *orbel.presets(), sep=", ")'
+  packages="$packages python3-orbel"
+fi
 
 echo "== and away again"
-inside apt-get purge -q -y orbel liborbel-dev libband-equalizer-dev python3-orbel gegl-orbel >/dev/null
+inside apt-get purge -q -y $packages >/dev/null
 if inside find /usr -iname '*orbel*' -o -iname '*band*equalizer*' | grep .; then
   echo "left behind"
   exit 1
