@@ -52,7 +52,7 @@ unset CC CXX CPPFLAGS LDFLAGS ROOT OBJDUMP
 git archive HEAD | tar -x --no-same-permissions -C "$source"
 SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
 export SOURCE_DATE_EPOCH TZ=UTC LC_ALL=C.UTF-8
-export CFLAGS="-ffile-prefix-map=$source=." CXXFLAGS="-ffile-prefix-map=$source=."
+export CFLAGS="-ffile-prefix-map=$making=." CXXFLAGS="-ffile-prefix-map=$making=."
 cd "$source"
 
 made() { say "$1, $SECONDS s"; }
