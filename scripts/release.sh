@@ -48,11 +48,11 @@ out=$making/downloads/$version
 rm -rf "$making"
 mkdir -p "$source" "$out"
 umask 022
-unset CC CXX CPPFLAGS LDFLAGS ROOT OBJDUMP
+unset CC CXX CPPFLAGS LDFLAGS ROOT OBJDUMP CCACHE_BASEDIR # each would leave its trace
 git archive HEAD | tar -x --no-same-permissions -C "$source"
 SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
 export SOURCE_DATE_EPOCH TZ=UTC LC_ALL=C.UTF-8
-export CFLAGS="-ffile-prefix-map=$source=." CXXFLAGS="-ffile-prefix-map=$source=."
+export CFLAGS="-ffile-prefix-map=$making=." CXXFLAGS="-ffile-prefix-map=$making=."
 cd "$source"
 
 made() { say "$1, $SECONDS s"; }

@@ -11,6 +11,7 @@ import sys
 from pathlib import Path
 
 title, build, folder, *outputs = sys.argv[1:]
+build = os.path.abspath(build)
 root = os.environ.get('ROOT', '')
 objdump = os.environ.get('OBJDUMP', 'objdump')
 source = Path(__file__).resolve().parents[2]
@@ -32,7 +33,7 @@ def said(*command: str) -> str:
 
 
 def ours(path: str) -> bool:
-    return not path.startswith('/') or Path(path).is_relative_to(source)
+    return Path(path).is_relative_to(source)
 
 
 def stanzas_of_runtime(text: str) -> str:
@@ -101,8 +102,10 @@ linked: set[str] = set()
 wanted: set[str] = set()
 for output in outputs:
     objects = [name for name in said('ninja', '-t', 'inputs', output).split('\n') if re.search(r'\.o(bj)?$', name)]
-    dependencies = said('ninja', '-t', 'deps', *objects).splitlines()
-    headers |= {line.strip() for line in dependencies if line.startswith(' ') and not ours(line.strip())}
+    for line in said('ninja', '-t', 'deps', *objects).splitlines():
+        path = os.path.normpath(os.path.join(build, line.strip()))
+        if line.startswith(' ') and not ours(path):
+            headers.add(path)
     if output.endswith('.a'):
         continue
     command = said('ninja', '-t', 'commands', output).splitlines()[-1]
