@@ -54,7 +54,9 @@ test('shows and saves in Firefox what orbel makes, and wants nothing from outsid
 
   for (const id of ['save', 'save-picture']) await click(`//*[@id="${id}"]`);
   const saved = join(folder, 'coffee_orbel.png');
-  await waitFor('the saved picture', () => existsSync(saved) && readFileSync(saved).includes('IEND'));
+  const said = `return document.querySelector('#save-result').textContent;`;
+  assert.match(await waitFor('the saved picture', () => run(said)), /^Saved/);
+  await waitFor('its file', () => existsSync(saved) && readFileSync(saved).includes('IEND'));
   assert.ok(await pixelsOf(saved) === clear, 'saved');
   assert.deepEqual(requests, []);
 });

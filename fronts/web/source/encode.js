@@ -33,7 +33,9 @@ export async function encode(engine, colorSpace, {type, quality}, tell) {
   const canvas = new OffscreenCanvas(width, height);
   const context = canvas.getContext('2d', {willReadFrequently: true, colorSpace});
   if (!context) throw new PictureError('this browser can’t write a picture that large; orbel can');
-  const strip = new ImageData(width, Math.min(rowsAtOnce, height), {colorSpace});
+  const stripRows = Math.min(rowsAtOnce, height);
+  // Firefox knows colour spaces only where it is given the pixels.
+  const strip = new ImageData(new Uint8ClampedArray(width * stripRows * 4), width, stripRows, {colorSpace});
   for (let row = 0; row < height; row += rowsAtOnce) {
     const rows = Math.min(rowsAtOnce, height - row);
     strip.data.set(engine.drawRows(row, rows));
