@@ -1,14 +1,14 @@
-// Runs at a reference size: against the formula in double precision, and for the same look at every size.
+// Runs at a reference size, against the formula in double precision; in every row of bodies, and for any number of
+// threads.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <functional>
-#include <numeric>
 #include <vector>
 
-#include "api/orbel.h"
-#include "support/forced_row.h"
+#include "support/each_row_test.h"
+#include "support/float_run.h"
 
 namespace {
 
@@ -52,13 +52,7 @@ orbel_settings settingsFor(int edge, bool luminance) {
 }
 
 Image equalized(const orbel_settings& settings, Image image, int threads = 0) {
-  orbel_options options;
-  orbel_options_init(&options, sizeof options);
-  options.threads = threads;
-  orbel_picture picture;
-  orbel_picture_interleaved(&picture, sizeof picture, ORBEL_FLOAT32, image.width, image.height, image.channels,
-                            image.samples.data(), std::ptrdiff_t{4} * image.channels * image.width);
-  EXPECT_EQ(orbel_equalize(&settings, &picture, &picture, &options), ORBEL_OK);
+  image.samples = equalized(settings, image.samples, image.width, image.height, image.channels, threads);
   return image;
 }
 
@@ -143,6 +137,9 @@ TEST(ReferenceSize, GivesWhatTheFormulaSays) {
       for (std::size_t i = 0; i < change.samples.size(); ++i) change.samples[i] -= gain * small.samples[i];
       const Image back = resampled(change, c.width, c.height, c.back);
       const Image result = equalized(settings, picture);
+      onEachRow([&] {
+        for (const int threads : {1, 3}) EXPECT_EQ(equalized(settings, picture, threads).samples, result.samples);
+      });
       for (int i = 0; i < c.width * c.height * 3; ++i) {
         const int x = i / 3 % c.width;
         const int y = i / 3 / c.width;
@@ -160,64 +157,6 @@ TEST(ReferenceSize, IsAPlainRunAtThatSize) {
     const Image picture = painted(160, 90, 3);
     EXPECT_EQ(equalized(settingsFor(160, luminance), picture).samples,
               equalized(settingsFor(0, luminance), picture).samples);
-  }
-}
-
-// In every row of bodies that the machine has, and for any number of threads.
-TEST(ReferenceSize, IsTheSameOnEveryProcessor) {
-  for (const int edge : {70, 350}) {
-    const Image picture = painted(201, 143, 3);
-    const Image expected = equalized(settingsFor(edge, true), picture);
-    for (int row = 0; row < rowCount; ++row) {
-      if (!ForcedRow::machineHas(row)) continue;
-      const ForcedRow forced(row);
-      for (const int threads : {1, 3}) {
-        EXPECT_EQ(equalized(settingsFor(edge, true), picture, threads).samples, expected.samples) << row;
-      }
-    }
-  }
-}
-
-Image reducedBy(const Image& image, int by) {
-  Image reduced(image.width / by, image.height / by, 1);
-  for (int y = 0; y < reduced.height * by; ++y) {
-    for (int x = 0; x < reduced.width * by; ++x) {
-      reduced.at(x / by, y / by, 0) += image.at(x, y, 0) / static_cast<float>(by * by);
-    }
-  }
-  return reduced;
-}
-
-// In levels of 8 bits, ascending.
-std::vector<double> differences(const Image& a, const Image& b) {
-  std::vector<double> all;
-  for (std::size_t i = 0; i < a.samples.size(); ++i) {
-    all.push_back(255 * std::abs(static_cast<double>(a.samples[i]) - b.samples[i]));
-  }
-  std::sort(all.begin(), all.end());
-  return all;
-}
-
-double mean(const std::vector<double>& values) {
-  return std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
-}
-
-// Equalized and reduced is reduced and equalized, but for what reducing loses by itself.
-TEST(ReferenceSize, GivesTheSameLookAtEverySize) {
-  const int edge = 144;
-  const orbel_settings settings = settingsFor(edge, true);
-  for (const int times : {6, 4, 3, 2}) {
-    // The larger picture is so many times the reference size, or has it.
-    for (const int largest : {times * edge, edge}) {
-      const Image large = painted(largest, largest * 2 / 3, 1);
-      const Image small = reducedBy(large, times);
-      const auto lost = [&] {
-        return mean(differences(reducedBy(resampled(small, edge, edge * 2 / 3, lanczos), times), small));
-      };
-      const auto found = differences(reducedBy(equalized(settings, large), times), equalized(settings, small));
-      EXPECT_LE(mean(found) - (largest == edge ? lost() : 0), 0.1) << largest << " to " << small.width;
-      EXPECT_LE(found[found.size() * 99 / 100], 1) << largest << " to " << small.width;
-    }
   }
 }
 

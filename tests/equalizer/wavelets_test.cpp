@@ -6,8 +6,8 @@
 #include <random>
 #include <vector>
 
-#include "api/orbel.h"
-#include "support/forced_row.h"
+#include "support/each_row_test.h"
+#include "support/float_run.h"
 
 namespace {
 
@@ -47,14 +47,7 @@ orbel_settings settingsFor(int form) {
 }
 
 std::vector<float> equalized(const orbel_settings& settings, const Plane& plane, int threads = 0) {
-  std::vector<float> samples(plane.begin(), plane.end());
-  orbel_options options;
-  orbel_options_init(&options, sizeof options);
-  options.threads = threads;
-  orbel_picture picture;
-  orbel_picture_interleaved(&picture, sizeof picture, ORBEL_FLOAT32, width, height, 1, samples.data(), 4 * width);
-  EXPECT_EQ(orbel_equalize(&settings, &picture, &picture, &options), ORBEL_OK);
-  return samples;
+  return equalized(settings, std::vector<float>(plane.begin(), plane.end()), width, height, 1, threads);
 }
 
 Plane smoothed(const Plane& plane, int spacing, double threshold, bool edges) {
@@ -92,11 +85,9 @@ TEST(Wavelets, AreWhatTheFormulaSays) {
   const std::vector<float> found = equalized(settings, plane);
   for (std::size_t k = 0; k < plane.size(); ++k) ASSERT_NEAR(found[k], expected[k] + 0.95 * level[k], 3e-6) << k;
 
-  for (int row = 0; row < rowCount; ++row) {
-    if (!ForcedRow::machineHas(row)) continue;
-    const ForcedRow forced(row);
-    for (const int threads : {1, 3}) EXPECT_EQ(equalized(settings, plane, threads), found) << row;
-  }
+  onEachRow([&] {
+    for (const int threads : {1, 3}) EXPECT_EQ(equalized(settings, plane, threads), found);
+  });
   orbel_settings neutral;
   orbel_settings_init(&neutral, sizeof neutral);
   neutral.form = ORBEL_WAVELETS;
@@ -123,9 +114,7 @@ TEST(Wavelets, KeepThePicturesEdgesAtAnySize) {
   for (int edge = w / 2; edge < w / 2 + times; ++edge) {
     std::vector<float> samples;
     for (int i = 0; i < w * h; ++i) samples.push_back(i % w < edge ? 0.2F : 0.8F);
-    orbel_picture picture;
-    orbel_picture_interleaved(&picture, sizeof picture, ORBEL_FLOAT32, w, h, 1, samples.data(), 4 * w);
-    ASSERT_EQ(orbel_equalize(&settings, &picture, &picture, nullptr), ORBEL_OK);
+    samples = equalized(settings, samples, w, h, 1);
     const auto [least, most] = std::minmax_element(samples.begin(), samples.end());
     EXPECT_LE(255 * std::max(0.2 - *least, *most - 0.8), 3.2) << edge;
   }

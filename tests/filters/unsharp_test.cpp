@@ -44,11 +44,4 @@ TEST(Unsharp, FollowsItsFormulaInEveryTarget) {
   }
 }
 
-TEST(Unsharp, AKernelThatIsRefusedIsThrownAsItsStatus) {
-  const KivImage src = randomImage(8, 8, 1, 1);
-  for (const float sigma : {0.0F, -1.0F}) {
-    EXPECT_EQ(thrownStatus([&] { KivImage().UsmPS(src, 100.0F, sigma, 0.0F); }), ippStsBadArgErr) << sigma;
-  }
-}
-
 }  // namespace

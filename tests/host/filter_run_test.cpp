@@ -1,62 +1,60 @@
-// Whole runs against the equalizer called directly, on the linked entry and on the module as a host loads it.
+// Whole runs against the front door, on the linked entry and on the module as a host loads it.
 #include "host/filter_run.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cfenv>
-#include <cmath>
 #include <functional>
 
-#include "equalizer/band_equalizer.h"
+#include "api/orbel.h"
+#include "host/script_keys.h"
 #include "host/test_host.h"
-#include "image/kiv_image.h"
+#include "primitives/primitives.h"
 
 namespace {
 
-const Script script = {{fourCharacters("CON1"), typeFloat, 150}, {fourCharacters("CON2"), typeFloat, 50},
-                       {fourCharacters("RAD1"), typeFloat, 1.5}, {fourCharacters("RAD2"), typeFloat, 1},
-                       {fourCharacters("EDG1"), typeBoolean, 1}, {fourCharacters("EDG2"), typeBoolean, 0},
-                       {fourCharacters("LUMI"), typeBoolean, 0}, {fourCharacters("FCTR"), typeFloat, 90},
-                       {fourCharacters("HALF"), typeBoolean, 0}, {fourCharacters("WDTH"), typeInteger, 1}};
-constexpr OrbelBandEqualizerGuiParams parameters = {
-    {150, 50, 100, 100, 100}, {1.5F, 1, 3, 3, 3}, {255, 10, 10, 10, 10}, {1, 0, 1, 1, 1}, 90, 0, 0, 1};
+// Every setting away from its default, and no two bands alike.
+orbel_settings strong(bool luminance = false, bool half = false) {
+  orbel_settings s;
+  orbel_settings_init(&s, sizeof s);
+  const double gains[] = {150, 40, 210, -30, 120};
+  const double radii[] = {1.5, 2, 0, 3, 0.7};
+  for (int i = 0; i < ORBEL_BANDS; ++i) s.bands[i] = {gains[i], radii[i], 20.0 + 15 * i, i % 2, 0};
+  s.residual = 90;
+  s.luminance = luminance ? 1 : 0;
+  s.half = half ? 1 : 0;
+  s.overlay = 3;
+  return s;
+}
+
+Script scriptOf(const orbel_settings& settings) {
+  Script script;
+  for (const ScriptKey& key : scriptKeys) {
+    double value = 0;
+    EXPECT_EQ(orbel_settings_get(&settings, nameOf(key).text, &value), ORBEL_OK);
+    script.push_back({key.code, descriptorType(key.kind), value});
+  }
+  return script;
+}
+const Script script = scriptOf(strong());
 
 void expectManners(TestHost& host) { EXPECT_EQ(host.allViolations(), std::vector<std::string>()); }
 
-// Runs, and looks whether the document then holds what the equalizer makes of the rectangle, and what it held
+// Runs, and looks whether the document then holds what the front door makes of the rectangle, and what it held
 // elsewhere.
-void expectEqualized(TestHost& host, VRect rect) {
-  const float white = host.depth == 8 ? 255.0F : host.depth == 16 ? 32768.0F : 1.0F;
-  KivImage image(rect.right - rect.left, rect.bottom - rect.top, 3);
-  TestHost expected(host.width, host.height, static_cast<int>(host.planes.size()), host.depth);
-  expected.planes = host.planes;
-  const auto eachSample = [&](const auto& use) {
-    for (int i = 0; i < 3 * image.size.width * image.size.height; ++i) {
-      const int x = i / 3 % image.size.width;
-      const int y = i / 3 / image.size.width;
-      use(*image.At(i % 3, x, y), i % 3, x + rect.left, y + rect.top);
-    }
-  };
-  eachSample([&](float& sample, int plane, int x, int y) {
-    sample = static_cast<float>(host.sample(plane, x, y)) * (1.0F / white);
-  });
-  PS_Database unused = {};
-  OrbelBandEqualizerGuiParams p = parameters;
-  OrbelBandEqualizer(unused, p, image);
-  eachSample([&](float sample, int plane, int x, int y) {
-    const auto scaled = static_cast<double>(sample * white);
-    const double level = std::clamp(std::nearbyint(scaled), 0.0, host.depth == 8 ? 255.0 : 65535.0);
-    expected.setSample(plane, x, y, host.depth == 32 ? scaled : level);
-  });
+void expectEqualized(TestHost& host, VRect rect, const orbel_settings& settings) {
+  const orbel_samples type = host.depth == 8 ? ORBEL_UINT8 : host.depth == 16 ? ORBEL_UINT16_HOST : ORBEL_FLOAT32;
+  const std::ptrdiff_t row = std::ptrdiff_t{host.sampleBytes()} * host.width;
+  auto expected = host.planes;
+  orbel_picture part;
+  orbel_picture_planar(&part, sizeof part, type, rect.right - rect.left, rect.bottom - rect.top, 3, nullptr, row);
+  for (std::size_t c = 0; c < 3; ++c) part.base[c] = &expected[c][0] + rect.top * row + rect.left * host.sampleBytes();
+  ASSERT_EQ(orbel_equalize(&settings, &part, &part, nullptr), ORBEL_OK);
 
   EXPECT_EQ(host.run(), 0);
   expectManners(host);
-  for (std::size_t plane = 0; plane < host.planes.size(); ++plane) {
-    const auto& samples = host.planes[plane];
-    const auto [first, other] = std::mismatch(samples.begin(), samples.end(), expected.planes[plane].begin());
-    EXPECT_EQ(first, samples.end()) << "plane " << plane << ", byte " << first - samples.begin();
-  }
+  EXPECT_TRUE(host.planes == expected);
 }
 
 PluginMainProc entryOf(bool loaded) { return loaded ? loadedEntry() : linkedEntry(); }
@@ -66,26 +64,34 @@ struct Layout {
   VRect rect;
   bool wide = false;
   bool entersAgain = false;
+  IppiSize document = {37, 29};
 };
 
 class Run : public testing::TestWithParam<std::tuple<bool, int>> {};  // loaded, depth
 
-TEST_P(Run, GivesTheEqualizersPictureOfWhatIsSelected) {
+TEST_P(Run, GivesTheFrontDoorsPictureOfWhatIsSelected) {
   const auto [loaded, depth] = GetParam();
-  const Layout layouts[] = {{3, 0, 0, {0, 0, 29, 37}},     {5, 3, 1, {0, 0, 29, 37}, true},
-                            {4, 1, 0, {3, 5, 20, 30}},     {4, 1, 0, {3, 5, 20, 30}, true, true},
-                            {3, 1, 3, {0, 0, 1, 1}},       {4, 0, 1, {28, 36, 29, 37}},
-                            {3, 2, 0, {7, 0, 8, 37}, true}};
-  for (const Layout& layout : layouts) {
-    SCOPED_TRACE(&layout - layouts);
-    TestHost host(37, 29, layout.planes, depth, entryOf(loaded));
+  const Layout layouts[] = {{3, 0, 0, {0, 0, 29, 37}},
+                            {5, 3, 1, {0, 0, 29, 37}, true},
+                            {4, 1, 0, {3, 5, 20, 30}},
+                            {4, 1, 0, {3, 5, 20, 30}, true, true},
+                            {3, 1, 3, {0, 0, 1, 1}},
+                            {4, 0, 1, {28, 36, 29, 37}},
+                            {3, 2, 0, {7, 0, 8, 37}, true},
+                            {3, 0, 0, {0, 0, 77, 131}, false, false, {131, 77}},
+                            {3, 0, 0, {0, 0, 300, 9}, false, false, {9, 300}}};
+  for (int i = 0; i < 4 * static_cast<int>(std::size(layouts)); ++i) {
+    const Layout& layout = layouts[i / 4];
+    const orbel_settings settings = strong(i % 2 != 0, i % 4 > 1);
+    SCOPED_TRACE(i);
+    TestHost host(layout.document.width, layout.document.height, layout.planes, depth, entryOf(loaded));
     host.rowPadding = layout.rowPadding * host.sampleBytes();
     host.addressOffset = layout.addressOffset * (depth == 32 ? 4 : 1);  // odd where samples may lie at odd addresses
     host.fillWithPattern(3);
     host.select(layout.rect, layout.wide);
-    host.play(script);
+    host.play(scriptOf(settings));
     host.entersAgain = layout.entersAgain;
-    expectEqualized(host, layout.rect);
+    expectEqualized(host, layout.rect, settings);
     EXPECT_EQ(host.lockBalance, 0);
     EXPECT_EQ(host.liveHandles(), 3);  // the block, the record, the recorded descriptor
     EXPECT_EQ(host.recorded().size(), 24U);
@@ -123,13 +129,13 @@ TEST(FilterRun, TheStoredRecordRunsInAnotherHandleAndSession) {
   EXPECT_EQ(host.call(filterSelectorParameters), 0);
   EXPECT_EQ(host.block(host.record.parameters)[9], 1);  // the dialog that a host would show
   host.replaceParameters();
-  expectEqualized(host, {0, 0, 16, 16});
+  expectEqualized(host, {0, 0, 16, 16}, strong());
   host.replaceParameters();
   host.disposeHandle(reinterpret_cast<Handle>(host.data));
   host.data = 0;
   host.disposeHandle(host.scripting.descriptor);
   host.scripting.descriptor = nullptr;
-  expectEqualized(host, {0, 0, 16, 16});
+  expectEqualized(host, {0, 0, 16, 16}, strong());
 }
 
 TEST(FilterRun, NeedsNeitherDescriptorsNorUnlocking) {

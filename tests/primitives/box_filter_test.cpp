@@ -143,8 +143,11 @@ constexpr unsigned borders[] = {1, 3, 6, 17, 33, 49, 65, 129, 193, 19, 35, 67, 1
 void expectTheFormula(IppiSize size, IppiSize mask, unsigned border, std::mt19937& random) {
   SCOPED_TRACE(testing::Message() << mask.width << " x " << mask.height << ", border " << border);
   const int margin = std::max({mask.width, mask.height, 4});
-  expectTheFormula(Plane<float>(size.width, size.height, margin, static_cast<unsigned>(random())),
-                   {mask, border, 0.75F});
+  Plane<float> src(size.width, size.height, margin, static_cast<unsigned>(random()));
+  // Residues that stay in the sums after it, and samples that no sum is right after.
+  constexpr float special[] = {0.5F, 1e8F, -0.0F, 1e-42F, INFINITY, NAN};
+  src.at(size.width / 4, size.height / 4) = special[random() % std::size(special)];
+  expectTheFormula(src, {mask, border, 0.75F});
 }
 
 TEST(BoxFilter, HasTheBitsOfTheGivenSumsOnEveryRowOfBodies) {
@@ -164,30 +167,6 @@ TEST(BoxFilter, HasTheBitsOfTheGivenSumsOnEveryRowOfBodies) {
       }
     }
   }
-}
-
-TEST(BoxFilter, CarriesResiduesAndSpecialValuesAsTheSumsDo) {
-  for (const float special : {1e8F, -0.0F, 1e-42F, std::numeric_limits<float>::infinity(), std::nanf("")}) {
-    Plane<float> src(45, 40, 13, 3);
-    src.at(11, 9) = special;
-    expectTheFormula(src, {{9, 9}, ippBorderRepl, 0.0F});
-  }
-}
-
-// By hand, and what a sample large enough to swallow others leaves in the sums below it.
-TEST(BoxFilter, PutsTheLargerHalfOfAnEvenMaskToTheRightAndBelow) {
-  Plane<float> image(30, 30, 4, 1);
-  for (int y = -4; y < 34; ++y) {
-    for (int x = -4; x < 34; ++x) image.at(x, y) = 1.0F;
-  }
-  image.at(10, 10) = 1e8F;
-  const Box box = {{4, 4}, ippBorderInMem, 0.0F};
-  ASSERT_EQ(filter(image.first(), image.step(), image, box, bufferFor(image, box)), ippStsNoErr);
-  EXPECT_EQ(image.at(7, 10), 1.0F);
-  EXPECT_GT(image.at(8, 8), 1e6F);
-  EXPECT_GT(image.at(11, 11), 1e6F);
-  EXPECT_EQ(image.at(10, 7), 1.0F);
-  EXPECT_NE(image.at(10, 20), 1.0F);
 }
 
 TEST(BoxFilter, RefusesInTheGivenOrder) {

@@ -120,15 +120,4 @@ const PlaneKernel kernels[] = {
 
 TEST(SigmoidalKernel, EqualsTheFormulaBitForBit) { expectFormulasBitForBit(kernels); }
 
-TEST(FusedCurve, IsTheCurveOfTheWholeImageForm) {
-  for (const float slope : {0.5F, 5.0F, 60.0F}) {
-    KivImage image(500, 3, 1);
-    fillRandom(image, 1, -0.5F, 1.5F);
-    KivImage expected;
-    expected.SigmoidalCurve2(image, slope, 0.0F, 1.0F);
-    ApplySigmoidalCurveKiv(image.planes[0], image.planes[0], 3, 500, image.stride / 4, slope, 0.0F, 1.0F);
-    EXPECT_TRUE(within(1e-6, image, expected)) << slope;
-  }
-}
-
 }  // namespace

@@ -12,53 +12,13 @@
 #include "files/failure.h"
 #include "files/target_file.h"
 #include "orbel_run.h"
+#include "pictures/contact_sheet.h"
+#include "pictures/samples.h"
 #include "pictures/vips_picture.h"
 
 using namespace orbel;
 
 namespace {
-
-struct Kind {
-  const char* extension;
-  int bands;
-  VipsBandFormat format;
-};
-std::ostream& operator<<(std::ostream& out, const Kind& kind) {
-  return out << kind.extension << ' ' << kind.bands << " bands, format " << kind.format;
-}
-class Kinds : public Orbel, public testing::WithParamInterface<Kind> {};
-
-// As they were at unit gains. Gains of 0, no residual, and a half on top leave one flat value: white / 2 on the scale
-// of each format, and the alpha.
-TEST_P(Kinds, ComeBackAndShowTheirWhite) {
-  const auto [extension, bands, format] = GetParam();
-  const std::string plain = std::string("plain.") + extension;
-  const std::string file = std::string("a file [x=1] ü.") + extension;
-  save(plain, testPicture(bands, format));
-  const VImage before = load(plain);
-  runWell(Words{plain, "same." + plain});
-  const VImage same = load("same." + plain);
-  EXPECT_EQ(same.bands(), before.bands());
-  EXPECT_EQ(same.format(), before.format());
-  EXPECT_EQ(same.interpretation(), before.interpretation());
-  EXPECT_LE(difference(before, same), format == VIPS_FORMAT_FLOAT ? 1e-6 : 0);
-
-  fs::rename(plain, file);
-  runWell(Words{file, file, "-f", "--set", "CON1=0", "--contrast", "1,0,0,0,0", "--factor", "0", "--half", "--planes"});
-  fs::rename(file, plain);
-  const VImage after = load(plain);
-  const double middle = format == VIPS_FORMAT_UCHAR ? 128 : format == VIPS_FORMAT_USHORT ? 32768 : 0.5;
-  const int colours = bands < 3 ? 1 : 3;
-  for (int band = 0; band < colours; ++band) EXPECT_EQ((after[band] - middle).abs().max(), 0);
-  EXPECT_TRUE(bands == colours || difference(before[bands - 1], after[bands - 1]) == 0);
-}
-
-INSTANTIATE_TEST_SUITE_P(Files, Kinds,
-                         testing::Values(Kind{"png", 1, VIPS_FORMAT_UCHAR}, Kind{"png", 4, VIPS_FORMAT_UCHAR},
-                                         Kind{"tif", 2, VIPS_FORMAT_UCHAR}, Kind{"ppm", 3, VIPS_FORMAT_UCHAR},
-                                         Kind{"pgm", 1, VIPS_FORMAT_USHORT}, Kind{"png", 4, VIPS_FORMAT_USHORT},
-                                         Kind{"tif", 3, VIPS_FORMAT_USHORT}, Kind{"tif", 4, VIPS_FORMAT_FLOAT},
-                                         Kind{"pfm", 1, VIPS_FORMAT_FLOAT}, Kind{"pfm", 3, VIPS_FORMAT_FLOAT}));
 
 void setBlob(VImage& picture, const char* name, VipsBlob* blob) {
   std::size_t size = 0;
@@ -147,6 +107,22 @@ TEST_F(Orbel, WritesAPartAsTheWholeHasIt) {
   for (const char* wrong : {"40x30", "40x30+1", "0x30+1+1", "40x30+-1+0", "ax30+1+1"}) {
     EXPECT_EQ(run(std::string("in.tif part.tif -f --crop ") + wrong).code(), 2) << wrong;
   }
+}
+
+// EXIF tells of the old orientation still, and nobody may believe it.
+TEST_F(Orbel, StaysUprightInSheets) {
+  VImage turned = testPicture(3).crop(0, 0, 30, 20).copy();
+  turned.set(VIPS_META_ORIENTATION, 6);
+  save("in.jpg", turned);
+  const Picture upright = uprightColours(loadPicture("in.jpg"));
+  const Picture room = roomFor(upright, SampleType::bytes);
+  for (const Picture& picture : {upright, room}) {
+    EXPECT_EQ(picture.orientation(), 1);
+    EXPECT_EQ(picture.width(), 20);
+    EXPECT_EQ(picture.height(), 30);
+  }
+  save("alpha.png", testPicture(2));
+  EXPECT_FALSE(uprightColours(loadPicture("alpha.png")).hasAlpha());
 }
 
 TEST_F(Orbel, RecipesMakeThePictureAgain) {
@@ -316,6 +292,7 @@ TEST_F(Troubles, OfFilesLeaveAllAsItWas) {
       {"good.png nowhere/out.png", "nowhere/out.png: "},
       {"good.png nowhere/out.png --dry-run", "nowhere/out.png: "},
       {"cut.png out.png -f --dry-run", "cut.png: "},
+      {"sheet cut.png -o sheet.png", "cut.png: "},
       {"cut.jpg out.png -f --dry-run", "cut.jpg: "},
       {"good.png out.png", "out.png: is there already; -f"},
       {"apply good.png --in-place --recipe", "good.png.toml: is there already"},

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "settings/settings_file.h"
+#include "support/float_run.h"
 
 using namespace orbel;
 
@@ -33,9 +34,7 @@ double halo(orbel_settings run, const Edge& edge, int position) {
     samples.push_back(static_cast<float>(edge.low + (edge.high - edge.low) * part));
   }
   run.reference_edge = 0;
-  orbel_picture picture;
-  orbel_picture_interleaved(&picture, sizeof picture, ORBEL_FLOAT32, width, height, 1, samples.data(), 4 * width);
-  EXPECT_EQ(orbel_equalize(&run, &picture, &picture, nullptr), ORBEL_OK);
+  samples = equalized(run, samples, width, height, 1);
   const auto [least, most] = std::minmax_element(samples.begin() + reach * width, samples.end() - reach * width);
   return 255 * std::max(edge.low - *least, *most - edge.high);
 }
