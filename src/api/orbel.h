@@ -340,7 +340,9 @@ ORBEL_API orbel_status orbel_stack_weigh(const orbel_stack* stack, const orbel_s
 /* Band 0 to 4 of the stack, or the residual (ORBEL_BANDS), at a gain of 100, of the whole picture: of luminance as one
  * channel, else as one channel a colour, without alpha. Of the options threads and message count. A band lies around 0,
  * and in a target of integers around middle grey. All bands and the residual add up to the picture, or its luminance,
- * up to rounding; with a reference edge the finest band has all detail that is finer than the reference size. */
+ * up to rounding; with a reference edge the finest band has all detail that is finer than the reference size. Not in
+ * the pyramid at the picture's own size where a side has 32 samples or fewer: nothing can be resized from its last
+ * level, and a band is what a run gives whose other gains are 0. */
 ORBEL_API orbel_status orbel_stack_band(const orbel_stack* stack, int32_t band, const orbel_picture* source,
                                         const orbel_picture* target, const orbel_options* options);
 

@@ -175,7 +175,8 @@ class BandStack:
         -------
         float32 array of shape (6, H, W) or (6, H, W, 3)
             Of luminance, or of a grey picture, without a last axis; else of each colour. Bands lie around 0. Their
-            sum is the picture, or its luminance, up to rounding.
+            sum is the picture, or its luminance, up to rounding; not in a pyramid at the picture's own size where a
+            side has 32 samples or fewer.
         """
         is_one = self._image.ndim == 2 or self._settings.get('luminance', True)
         shape = self._image.shape[:2] + (() if is_one else (3,))
