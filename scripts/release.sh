@@ -102,7 +102,8 @@ made "the wheel"
 
 cp build/release/*.deb build/aarch64/*.deb "$out"
 release_notes >"$out/release-notes.md"
-(cd "$out" && find . -type f -printf '%P\n' | sort | xargs sha256sum >SHA256SUMS)
+(cd "$out" && find . -type f -printf '%P\n' | sort | xargs sha256sum >"$making/SHA256SUMS") # not a sum of itself
+mv "$making/SHA256SUMS" "$out"
 made "all made"
 if [ $try = yes ]; then
   say "trying; a try that fails leaves all of it in $out"
