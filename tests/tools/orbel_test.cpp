@@ -20,6 +20,48 @@ using namespace orbel;
 
 namespace {
 
+struct Kind {
+  const char* extension;
+  int bands;
+  VipsBandFormat format;
+};
+std::ostream& operator<<(std::ostream& out, const Kind& kind) {
+  return out << kind.extension << ' ' << kind.bands << " bands, format " << kind.format;
+}
+class Kinds : public Orbel, public testing::WithParamInterface<Kind> {};
+
+// As they were at unit gains. Gains of 0, no residual, and a half on top leave one flat value: white / 2 on the scale
+// of each format, and the alpha.
+TEST_P(Kinds, ComeBackAndShowTheirWhite) {
+  const auto [extension, bands, format] = GetParam();
+  const std::string plain = std::string("plain.") + extension;
+  const std::string file = std::string("a file [x=1] ü.") + extension;
+  save(plain, testPicture(bands, format));
+  const VImage before = load(plain);
+  runWell(Words{plain, "same." + plain});
+  const VImage same = load("same." + plain);
+  EXPECT_EQ(same.bands(), before.bands());
+  EXPECT_EQ(same.format(), before.format());
+  EXPECT_EQ(same.interpretation(), before.interpretation());
+  EXPECT_LE(difference(before, same), format == VIPS_FORMAT_FLOAT ? 1e-6 : 0);
+
+  fs::rename(plain, file);
+  runWell(Words{file, file, "-f", "--set", "CON1=0", "--contrast", "1,0,0,0,0", "--factor", "0", "--half", "--planes"});
+  fs::rename(file, plain);
+  const VImage after = load(plain);
+  const double middle = format == VIPS_FORMAT_UCHAR ? 128 : format == VIPS_FORMAT_USHORT ? 32768 : 0.5;
+  const int colours = bands < 3 ? 1 : 3;
+  for (int band = 0; band < colours; ++band) EXPECT_EQ((after[band] - middle).abs().max(), 0);
+  EXPECT_TRUE(bands == colours || difference(before[bands - 1], after[bands - 1]) == 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, Kinds,
+                         testing::Values(Kind{"png", 1, VIPS_FORMAT_UCHAR}, Kind{"png", 4, VIPS_FORMAT_UCHAR},
+                                         Kind{"tif", 2, VIPS_FORMAT_UCHAR}, Kind{"ppm", 3, VIPS_FORMAT_UCHAR},
+                                         Kind{"pgm", 1, VIPS_FORMAT_USHORT}, Kind{"png", 4, VIPS_FORMAT_USHORT},
+                                         Kind{"tif", 3, VIPS_FORMAT_USHORT}, Kind{"tif", 4, VIPS_FORMAT_FLOAT},
+                                         Kind{"pfm", 1, VIPS_FORMAT_FLOAT}, Kind{"pfm", 3, VIPS_FORMAT_FLOAT}));
+
 void setBlob(VImage& picture, const char* name, VipsBlob* blob) {
   std::size_t size = 0;
   const void* const bytes = vips_blob_get(blob, &size);
