@@ -3,13 +3,13 @@ and when it is left in the middle of a run.
 
 gimp_test.py ORBEL GEGL_PATH EXAMPLES"""
 
-import struct
 import subprocess
 import sys
 import time
 from pathlib import Path
 
 import numpy as np
+from tifffile import imread
 
 from gimp_session import DIALOG, PICTURE, Gimp, until
 
@@ -21,29 +21,9 @@ def orbel(source, result, *options):
     return result
 
 
-def pixels(file):
-    """Of a TIFF file of one picture in strips without compression."""
-    data = file.read_bytes()
-    order = {b'II': '<', b'MM': '>'}[data[:2]]
-    start, = struct.unpack_from(order + 'I', data, 4)
-    tags = {}
-    for i in range(struct.unpack_from(order + 'H', data, start)[0]):
-        at = start + 2 + 12 * i
-        tag, kind, count = struct.unpack_from(order + 'HHI', data, at)
-        if kind in (3, 4):
-            letter = {3: 'H', 4: 'I'}[kind]
-            size = count * struct.calcsize(letter)
-            where = at + 8 if size <= 4 else struct.unpack_from(order + 'I', data, at + 8)[0]
-            tags[tag] = struct.unpack_from(f'{order}{count}{letter}', data, where)
-    assert tags[259] == (1,), f'{file} is compressed'
-    strips = b''.join(data[at:at + size] for at, size in zip(tags[273], tags[279]))
-    kind = {(1, 8): 'u1', (1, 16): 'u2', (3, 32): 'f4'}[tags.get(339, (1,))[0], tags[258][0]]
-    return np.frombuffer(strips, order + kind).reshape(tags[257][0], tags[256][0], -1).copy()
-
-
 def equalized(file, depth, preset):
     """What orbel gives in floats, stored in a picture's depth as GEGL does it: in single precision, the halves up."""
-    result = pixels(orbel(file, file.with_name('expected.tif'), '-p', preset.replace(' ', '-'), '--depth', 'float',
+    result = imread(orbel(file, file.with_name('expected.tif'), '-p', preset.replace(' ', '-'), '--depth', 'float',
                           '--compression', 'none'))
     if depth == 'float':
         return result
@@ -65,7 +45,7 @@ class Session:
 
     def pixels(self, image):
         self.gimp.save(image, self.saved)
-        return pixels(self.saved)
+        return imread(self.saved)
 
     def depths(self):
         """Apply and undo, twice, in each depth."""
@@ -75,7 +55,7 @@ class Session:
             image = self.gimp.open(file)
             assert self.gimp.script(f'(car (gimp-image-get-precision {image}))') == str(precision), depth
             original = self.pixels(image)
-            same(original, pixels(file), f'{depth}, opened')
+            same(original, imread(file), f'{depth}, opened')
             for preset in ('clarity', 'soft skin'):
                 self.gimp.apply(preset)
                 same(self.pixels(image), equalized(file, depth, preset), f'{depth}, {preset}')

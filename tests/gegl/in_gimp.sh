@@ -3,9 +3,11 @@
 for program in gimp Xvfb openbox xdotool; do
   command -v $program >/dev/null || missing=$program
 done
-"$1" -c 'import numpy' 2>/dev/null || missing=numpy
+for package in numpy tifffile; do
+  "$1" -c "import $package" 2>/dev/null || missing=python3-$package
+done
 if [ -n "${missing-}" ]; then
-  echo "SKIPPED, there is no $missing. For it: apt-get install gimp xvfb openbox xdotool python3-numpy"
+  echo "SKIPPED, there is no $missing. For it: apt-get install gimp xvfb openbox xdotool python3-numpy python3-tifffile"
   exit 77
 fi
 exec "$1" "$(dirname "$0")/gimp_test.py" "$2" "$3" "$4"
