@@ -19,6 +19,7 @@
 #include "image/kiv_image.h"
 #include "primitives/primitives.h"
 #include "support/loaded_module.h"
+#include "support/strong_settings.h"
 
 namespace {
 
@@ -26,23 +27,6 @@ orbel_settings defaults() {
   orbel_settings settings;
   EXPECT_EQ(orbel_settings_init(&settings, sizeof settings), ORBEL_OK);
   return settings;
-}
-
-// Every member away from its default, and no two bands alike.
-orbel_settings strong(bool luminance) {
-  orbel_settings s = defaults();
-  const double gains[] = {150, 40, 210, -30, 120};
-  const double radii[] = {1.5, 2, 0, 3, 0.7};
-  for (int i = 0; i < ORBEL_BANDS; ++i) {
-    s.bands[i].gain = gains[i];
-    s.bands[i].radius = radii[i];
-    s.bands[i].threshold = 20 + 15 * i;
-    s.bands[i].edges = i % 2;
-  }
-  s.residual = 90;
-  s.luminance = luminance ? 1 : 0;
-  s.overlay = 3;
-  return s;
 }
 
 constexpr std::size_t bytesOf(orbel_samples samples) {
@@ -110,7 +94,7 @@ TEST(FrontDoor, TakesPicturesAsTheyLie) {
       for (const bool luminance : {true, false}) {
         const int w = 61;
         const int h = 45;
-        const orbel_settings settings = strong(luminance);
+        const orbel_settings settings = strongSettings(luminance);
         const Owned source(type, w, h, channels);
         const Owned expected(source);
         const Owned rgb(type, w, h, 3);
@@ -173,7 +157,7 @@ TEST(FrontDoor, GivesEveryLevelBackInItsOwnTypeAndInAnother) {
 TEST(FrontDoor, BlendsByMixAndMask) {
   const Owned source(ORBEL_FLOAT32, 50, 40, 3);
   const Owned mask(ORBEL_UINT8, 50, 40, 1, 5);
-  orbel_settings settings = strong(true);
+  orbel_settings settings = strongSettings(true);
   Owned full(source);
   full.samples = equalized(settings, source);
   orbel_options options;
@@ -213,7 +197,7 @@ TEST(FrontDoor, WeighsAStackAsAWholeRunDoes) {
                                      {IppiSize{41, 70}, 113},
                                      {IppiSize{30, 150}, 50}}) {
       for (const bool luminance : {true, false}) {
-        orbel_settings first = strong(luminance);
+        orbel_settings first = strongSettings(luminance);
         first.reference_edge = edge;
         const Owned source(type, size.width, size.height, 4);
         orbel_stack* stack = nullptr;
@@ -274,7 +258,7 @@ TEST(FrontDoor, LooksInOtherSizesAreTheResultReduced) {
       }
       return small;
     };
-    orbel_settings settings = strong(true);
+    orbel_settings settings = strongSettings(true);
     settings.reference_edge = 160;
     settings.form = form;
     settings.overlay = 0;
@@ -378,7 +362,7 @@ TEST(FrontDoor, ReducesWhatThereIsOfAPicture) {
 TEST(FrontDoor, GivesBandsThatAddUpToThePicture) {
   for (const int edge : {0, 40, 200}) {
     const Owned source(ORBEL_FLOAT32, 70, 66, 3);
-    orbel_settings settings = strong(false);
+    orbel_settings settings = strongSettings(false);
     settings.reference_edge = edge;
     orbel_stack* stack = nullptr;
     ASSERT_EQ(orbel_stack_create(&settings, &source.picture, nullptr, &stack), ORBEL_OK);
@@ -397,7 +381,7 @@ TEST(FrontDoor, GivesBandsThatAddUpToThePicture) {
 
 TEST(FrontDoor, KeepsTheCallersManners) {
   const Owned source(ORBEL_FLOAT32, 120, 80, 3);
-  const orbel_settings settings = strong(true);
+  const orbel_settings settings = strongSettings(true);
   const int threadsBefore = threadCount();
   const auto expected = equalized(settings, source);
   for (const int rounding : {FE_UPWARD, FE_TOWARDZERO}) {
@@ -445,7 +429,7 @@ TEST(FrontDoor, CanBeCalledOffUntilItWrites) {
     listener.last = done;
     return done >= listener.stopAt ? 1 : 0;
   };
-  orbel_settings settings = strong(false);
+  orbel_settings settings = strongSettings(false);
   for (const auto& [height, edge, stopAt] : {std::tuple{200, 0, 0.0},
                                              {200, 0, 0.3},
                                              {200, 0, 2.0},

@@ -11,22 +11,9 @@
 #include "host/script_keys.h"
 #include "host/test_host.h"
 #include "primitives/primitives.h"
+#include "support/strong_settings.h"
 
 namespace {
-
-// Every setting away from its default, and no two bands alike.
-orbel_settings strong(bool luminance = false, bool half = false) {
-  orbel_settings s;
-  orbel_settings_init(&s, sizeof s);
-  const double gains[] = {150, 40, 210, -30, 120};
-  const double radii[] = {1.5, 2, 0, 3, 0.7};
-  for (int i = 0; i < ORBEL_BANDS; ++i) s.bands[i] = {gains[i], radii[i], 20.0 + 15 * i, i % 2, 0};
-  s.residual = 90;
-  s.luminance = luminance ? 1 : 0;
-  s.half = half ? 1 : 0;
-  s.overlay = 3;
-  return s;
-}
 
 Script scriptOf(const orbel_settings& settings) {
   Script script;
@@ -37,7 +24,7 @@ Script scriptOf(const orbel_settings& settings) {
   }
   return script;
 }
-const Script script = scriptOf(strong());
+const Script script = scriptOf(strongSettings(false));
 
 void expectManners(TestHost& host) { EXPECT_EQ(host.allViolations(), std::vector<std::string>()); }
 
@@ -82,7 +69,8 @@ TEST_P(Run, GivesTheFrontDoorsPictureOfWhatIsSelected) {
                             {3, 0, 0, {0, 0, 300, 9}, false, false, {9, 300}}};
   for (int i = 0; i < 4 * static_cast<int>(std::size(layouts)); ++i) {
     const Layout& layout = layouts[i / 4];
-    const orbel_settings settings = strong(i % 2 != 0, i % 4 > 1);
+    orbel_settings settings = strongSettings(i % 2 != 0);
+    settings.half = i % 4 > 1 ? 1 : 0;
     SCOPED_TRACE(i);
     TestHost host(layout.document.width, layout.document.height, layout.planes, depth, entryOf(loaded));
     host.rowPadding = layout.rowPadding * host.sampleBytes();
@@ -129,13 +117,13 @@ TEST(FilterRun, TheStoredRecordRunsInAnotherHandleAndSession) {
   EXPECT_EQ(host.call(filterSelectorParameters), 0);
   EXPECT_EQ(host.block(host.record.parameters)[9], 1);  // the dialog that a host would show
   host.replaceParameters();
-  expectEqualized(host, {0, 0, 16, 16}, strong());
+  expectEqualized(host, {0, 0, 16, 16}, strongSettings(false));
   host.replaceParameters();
   host.disposeHandle(reinterpret_cast<Handle>(host.data));
   host.data = 0;
   host.disposeHandle(host.scripting.descriptor);
   host.scripting.descriptor = nullptr;
-  expectEqualized(host, {0, 0, 16, 16}, strong());
+  expectEqualized(host, {0, 0, 16, 16}, strongSettings(false));
 }
 
 TEST(FilterRun, NeedsNeitherDescriptorsNorUnlocking) {
