@@ -1,6 +1,5 @@
 #include "equalizer/band_decomposition.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <vector>
