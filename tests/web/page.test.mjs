@@ -269,11 +269,17 @@ onPage('holds together while another picture opens, and after its canvas was los
   await settled(tab);
   await tab.click('#one-to-one');
   await settled(tab);
+  const thumbnail = await tab.$('#presets canvas'); // takes another one's place while the button is down
+  await thumbnail.hover();
+  await tab.mouse.down();
   await drop(tab, 'second.png', 'image/png', 400, 300);
   await tab.locator(faders).nth(3).press('PageUp'); // drawn with a part of the first, it would fail
   await tab.waitForFunction(() => document.querySelector('#name').textContent === 'second.png, 400 × 300');
   await settled(tab);
   assert.doesNotMatch(await tab.getAttribute('#status', 'class') ?? '', /bad/);
+  await tab.waitForFunction((gone) => !gone.isConnected, thumbnail);
+  await tab.mouse.up();
+  assert.equal(await tab.locator('#presets button').first().getAttribute('aria-pressed'), 'true');
 
   await tab.evaluate(async () => { // half transparent throughout
     const canvas = new OffscreenCanvas(64, 64);
