@@ -2,8 +2,7 @@
 
 #include "equalizer/bilateral_filter.h"
 #include "equalizer/progress.h"
-#include "filters/gaussian_bands.h"
-#include "filters/gaussian_blur.h"
+#include "filters/gaussian_strips.h"
 
 void applyLowPass(KivImage& to, const KivImage& from, const Level& level, Progress* progress) {
   switch (level.lowPass) {
@@ -12,8 +11,10 @@ void applyLowPass(KivImage& to, const KivImage& from, const Level& level, Progre
       to.Copy(from);
       break;
     case LowPass::gaussian:
-      gaussianBlurFast(to, from, level.radius, lowPassReach);
-      if (progress != nullptr) progress->add(level.taps());
+      blurInStrips(from, to, level.radius, lowPassReach, [&](double done) {
+        if (progress != nullptr) progress->add(done * level.taps());
+        return progress != nullptr && progress->isCancelled();
+      });
       break;
     case LowPass::bilateral:
       bilateralStd({to.planes[0], to.stride / 4}, {from.planes[0], from.stride / 4}, level.size, level.window(),
@@ -29,7 +30,7 @@ double lowPassBytes(const Level& level, int threads) {
     case LowPass::none:
       return 0;
     case LowPass::gaussian:
-      return blurInBandsBytes(level.size, level.radius, lowPassReach);
+      return blurInStripsBytes(level.size, level.radius, lowPassReach, threads);
     case LowPass::bilateral:
       return bilateralStdBytes(level.size, level.window(), threads);
   }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <thread>
 
@@ -37,10 +38,14 @@ class Progress {
 
  private:
   void tellWhatIsNew(double done) {
-    constexpr double step = 0.005;  // of the whole: telling must not cost anything
+    // Telling must not cost anything, and whoever calls a long run off must not wait.
+    constexpr double step = 0.005;  // of the whole
+    constexpr std::chrono::milliseconds pause{50};
     const double part = work_ > 0 ? done / work_ : 1;
-    if (part < told_ + step) return;
+    const auto now = std::chrono::steady_clock::now();
+    if (part <= told_ || (part < told_ + step && now < toldAt_ + pause)) return;
     told_ = part;
+    toldAt_ = now;
     if (!tell_(part < 1 ? part : 1) && !committed_) cancelled_ = true;
   }
 
@@ -51,4 +56,5 @@ class Progress {
   std::atomic<bool> cancelled_{false};
   bool committed_ = false;
   double told_ = 0;
+  std::chrono::steady_clock::time_point toldAt_ = std::chrono::steady_clock::now();
 };

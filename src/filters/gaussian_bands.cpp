@@ -2,35 +2,8 @@
 
 #include "filters/gaussian_bands.h"
 
-#include <algorithm>
 #include <cmath>
 #include <utility>
-
-#include "image/parallel.h"
-
-namespace {
-
-constexpr int threadCount = 4;
-constexpr int bandsPerImage = 8;
-
-// The cut of an image into bands. Each reads its real neighbour rows across its edges, so the cut leaves no trace.
-struct BandCut {
-  int imageHeight;
-  int reach;  // rows that the kernel needs beyond a band
-
-  int bandHeight() const { return std::max((imageHeight + bandsPerImage - 1) / bandsPerImage, reach); }
-
-  // True when too few rows are left under the band for the kernel: it then runs to the last row.
-  bool isLast(int band) const { return imageHeight - std::int64_t{bandHeight()} * (band + std::int64_t{1}) < reach; }
-
-  int count() const {
-    int band = 0;
-    while (!isLast(band)) ++band;
-    return band + 1;
-  }
-};
-
-}  // namespace
 
 int gaussianReach(float sigma, int multiplier) {
   const float reach = std::ceil(static_cast<float>(multiplier) * sigma);
@@ -70,29 +43,4 @@ void GaussianBands::rows(const float* src, int srcStep, int y, int count, float*
   const int border = ippBorderRepl | (y > 0 ? ippBorderInMemTop : 0) | (last ? 0 : ippBorderInMemBottom);
   ippiFilterGaussian_32f_C1R_L(src, srcStep, dst, dstStep, size_.width, count, static_cast<std::uint32_t>(border),
                                nullptr, spec_.get(), scratch);
-}
-
-void blurInBands(const KivImage& src, KivImage& dst, float sigma, int multiplier) {
-  if (!(sigma > 0.0F)) return;
-  const BandCut cut{src.size.height, gaussianReach(sigma, multiplier)};
-  if (cut.reach < 1) return;
-  const GaussianBands gaussian(src.size, sigma, multiplier, cut.bandHeight());
-  if (!gaussian.isServed()) return;
-
-  const int bandCount = cut.count();
-  const Team team(threadCount);
-  eachShare(std::min(threadCount, bandCount), bandCount, [&](int, int begin, int end) {
-    const Scratch scratch = makeScratch(gaussian.scratchBytes());
-    for (int band = begin; band < end; ++band) {
-      const int y = band * cut.bandHeight();
-      const int height = cut.isLast(band) ? cut.imageHeight - y : cut.bandHeight();
-      gaussian.rows(src.At(0, 0, y), src.stride, y, height, dst.At(0, 0, y), dst.stride, scratch.get());
-    }
-  });
-}
-
-double blurInBandsBytes(IppiSize size, float sigma, int multiplier) {
-  const BandCut cut{size.height, gaussianReach(sigma, multiplier)};
-  if (cut.reach < 1) return 0;
-  return threadCount * static_cast<double>(GaussianBands(size, sigma, multiplier, cut.bandHeight()).scratchBytes());
 }

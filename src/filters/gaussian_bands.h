@@ -31,10 +31,3 @@ class GaussianBands {
   std::int64_t scratchBytes_ = 0;
   Scratch spec_;
 };
-
-// Plane 0 of dst = plane 0 of src under that Gaussian, on four threads; src and dst are different pixels. A sigma not
-// above 0 leaves dst as it was.
-void blurInBands(const KivImage& src, KivImage& dst, float sigma, int multiplier);
-
-// The memory that it takes meanwhile.
-double blurInBandsBytes(IppiSize size, float sigma, int multiplier);

@@ -1,4 +1,4 @@
-// The Gaussians of plane 0 that run in bands.
+// The Gaussians of plane 0.
 
 #include <algorithm>
 #include <cmath>
@@ -7,9 +7,16 @@
 
 #include "filters/gaussian_bands.h"
 #include "filters/gaussian_blur.h"
+#include "filters/gaussian_strips.h"
 #include "image/allocate_like.h"
+#include "image/parallel.h"
 
 namespace {
+
+void blurOnFourThreads(const KivImage& src, KivImage& dst, float sigma, int multiplier) {
+  const Team team(4);
+  blurInStrips(src, dst, sigma, multiplier, {});
+}
 
 // Whether plane 0 of both may share samples. True also where the rows of one lie between those of the other.
 bool mayOverlap(const KivImage& a, const KivImage& b) {
@@ -35,11 +42,11 @@ std::optional<float> onlyValueOf(const KivImage& image) {
 void blurOnlyValue(float value, const KivImage& dst, IppiSize size, float sigma, int multiplier) {
   const KivImage sample(&value, {1, 1}, 1);
   KivImage blurred(1, 1, 1);
-  blurInBands(sample, blurred, sigma, multiplier);
+  blurOnFourThreads(sample, blurred, sigma, multiplier);
   for (int y = 0; y < size.height; ++y) std::fill_n(dst.At(0, 0, y), size.width, *blurred.At(0, 0, 0));
 }
 
-// As blurInBands, and for a dst on src's own samples too: bands read rows that others have written by then.
+// As blurOnFourThreads, and for a dst on src's own samples too: strips read columns that others have written by then.
 void blurPlane0(const KivImage& src, KivImage& dst, float sigma, int multiplier) {
   const int reach = sigma > 0.0F ? gaussianReach(sigma, multiplier) : 0;
   if (reach < 1) return;
@@ -48,9 +55,9 @@ void blurPlane0(const KivImage& src, KivImage& dst, float sigma, int multiplier)
   if (reach >= std::max(src.size.width, src.size.height)) {
     if (const auto value = onlyValueOf(src)) return blurOnlyValue(*value, dst, src.size, sigma, multiplier);
   }
-  if (!mayOverlap(src, dst)) return blurInBands(src, dst, sigma, multiplier);
+  if (!mayOverlap(src, dst)) return blurOnFourThreads(src, dst, sigma, multiplier);
   KivImage blurred(src.size, 1);
-  blurInBands(src, blurred, sigma, multiplier);
+  blurOnFourThreads(src, blurred, sigma, multiplier);
   ippiCopy_32f_C1R(blurred.planes[0], blurred.stride, dst.planes[0], dst.stride, src.size);
 }
 
@@ -58,7 +65,7 @@ void blurPlane0(const KivImage& src, KivImage& dst, float sigma, int multiplier)
 
 void gaussianBlurFast(KivImage& target, const KivImage& src, float sigma, int kernelMultiplier) {
   allocateLike(target, src);
-  blurInBands(src, target, sigma, kernelMultiplier);
+  blurOnFourThreads(src, target, sigma, kernelMultiplier);
 }
 
 void gaussianBlurDecimated(KivImage& target, const KivImage& src, float sigma, int kernelMultiplier) {

@@ -44,6 +44,19 @@ inline IppStatus checkKernel(std::int64_t kernelSize, int dataType, int numChann
 // sigma makes the divisor 0: such a filter copies.
 inline float gaussianWeight(float x, float divisor) { return x == 0.0F ? 1.0F : expSingle(-(x * x) / divisor); }
 
+// The taps of a kernel that is symmetric, up to its centre.
+inline void halfKernel(float* taps, std::int64_t r, float sigma) {
+  const float divisor = sigma * (sigma + sigma);
+  float sum = 0.0F;
+  for (std::int64_t i = 0; i < r; ++i) {
+    taps[i] = gaussianWeight(static_cast<float>(r - i), divisor);
+    sum = sum + (taps[i] + taps[i]);
+  }
+  taps[r] = 1.0F;
+  const float reciprocal = 1.0F / (1.0F + sum);
+  for (std::int64_t i = 0; i <= r; ++i) taps[i] = taps[i] * reciprocal;
+}
+
 // The rows of one call and what lies around them. A strip is a band of some of its region's columns; the border is that
 // of the region.
 template <typename Sample>
@@ -66,6 +79,22 @@ struct RingBuffer {
   const float** rows;   // as many pointers, in the order of the taps
   float* extended;      // a source row with r more samples at each end
 };
+
+constexpr std::uintptr_t ringAlignment = 64;
+
+inline std::int64_t ringStride(std::int64_t width) {
+  return roundUp(width * std::int64_t{sizeof(float)}, std::int64_t{ringAlignment});
+}
+
+// A ring of so many rows, as many pointers, and the extended row.
+inline RingBuffer divide(void* buffer, std::int64_t width, std::int64_t rowCount) {
+  const std::int64_t stride = ringStride(width);
+  char* const ring = alignUp(static_cast<char*>(buffer), ringAlignment);
+  char* const rows = ring + rowCount * stride;
+  char* const extended = rows + rowCount * std::int64_t{sizeof(float*)};
+  return {reinterpret_cast<float*>(ring), stride / std::int64_t{sizeof(float)}, reinterpret_cast<const float**>(rows),
+          reinterpret_cast<float*>(extended)};
+}
 
 // One axis of the extended image.
 struct Axis {

@@ -449,6 +449,15 @@ TEST(FrontDoor, CanBeCalledOffUntilItWrites) {
     EXPECT_EQ(target.samples, stopAt > 1 ? expected : source.samples);
     EXPECT_TRUE(stopAt < 1 || listener.last > 0.98);
   }
+  // Within a level, too: a wide Gaussian's.
+  orbel_settings_init(&settings, sizeof settings);
+  for (orbel_band& band : settings.bands) band.radius = 0;
+  settings.bands[0].radius = 40;
+  const Owned target(ORBEL_UINT8, 300, 200, 3);
+  Listener listener{0.1};
+  options.context = &listener;
+  EXPECT_EQ(orbel_equalize(&settings, &target.picture, &target.picture, &options), ORBEL_CANCELLED);
+  EXPECT_LT(listener.last, 0.5);
 }
 
 TEST(FrontDoor, NamesWhatItRefuses) {

@@ -15,31 +15,15 @@ struct Head {
   std::int32_t border;
   std::int32_t shift;
 };
-constexpr std::uintptr_t alignment = 64;
-
 float* tapsOf(void* spec) {
-  return reinterpret_cast<float*>(alignUp(static_cast<char*>(spec) + sizeof(Head), alignment));
+  return reinterpret_cast<float*>(alignUp(static_cast<char*>(spec) + sizeof(Head), ringAlignment));
 }
 const float* tapsOf(const void* spec) {
-  return reinterpret_cast<const float*>(alignUp(static_cast<const char*>(spec) + sizeof(Head), alignment));
+  return reinterpret_cast<const float*>(alignUp(static_cast<const char*>(spec) + sizeof(Head), ringAlignment));
 }
 
 IppStatus checkSize(std::int64_t width, std::int64_t height) {
   return width < 1 || height < 1 ? ippStsSizeErr : ippStsNoErr;
-}
-
-std::int64_t ringStride(std::int64_t width) {
-  return roundUp(width * std::int64_t{sizeof(float)}, std::int64_t{alignment});
-}
-
-// A ring of so many rows, as many pointers, and the extended row.
-RingBuffer divide(void* buffer, std::int64_t width, std::int64_t rowCount) {
-  const std::int64_t stride = ringStride(width);
-  char* const ring = alignUp(static_cast<char*>(buffer), alignment);
-  char* const rows = ring + rowCount * stride;
-  char* const extended = rows + rowCount * std::int64_t{sizeof(float*)};
-  return {reinterpret_cast<float*>(ring), stride / std::int64_t{sizeof(float)}, reinterpret_cast<const float**>(rows),
-          reinterpret_cast<float*>(extended)};
 }
 
 // A buffer holds k + 1 rows of the band and 12 k + 64 bytes: a ring of k rows, their pointers, and an extended row,
@@ -93,18 +77,8 @@ IppStatus ippiFilterGaussianInit_L(std::int64_t width, std::int64_t height, int 
   if (!(sigma > 0.0F)) return ippStsBadArgErr;
   if (!isBorder(borderType)) return ippStsBorderErr;
 
-  store(spec, Head{kernelSize, alignment, dataType, static_cast<std::int32_t>(borderType), 0});
-  float* const taps = tapsOf(spec);
-  const int r = kernelSize / 2;
-  const float divisor = sigma * (sigma + sigma);
-  float sum = 0.0F;
-  for (int i = 0; i < r; ++i) {
-    taps[i] = gaussianWeight(static_cast<float>(r - i), divisor);
-    sum = sum + (taps[i] + taps[i]);
-  }
-  taps[r] = 1.0F;
-  const float reciprocal = 1.0F / (1.0F + sum);
-  for (int i = 0; i <= r; ++i) taps[i] = taps[i] * reciprocal;
+  store(spec, Head{kernelSize, ringAlignment, dataType, static_cast<std::int32_t>(borderType), 0});
+  halfKernel(tapsOf(spec), kernelSize / 2, sigma);
   return ippStsNoErr;
 }
 
