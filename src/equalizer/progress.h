@@ -1,8 +1,8 @@
 // How far a run is, told on the thread that began it, which may call it off.
 #pragma once
 
+#include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <thread>
 
@@ -14,7 +14,7 @@ class Progress {
   // Is told the part that is done, 0 to 1, and gives false to call the run off. Called on this thread alone.
   using Tell = std::function<bool(double done)>;
 
-  // work is the whole run's, in the units that add takes.
+  // work is the whole run's, in what add takes: taps of a filter, or what takes as long.
   Progress(double work, Tell tell) : work_(work), tell_(std::move(tell)) {}
 
   // From any thread, for work that has been done.
@@ -38,14 +38,11 @@ class Progress {
 
  private:
   void tellWhatIsNew(double done) {
-    // Telling must not cost anything, and whoever calls a long run off must not wait.
-    constexpr double step = 0.005;  // of the whole
-    constexpr std::chrono::milliseconds pause{50};
+    constexpr double step = 0.005;  // of the whole: telling must not cost anything
+    constexpr double most = 5e8;    // taps, a twentieth of a second or so: whoever calls a run off must not wait
+    if (done < told_ + std::min(step * work_, most)) return;
+    told_ = done;
     const double part = work_ > 0 ? done / work_ : 1;
-    const auto now = std::chrono::steady_clock::now();
-    if (part <= told_ || (part < told_ + step && now < toldAt_ + pause)) return;
-    told_ = part;
-    toldAt_ = now;
     if (!tell_(part < 1 ? part : 1) && !committed_) cancelled_ = true;
   }
 
@@ -56,5 +53,4 @@ class Progress {
   std::atomic<bool> cancelled_{false};
   bool committed_ = false;
   double told_ = 0;
-  std::chrono::steady_clock::time_point toldAt_ = std::chrono::steady_clock::now();
 };

@@ -232,12 +232,13 @@ test('pinches, and turns with the phone', async () => {
   await context.close();
 });
 
-test('asks a web server for itself alone, and then for nothing', async () => {
+test('asks a web server for itself alone, and then for nothing', async (t) => {
   const asked = [];
   const server = createServer((request, response) => {
     asked.push(request.url);
     response.setHeader('Content-Type', 'text/html').end(readFileSync(page));
   });
+  t.after(() => server.close());
   await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
   const {tab, context} = await opened(browser, {}, `http://127.0.0.1:${server.address().port}/orbel.html`);
   await context.setOffline(true);
@@ -245,7 +246,6 @@ test('asks a web server for itself alone, and then for nothing', async () => {
   await tab.click('#presets button:has-text("clarity")');
   await settled(tab);
   await context.close();
-  server.close();
   assert.deepEqual(asked, ['/orbel.html']);
 });
 
